@@ -1,0 +1,55 @@
+# The commands of this project. `make demo` and `make test` do everything from a bare machine on.
+.PHONY: help setup build demo test test-asan test-tsan bench accuracy format lint clean
+
+JOBS   ?= 2
+PRAVIK := build/release/apps/pravik/pravik
+SOURCES = $(shell git ls-files '*.cpp' '*.h')
+
+help:
+	@echo "make demo       set up, build, read every picture in samples/ and print it beside its truth"
+	@echo "make test       set up, build and run all tests"
+	@echo "make build      set up and build a release (build/release)"
+	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
+	@echo "make test-tsan  unit tests under the thread sanitizer"
+	@echo "make bench      benchmarks"
+	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
+	@echo "make format     format the sources;  make lint: clang-format and clang-tidy in check mode"
+	@echo "make clean      remove build/ (what tools/setup fetched stays)"
+
+setup:
+	@tools/setup
+
+# configure-and-build PRESET TARGETS
+define build-preset
+	@cmake --preset $(1) > build-$(1).log 2>&1 || { cat build-$(1).log; rm -f build-$(1).log; exit 1; }; rm -f build-$(1).log
+	@ninja -C build/$(1) -j$(JOBS) --quiet $(2)
+endef
+
+build: setup
+	$(call build-preset,release,all)
+
+demo: build
+	@tools/demo
+
+test: build
+	@ctest --test-dir build/release --output-on-failure -j$(JOBS)
+
+test-asan test-tsan: test-%: setup
+	$(call build-preset,$*,unit-tests)
+	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
+
+bench: build
+	@build/release/bench/pravik-bench
+
+accuracy: build
+	@tools/accuracy/accuracy --pravik $(PRAVIK)
+
+format: setup
+	@clang-format-19 -i $(SOURCES)
+
+lint: build
+	@clang-format-19 --dry-run --Werror $(SOURCES)
+	@run-clang-tidy-19 -quiet -p build/release -j$(JOBS) '^(?!.*/build/).*\.cpp$$'
+
+clean:
+	@rm -rf build
