@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/TextEngine.h"
+
+namespace pravik {
+
+/// How an OnnxTextEngine is set up.
+struct OnnxTextEngineOptions {
+  /// The folder that holds the model files (see ModelFiles.h for their names).
+  std::string modelDirectory;
+  /// Threads that one model run may use; 0 means one for every core.
+  int threadCount = 0;
+};
+
+/// Reads Chinese and Latin text with the PP-OCR models on ONNX Runtime: finds lines of text, cuts them out of the
+/// full-resolution picture, turns those that stand on their head, reads them in batches, and reads numbers a second
+/// time. One instance may be shared by threads.
+///
+/// Languages: "zh-Hans" and "zh-Hant" (with the tags that mean the same, such as "zh-CN") and every "en". An empty
+/// list means what the model reads anyway; the order has no effect, since one model reads them all.
+/// `usesLanguageCorrection` has no effect: the model has no language model to correct with.
+class OnnxTextEngine : public TextEngine {
+ public:
+  /// Costs nothing: the models are loaded by the first call of `recognize` or by `load`.
+  explicit OnnxTextEngine(OnnxTextEngineOptions options);
+  ~OnnxTextEngine() override;
+
+  /// Loads the models now, unless they are loaded. Throws std::runtime_error that names the file when one is missing,
+  /// cannot be read or does not fit the others; the next call tries again.
+  void load() const;
+
+  /// Throws as `load` does, and std::invalid_argument that names a language the models lack.
+  std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override;
+
+ private:
+  class Models;
+  std::shared_ptr<const Models> models() const;
+
+  OnnxTextEngineOptions options_;
+  mutable std::shared_ptr<const Models> models_;
+};
+
+}  // namespace pravik
