@@ -30,7 +30,7 @@ FRONT_LABELS = {
 FRONT_VALUES = {"name": (14.6, 8.5, 3.7), "gender": (14.6, 15.0, 3.1), "ethnicity": (31.2, 15.0, 3.1)}
 BIRTH_ROW, BIRTH_SIZE = 21.3, 3.1
 # The unit follows its value: (right end of the value, unit, left end of the unit).
-BIRTH_PARTS = ((23.2, "年", 24.0), (31.6, "月", 32.6), (40.0, "日", 41.0))
+BIRTH_PARTS = ((22.4, "年", 23.2), (30.6, "月", 31.6), (39.0, "日", 40.0))
 ADDRESS_LEFT, ADDRESS_TOP, ADDRESS_PITCH, ADDRESS_SIZE, ADDRESS_WIDTH = 14.6, 28.2, 4.7, 3.15, 36.0
 NUMBER_LEFT, NUMBER_ROW, NUMBER_PITCH = 27.6, 47.3, 2.62
 NUMBER_SIZES = {"ocr-b": 4.0, "mono-bold": 3.8, "hei-bold": 3.9}
@@ -44,10 +44,10 @@ BACK_LABELS = {"签发机关": (20.6, 40.6), "有效期限": (20.6, 47.2)}
 BACK_LABEL_SIZE = 2.8
 BACK_VALUE_LEFT, BACK_VALUE_SIZE = 34.6, 3.2
 
-FRONT_WASH = ((205, 226, 240), (226, 229, 240), (240, 226, 233), (222, 232, 240))
-FRONT_INKS = ((120, 178, 214), (222, 160, 190), (150, 200, 205))
-BACK_WASH = ((214, 230, 240), (232, 230, 238), (243, 228, 232), (224, 232, 238))
-BACK_INKS = ((196, 150, 190), (128, 182, 212), (160, 200, 196))
+FRONT_WASH = ((212, 230, 242), (230, 233, 242), (242, 230, 236), (226, 235, 242))
+FRONT_INKS = ((150, 196, 224), (230, 182, 205), (172, 212, 216))
+BACK_WASH = ((219, 233, 242), (235, 233, 240), (244, 231, 235), (228, 235, 240))
+BACK_INKS = ((208, 172, 204), (152, 196, 220), (178, 210, 208))
 
 
 def _pick(rng, weights):
