@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+
+#include "Platform/Platform.h"
+
+namespace pravik {
+
+/// How the default platform is set up.
+struct DefaultPlatformOptions {
+  /// Where the text models are; empty means defaultModelDirectory().
+  std::filesystem::path modelDirectory;
+  /// Threads that one text recognition may use; 0 means one for each core.
+  int threads = 0;
+};
+
+/// The folder of the text models: share/pravik/models of the installation that the program belongs to when it is
+/// there, else the folder that tools/setup filled in the source tree.
+std::filesystem::path defaultModelDirectory();
+
+/// Real parts for every port that a still picture needs: OpenCV for pixels and rectangles, ONNX Runtime for text,
+/// ZXing-C++ for codes, Asio for the queues. The models are loaded with the first recognition, so that a missing one
+/// is that recognition's error.
+Platform makeDefaultPlatform(const DefaultPlatformOptions& options = {});
+
+}  // namespace pravik

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "BankCardInfo.h"
+#include "CodeScanResult.h"
+#include "Core/ImagePreprocessor.h"
+#include "Core/TextRecognizer.h"
+#include "IDCardBackInfo.h"
+#include "IDCardFrontInfo.h"
+#include "OCRError.h"
+#include "OCRScanMode.h"
+#include "Parsers/IDCardBackParser.h"
+#include "Parsers/IDCardFrontParser.h"
+#include "Platform/Platform.h"
+#include "PravikVersion.h"
+#include "Task.h"
+
+namespace pravik {
+
+/// Recognises cards, codes and text on still pictures. The operations may be called from any thread and may
+/// overlap; each keeps what it needs alive until it ends. All failures are OCRError.
+class PravikSDK {
+ public:
+  /// The kind of document that a text is expected to come from; `idCard` is either side.
+  enum class SceneType : std::uint8_t { idCard, idCardFront, idCardBack, bankCard };
+
+  explicit PravikSDK(Platform platform);
+
+  /// The instance for the whole process, created from Platform::current() on first use.
+  static PravikSDK& shared();
+  /// "1.1.1"
+  static const std::string& version();
+  /// "1.1.1 (dev)"
+  static const std::string& fullVersion();
+
+  /// Reads the portrait side of an identity card. Throws invalidImage when the image has no pixels or too many,
+  /// insufficientText when no text or no identity number was found, sceneMismatch when the picture shows something
+  /// else, recognitionFailed when the text engine fails.
+  Task<IDCardFrontInfo> recognizeIDCardFront(Image image) const;
+  /// Reads the emblem side; insufficientText when neither the issuing office nor the validity was found.
+  Task<IDCardBackInfo> recognizeIDCardBack(Image image) const;
+  /// Reads a code: the first that the detector reports. insufficientText when there is none, or when the mode is
+  /// that of a card.
+  Task<CodeScanResult> recognizeCode(Image image, OCRScanMode mode) const;
+  /// All text: blocks of a line joined with a space, lines with a line feed. No check of the scene and no parsing;
+  /// the scene only decides how the picture is prepared.
+  Task<std::string> recognizeRawText(Image image, SceneType scene) const;
+
+  /// The same operations with a callback, which is called exactly once, on the main queue.
+  void recognizeIDCardFront(Image image, std::function<void(Result<IDCardFrontInfo>)> completion) const;
+  void recognizeIDCardBack(Image image, std::function<void(Result<IDCardBackInfo>)> completion) const;
+
+ private:
+  std::shared_ptr<Dispatch> dispatch_;
+  std::shared_ptr<const BarcodeDetector> barcodeDetector_;
+  TextRecognizer recognizer_;
+  ImagePreprocessor preprocessor_;
+  IDCardFrontParser frontParser_;
+  IDCardBackParser backParser_;
+};
+
+/// Checks that a recognised text belongs to the expected kind of document. Lenient: a text with features of both
+/// kinds, or of none, passes. Throws OCRError::sceneMismatch.
+void validateScene(const Observations& observations, PravikSDK::SceneType expected);
+
+}  // namespace pravik

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Platform/BarcodeDetector.h"
+#include "Platform/ImageRenderer.h"
+#include "Platform/RectangleDetector.h"
+#include "Platform/TextEngine.h"
+
+// Scripted fakes of the ports: each gives what the test set, and keeps what it was asked.
+namespace pravik::test {
+
+class FakeTextEngine : public TextEngine {
+ public:
+  std::vector<RecognizedText> blocks;
+  /// When set, every call fails with this text.
+  std::optional<std::string> failure;
+  mutable std::vector<TextRequest> requests;
+  mutable std::vector<Bitmap> pictures;
+
+  std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override {
+    requests.push_back(request);
+    pictures.push_back(bitmap);
+    if (failure) throw std::runtime_error(*failure);
+    return blocks;
+  }
+};
+
+/// Gives the picture back unchanged unless the test scripts something else.
+class FakeRenderer : public ImageRenderer {
+ public:
+  std::function<std::optional<Bitmap>(const Bitmap&)> rendered = [](const Bitmap& bitmap) { return bitmap; };
+  std::optional<Bitmap> thumbnail;
+  mutable std::vector<std::vector<ImageFilter>> filters;
+
+  std::optional<Bitmap> render(const Bitmap& bitmap, std::span<const ImageFilter> asked) const override {
+    filters.emplace_back(asked.begin(), asked.end());
+    return rendered(bitmap);
+  }
+  std::optional<Bitmap> greyThumbnail(const Bitmap& /*bitmap*/, int /*width*/, int /*height*/) const override {
+    return thumbnail;
+  }
+};
+
+class FakeRectangleDetector : public RectangleDetector {
+ public:
+  std::vector<RectangleObservation> rectangles;
+  bool fails = false;
+  mutable std::vector<RectangleRequest> requests;
+
+  std::vector<RectangleObservation> detect(const Bitmap& /*bitmap*/, const RectangleRequest& request) const override {
+    requests.push_back(request);
+    if (fails) throw std::runtime_error("the detector is broken");
+    return rectangles;
+  }
+};
+
+class FakeBarcodeDetector : public BarcodeDetector {
+ public:
+  std::vector<BarcodeObservation> codes;
+  std::optional<std::string> failure;
+  mutable std::vector<std::size_t> symbologyCounts;
+
+  std::vector<BarcodeObservation> detect(const Bitmap& /*bitmap*/,
+                                         std::span<const BarcodeSymbology> symbologies) const override {
+    symbologyCounts.push_back(symbologies.size());
+    if (failure) throw std::runtime_error(*failure);
+    return codes;
+  }
+};
+
+/// A block of text whose centre lies at `centreY` measured from the top.
+inline RecognizedText textBlock(std::string text, double centreX, double centreY) {
+  return {TextCandidate{std::move(text), 0.9F}, Rect{centreX - 0.05, 1 - centreY - 0.01, 0.1, 0.02}};
+}
+
+}  // namespace pravik::test

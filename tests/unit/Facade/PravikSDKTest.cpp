@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <optional>
+
+#include "Platform/AsioDispatch.h"
+#include "Pravik.h"
+#include "support/Fakes.h"
+#include "support/ManualDispatch.h"
+#include "support/Pictures.h"
+
+namespace pravik {
+namespace {
+
+using SceneType = PravikSDK::SceneType;
+
+std::vector<RecognizedText> portraitSide() {
+  return {test::textBlock("姓名 张三", 0.2, 0.15), test::textBlock("性别 男 民族 汉", 0.25, 0.28),
+          test::textBlock("住址 北京市东城区景山前街4号", 0.3, 0.55),
+          test::textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
+}
+
+/// An SDK on fakes, without a dispatch unless the test gives one.
+struct Fixture {
+  std::shared_ptr<test::FakeTextEngine> engine = std::make_shared<test::FakeTextEngine>();
+  std::shared_ptr<test::FakeRenderer> renderer = std::make_shared<test::FakeRenderer>();
+  std::shared_ptr<test::FakeRectangleDetector> rectangles = std::make_shared<test::FakeRectangleDetector>();
+  std::shared_ptr<test::FakeBarcodeDetector> barcodes = std::make_shared<test::FakeBarcodeDetector>();
+  Image photo{.bitmap = test::plainPicture(400, 300, 200, 200, 200)};
+
+  PravikSDK sdk(std::shared_ptr<Dispatch> dispatch = nullptr) const {
+    Platform platform;
+    platform.textEngine = engine;
+    platform.imageRenderer = renderer;
+    platform.rectangleDetector = rectangles;
+    platform.barcodeDetector = barcodes;
+    platform.dispatch = std::move(dispatch);
+    return PravikSDK(platform);
+  }
+};
+
+template <class T>
+std::optional<OCRError> errorOf(Task<T> task) {
+  const Result<T> result = syncWait(std::move(task));
+  return result ? std::nullopt : std::optional(result.error());
+}
+
+TEST(IdentityCardRecognition, readsAPortraitSideWithTheCardPreset) {
+  Fixture f;
+  f.engine->blocks = portraitSide();
+  const auto result = syncWait(f.sdk().recognizeIDCardFront(f.photo));
+  ASSERT_TRUE(result);
+  EXPECT_EQ(result->name, "张三");
+  EXPECT_EQ(result->idNumber, "11010119900307123X");
+  EXPECT_EQ(f.engine->requests.at(0), (TextRequest{RecognitionLevel::accurate, {"zh-Hans", "en-US"}, false, 0.018F}));
+}
+
+TEST(IdentityCardRecognition, readsTheStraightenedCardWhenThereIsOne) {
+  Fixture f;
+  f.engine->blocks = portraitSide();
+  f.rectangles->rectangles = {{{{0.1, 0.8}, {0.8, 0.9}, {0.2, 0.1}, {0.9, 0.2}}, {0.1, 0.1, 0.8, 0.8}, 0.9F}};
+  const Bitmap straightened = test::plainPicture(320, 200, 0, 0, 0);
+  f.renderer->rendered = [&](const Bitmap& bitmap) { return bitmap.width() == 400 ? straightened : bitmap; };
+  ASSERT_TRUE(syncWait(f.sdk().recognizeIDCardFront(f.photo)));
+  EXPECT_EQ(f.engine->pictures.at(0).width(), 320);
+}
+
+TEST(IdentityCardRecognition, tellsWhyThereIsNoRecord) {
+  Fixture f;
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::insufficientText()) << "no text";
+  f.engine->blocks = {test::textBlock("hello", 0.5, 0.5)};
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::insufficientText()) << "no number";
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardBack(f.photo)), OCRError::insufficientText()) << "no office, no validity";
+  f.engine->blocks = portraitSide();
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardBack(f.photo)), OCRError::sceneMismatch("身份证背面", "身份证正面"));
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(Image{})), OCRError::invalidImage());
+  f.engine->failure = "the model is missing";
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::recognitionFailed("the model is missing"));
+  f.renderer->rendered = [](const Bitmap&) { return std::nullopt; };
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::invalidImage()) << "the rendering failed";
+}
+
+TEST(IdentityCardRecognition, refusesTooManyPixelsBeforeLookingAtThem) {
+  Fixture f;
+  const Image tooLarge{.bitmap = test::plainPicture(10001, 10000, 0, 0, 0)};
+  EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(tooLarge)), OCRError::invalidImage());
+  EXPECT_TRUE(f.rectangles->requests.empty());
+}
+
+TEST(IdentityCardRecognition, withAnEmptyPlatformGivesErrorsAndDoesNotCrash) {
+  const Image photo = Fixture{}.photo;
+  const PravikSDK sdk{Platform{}};
+  EXPECT_EQ(errorOf(sdk.recognizeIDCardFront(photo)), OCRError::invalidImage());
+  EXPECT_EQ(errorOf(sdk.recognizeRawText(photo, SceneType::bankCard)), OCRError::invalidImage());
+  EXPECT_EQ(errorOf(sdk.recognizeCode(photo, OCRScanMode::qrCode))->errorCode(), "recognition_failed");
+}
+
+TEST(CompletionForm, callsBackOnceOnTheMainQueueThoughTheSdkIsGone) {
+  Fixture f;
+  f.engine->blocks = portraitSide();
+  const auto dispatch = std::make_shared<test::ManualDispatch>();
+  std::vector<Result<IDCardFrontInfo>> results;
+  {
+    const PravikSDK sdk = f.sdk(dispatch);
+    sdk.recognizeIDCardFront(f.photo, [&](Result<IDCardFrontInfo> result) { results.push_back(std::move(result)); });
+    sdk.recognizeIDCardFront(Image{}, [&](Result<IDCardFrontInfo> result) { results.push_back(std::move(result)); });
+  }
+  EXPECT_EQ(dispatch->waitingOnMain(), 0U);
+  dispatch->runGlobal();
+  EXPECT_TRUE(results.empty()) << "only the main queue may call back";
+  EXPECT_EQ(dispatch->waitingOnMain(), 2U);
+  dispatch->runAll();
+  ASSERT_EQ(results.size(), 2U);
+  const bool firstSucceeded = results[0].has_value();
+  EXPECT_NE(firstSucceeded, results[1].has_value());
+  EXPECT_EQ(results[firstSucceeded ? 1 : 0].error(), OCRError::invalidImage());
+}
+
+TEST(CompletionForm, endsWhenMoreCallsRunThanThePoolHasThreads) {
+  Fixture f;
+  f.engine->failure = "always";
+  const auto dispatch = std::make_shared<AsioDispatch>(1);
+  const PravikSDK sdk = f.sdk(dispatch);
+  std::promise<void> done;
+  int left = 20;
+  for (int i = 0; i < 20; ++i) {
+    sdk.recognizeIDCardBack(f.photo, [&](const Result<IDCardBackInfo>& result) {
+      EXPECT_FALSE(result);
+      if (--left == 0) done.set_value();
+    });
+  }
+  done.get_future().wait();
+}
+
+TEST(CodeRecognition, givesTheFirstCodeOfTheModesTypes) {
+  Fixture f;
+  f.barcodes->codes = {{"https://example.org", {"VNBarcodeSymbologyQR"}, {}}, {"4006381333931", {"other"}, {}}};
+  const auto result = syncWait(f.sdk().recognizeCode(f.photo, OCRScanMode::qrCode));
+  ASSERT_TRUE(result);
+  EXPECT_EQ(result->payload, "https://example.org");
+  EXPECT_EQ(result->symbology, "QR Code");
+  EXPECT_EQ(f.barcodes->symbologyCounts, (std::vector<std::size_t>{11}));
+
+  EXPECT_EQ(errorOf(f.sdk().recognizeCode(f.photo, OCRScanMode::bankCard)), OCRError::insufficientText());
+  EXPECT_EQ(f.barcodes->symbologyCounts.size(), 1U) << "a card mode asks for no code";
+  EXPECT_EQ(errorOf(f.sdk().recognizeCode(Image{}, OCRScanMode::qrCode)), OCRError::invalidImage());
+  f.barcodes->failure = "broken";
+  EXPECT_EQ(errorOf(f.sdk().recognizeCode(f.photo, OCRScanMode::qrCode)), OCRError::recognitionFailed("broken"));
+}
+
+TEST(RawText, joinsTheLinesAndIsEmptyWithoutText) {
+  Fixture f;
+  f.engine->blocks = {test::textBlock("b", 0.5, 0.3), test::textBlock("a", 0.2, 0.31), test::textBlock("c", 0.2, 0.6)};
+  EXPECT_EQ(syncWait(f.sdk().recognizeRawText(f.photo, SceneType::bankCard)), "a b\nc");
+  EXPECT_EQ(f.engine->requests.at(0).minimumTextHeight, 0.015F);
+  f.engine->blocks.clear();
+  EXPECT_EQ(syncWait(f.sdk().recognizeRawText(f.photo, SceneType::idCard)), "");
+  EXPECT_EQ(f.engine->requests.at(1).minimumTextHeight, 0.018F);
+  EXPECT_TRUE(f.rectangles->requests.empty()) << "raw text is read from the whole photo";
+}
+
+}  // namespace
+}  // namespace pravik
