@@ -1,0 +1,31 @@
+#include "bench/Pictures.h"
+
+#include <cmath>
+#include <filesystem>
+#include <opencv2/imgproc.hpp>
+
+#include "backends/opencv/Mat.h"
+#include "backends/opencv/OpenCvImageCodec.h"
+
+namespace pravik::bench {
+namespace {
+
+/// The photographed portrait side of samples/ that every benchmark scales to the size it needs.
+constexpr const char* portraitPhoto = "@SAMPLE@";
+
+}  // namespace
+
+Bitmap photoOfSize(int width, int height) {
+  const Bitmap photo =
+      OpenCvImageCodec().load(std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / portraitPhoto).bitmap.value();
+  cv::Mat scaled;
+  cv::resize(asMat(photo), scaled, {width, height}, 0, 0, cv::INTER_AREA);
+  return toBitmap(scaled);
+}
+
+Bitmap photoOfMegapixels(int megapixels) {
+  const double height = std::sqrt(megapixels * 1e6 * 3 / 4);
+  return photoOfSize(static_cast<int>(height * 4 / 3), static_cast<int>(height));
+}
+
+}  // namespace pravik::bench

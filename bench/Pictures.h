@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Platform/Bitmap.h"
+
+namespace pravik::bench {
+
+/// A photographed portrait side from samples/, scaled to about this many million pixels of shape 4 : 3.
+Bitmap photoOfMegapixels(int megapixels);
+/// The same photo at exactly this size.
+Bitmap photoOfSize(int width, int height);
+
+}  // namespace pravik::bench
