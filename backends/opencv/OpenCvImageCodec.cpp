@@ -1,0 +1,155 @@
+#include "backends/opencv/OpenCvImageCodec.h"
+
+#include <cerrno>
+#include <fstream>
+#include <mutex>
+#include <opencv2/core/utils/logger.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "backends/opencv/Mat.h"
+#include "backends/opencv/PictureHeader.h"
+
+namespace pravik {
+namespace {
+
+constexpr int jpegQuality = 92;
+
+/// OpenCV writes its warnings to standard error, which belongs to the program.
+void silenceOpenCv() {
+  static std::once_flag once;
+  std::call_once(once, [] { cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT); });
+}
+
+void requireSize(std::uintmax_t bytes) {
+  if (bytes == 0) throw std::runtime_error("the file is empty");
+  if (bytes > maximumPictureFileBytes)
+    throw std::runtime_error("too large: " + std::to_string(bytes >> 20U) + " MiB, at most " +
+                             std::to_string(maximumPictureFileBytes >> 20U) + " MiB");
+}
+
+void requirePixels(const PictureHeader& header) {
+  if (header.height > maximumPicturePixels / header.width)
+    throw std::runtime_error("too large: " + std::to_string(header.width) + " x " + std::to_string(header.height) +
+                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
+}
+
+/// The pixels as they are stored: one to four channels of 8 or 16 bits.
+cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format) {
+  // Only a decoder that is asked for unchanged pixels hands out transparency; JPEG has none.
+  const int flags =
+      format == PictureFormat::jpeg ? cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION : cv::IMREAD_UNCHANGED;
+  const cv::Mat bytes(1, static_cast<int>(file.size()), CV_8UC1, const_cast<std::uint8_t*>(file.data()));
+  return cv::imdecode(bytes, flags);
+}
+
+cv::Mat toEightBits(const cv::Mat& pixels) {
+  if (pixels.depth() == CV_8U) return pixels;
+  if (pixels.depth() != CV_16U) throw std::runtime_error("pixels of this kind cannot be read");
+  cv::Mat eightBits;
+  pixels.convertTo(eightBits, CV_8U, 1 / 257.0);
+  return eightBits;
+}
+
+/// Lays what is transparent over white and leaves every pixel opaque.
+void composeOverWhite(cv::Mat& bgra) {
+  for (int y = 0; y < bgra.rows; ++y) {
+    std::uint8_t* pixel = bgra.ptr(y);
+    for (int x = 0; x < bgra.cols; ++x, pixel += 4) {
+      const int alpha = pixel[3];
+      if (alpha == 255) continue;
+      for (int c = 0; c < 3; ++c)
+        pixel[c] = static_cast<std::uint8_t>((pixel[c] * alpha + 255 * (255 - alpha) + 127) / 255);
+      pixel[3] = 255;
+    }
+  }
+}
+
+cv::Mat toBgra(const cv::Mat& pixels) {
+  cv::Mat bgra;
+  switch (pixels.channels()) {
+    case 1:
+      cv::cvtColor(pixels, bgra, cv::COLOR_GRAY2BGRA);
+      break;
+    case 3:
+      cv::cvtColor(pixels, bgra, cv::COLOR_BGR2BGRA);
+      break;
+    case 4:
+      bgra = pixels;
+      composeOverWhite(bgra);
+      break;
+    default:
+      throw std::runtime_error("pixels of this kind cannot be read");
+  }
+  return bgra;
+}
+
+Bitmap decodeUpright(std::span<const std::uint8_t> file, const PictureHeader& header) {
+  cv::Mat pixels = decodePixels(file, header.format);
+  if (pixels.empty()) throw std::runtime_error("the picture is damaged");
+  pixels = toEightBits(pixels);
+  pixels = toBgra(pixels);
+  // OpenCV turns TIFF pictures itself.
+  const bool turned = header.format == PictureFormat::tiff;
+  return uprightBitmap(toBitmap(pixels), turned ? ImageOrientation::up : header.orientation);
+}
+
+std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (status.type() == std::filesystem::file_type::not_found) throw std::runtime_error("no such file");
+  if (error) throw std::runtime_error("cannot be read: " + error.message());
+  if (std::filesystem::is_directory(status)) throw std::runtime_error("is a directory");
+  // Opening a pipe or a device may wait for ever.
+  if (!std::filesystem::is_regular_file(status)) throw std::runtime_error("not a regular file");
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (error) throw std::runtime_error("cannot be read: " + error.message());
+  requireSize(size);
+
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) throw std::runtime_error("cannot be read: " + std::generic_category().message(errno));
+  std::vector<std::uint8_t> bytes(size);
+  stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  if (!stream) throw std::runtime_error("cannot be read: the file became shorter");
+  return bytes;
+}
+
+}  // namespace
+
+Image OpenCvImageCodec::decode(std::span<const std::uint8_t> file) const {
+  silenceOpenCv();
+  requireSize(file.size());
+  const PictureHeader header = readPictureHeader(file);
+  requirePixels(header);
+  try {
+    return {.bitmap = decodeUpright(file, header)};
+  } catch (const cv::Exception&) {
+    throw std::runtime_error("the picture is damaged");
+  }
+}
+
+Image OpenCvImageCodec::load(const std::filesystem::path& path) const {
+  return decode(readFile(path));
+}
+
+std::vector<std::uint8_t> OpenCvImageCodec::encode(const Bitmap& bitmap, ImageFileFormat format) const {
+  silenceOpenCv();
+  std::vector<std::uint8_t> file;
+  try {
+    cv::Mat pixels = asMat(bitmap);
+    if (bitmap.format() == PixelFormat::bgra8) cv::cvtColor(pixels, pixels, cv::COLOR_BGRA2BGR);
+    const bool written = format == ImageFileFormat::png
+                             ? cv::imencode(".png", pixels, file)
+                             : cv::imencode(".jpg", pixels, file, {cv::IMWRITE_JPEG_QUALITY, jpegQuality});
+    if (written) return file;
+  } catch (const cv::Exception&) {
+    // The text of OpenCV's exceptions is for programmers.
+  }
+  throw std::runtime_error("a picture of " + std::to_string(bitmap.width()) + " x " + std::to_string(bitmap.height()) +
+                           " pixels cannot be written in this format");
+}
+
+}  // namespace pravik
