@@ -60,7 +60,7 @@ OCRError OCRError::parseFailure(std::string field) {
 }
 
 OCRError OCRError::sceneMismatch(std::string expected, std::string detected) {
-  return {Case::sceneMismatch, std::move(expected), std::move(detected)};
+  return OCRError(Case::sceneMismatch, std::move(expected), std::move(detected));
 }
 
 OCRError OCRError::invalidImage() {

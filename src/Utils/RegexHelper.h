@@ -8,9 +8,9 @@
 namespace pravik {
 
 /// Regular expressions in the ICU dialect over UTF-8. `\d` and `\s` know every script, case matters, `.` stops at
-/// line ends, and `^` and `$` stand for the very start and the very end of the text.
+/// line ends. `$` also matches before a last line end: a pattern for a whole text stands between `^` and `\z`.
 ///
-/// Nothing throws. A pattern that does not compile, and a search that needs more than a bounded amount of work,
+/// Nothing throws. A pattern that does not compile, and a search that would take more than a bounded amount of work,
 /// match nothing. An ill-formed byte sequence in the text counts as U+FFFD.
 class RegexHelper {
  public:

@@ -1,0 +1,98 @@
+#include "Utils/RegexHelper.h"
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+#include <unicode/utext.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace pravik {
+
+namespace {
+
+/// A search gives up after this many steps of the engine's clock, ten thousand backtracking points each.
+constexpr std::int32_t maximumSteps = 1000;
+
+/// One pattern over one text. Results are cut from the text by the byte, so that whatever it holds comes back as is.
+class Search {
+ public:
+  Search(std::string_view pattern, std::string_view text) : text_(text) {
+    matcher_ = std::make_unique<icu::RegexMatcher>(icu::UnicodeString::fromUTF8(pattern), 0, status_);
+    bytes_.adoptInstead(utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status_));
+    if (U_FAILURE(status_)) return;
+    matcher_->setTimeLimit(maximumSteps, status_);
+    matcher_->reset(bytes_.getAlias());
+  }
+
+  /// Goes on to the next match; false when there is none or the search failed.
+  bool next() { return U_SUCCESS(status_) && matcher_->find(status_) && U_SUCCESS(status_); }
+
+  /// The text with every match replaced; the text itself when the search failed.
+  std::string replaceAll(std::string_view replacement) {
+    const icu::UnicodeString result = U_SUCCESS(status_)
+                                          ? matcher_->replaceAll(icu::UnicodeString::fromUTF8(replacement), status_)
+                                          : icu::UnicodeString();
+    std::string replaced;
+    return U_SUCCESS(status_) ? result.toUTF8String(replaced) : std::string(text_);
+  }
+
+  std::int32_t groupCount() const { return matcher_->groupCount(); }
+
+  /// A group of the current match; absent when it took no part or does not exist.
+  std::optional<std::string> group(std::int32_t number) const {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int64_t start = matcher_->start64(number, status);
+    const std::int64_t end = matcher_->end64(number, status);
+    if (U_FAILURE(status) || start < 0) return std::nullopt;
+    return std::string(text_.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
+  }
+
+ private:
+  std::string_view text_;
+  UErrorCode status_ = U_ZERO_ERROR;
+  icu::LocalUTextPointer bytes_;
+  std::unique_ptr<icu::RegexMatcher> matcher_;
+};
+
+}  // namespace
+
+bool RegexHelper::matches(std::string_view pattern, std::string_view text) {
+  return Search(pattern, text).next();
+}
+
+std::optional<std::string> RegexHelper::firstMatch(std::string_view pattern, std::string_view text) {
+  return captureGroup(0, pattern, text);
+}
+
+std::vector<std::string> RegexHelper::allMatches(std::string_view pattern, std::string_view text) {
+  Search search(pattern, text);
+  std::vector<std::string> result;
+  while (search.next()) {
+    if (auto match = search.group(0)) result.push_back(std::move(*match));
+  }
+  return result;
+}
+
+std::optional<std::string> RegexHelper::captureGroup(int group, std::string_view pattern, std::string_view text) {
+  Search search(pattern, text);
+  return search.next() ? search.group(group) : std::nullopt;
+}
+
+std::vector<std::string> RegexHelper::allCaptureGroups(std::string_view pattern, std::string_view text) {
+  Search search(pattern, text);
+  if (!search.next()) return {};
+  std::vector<std::string> result;
+  for (std::int32_t number = 1; number <= search.groupCount(); ++number) {
+    if (auto group = search.group(number)) result.push_back(std::move(*group));
+  }
+  return result;
+}
+
+std::string RegexHelper::replace(std::string_view pattern, std::string_view text, std::string_view replacement) {
+  return Search(pattern, text).replaceAll(replacement);
+}
+
+}  // namespace pravik
