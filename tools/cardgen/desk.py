@@ -130,15 +130,15 @@ def _sheet(rng, scale):
     tone = int(rng.integers(224, 250))
     page, mask = _blank(width, height, scale, (tone, tone, tone - int(rng.integers(0, 12))))
     draw = ImageDraw.Draw(page)
-    unit, ink = 2 * scale, int(rng.integers(60, 150))
-    y, pitch = 18.0, rng.uniform(5.5, 9)
+    unit, ink = 2 * scale, int(rng.integers(90, 190))
+    y, pitch = 18.0, rng.uniform(4.2, 8)
     while y < height - 16:
         x, end = 18.0, (width - 18) * (1 if rng.random() < 0.8 else rng.uniform(0.3, 0.9))
         while x < end:
-            word = rng.uniform(2, 14)
-            draw.line([x * unit, y * unit, min(x + word, end) * unit, y * unit], fill=(ink,) * 3,
-                      width=max(1, round(rng.uniform(0.8, 1.8) * unit)))
-            x += word + rng.uniform(1.2, 2.4)
+            word, stroke = rng.uniform(1.2, 7), rng.uniform(0.5, 1.3)
+            draw.line([x * unit, y * unit, min(x + word, end) * unit, y * unit], fill=(ink + int(rng.integers(-20, 40)),) * 3,
+                      width=max(1, round(stroke * unit)))
+            x += word + rng.uniform(0.6, 1.6)
         y += pitch
     return page, mask
 

@@ -12,6 +12,8 @@ import guilloche
 from canvas import Canvas
 
 WIDTH, HEIGHT, CORNER = 85.6, 54.0, 3.18
+# Strokes of the small characters.
+FINEST = 0.2
 
 LABEL_COLOUR = (74, 128, 176)
 INK = (28, 27, 31)
@@ -68,7 +70,7 @@ class FrontCard:
     """The portrait side of one record; `rng` settles its fonts and ornaments."""
 
     width, height, corner = WIDTH, HEIGHT, CORNER
-    gloss = 1.0
+    finest, gloss = FINEST, 1.0
 
     def __init__(self, record, rng):
         self._record = record
@@ -123,7 +125,7 @@ class BackCard:
     """The emblem side of one record; `rng` settles its fonts and ornaments."""
 
     width, height, corner = WIDTH, HEIGHT, CORNER
-    gloss = 1.0
+    finest, gloss = FINEST, 1.0
 
     def __init__(self, record, rng):
         self._record = record

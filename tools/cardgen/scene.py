@@ -1,7 +1,7 @@
 """From a flat card to a photo: chooses a desk, a light and a camera by level, and takes the picture.
 
-A subject is anything flat with `width`, `height`, `corner`, `gloss` and `draw(pixels_per_mm)`; nothing here
-knows what is printed on it. The steps (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can
+A subject is anything flat with `width`, `height`, `corner` and `finest` (its smallest detail that must survive)
+in millimetres, `gloss` in 0..1 and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can
 move the camera over one desk.
 """
 
@@ -38,9 +38,13 @@ class Limits:
     tilt: float  # degrees about either axis
     roll: float  # degrees in the picture
     fill: tuple  # least, most likely and greatest share of the picture's width
+    finest: float  # pixels that the smallest detail gets: people come close enough to see it
 
 
-LIMITS = {"photo": Limits(15, 8, (0.35, 0.66, 0.85)), "hard": Limits(28, 20, (0.35, 0.62, 0.85))}
+LIMITS = {
+    "photo": Limits(15, 8, (0.35, 0.66, 0.85), 2.2),
+    "hard": Limits(28, 20, (0.35, 0.62, 0.85), 1.6),
+}
 
 
 def clean(subject):
@@ -59,7 +63,8 @@ def choose_pose(subject, level, size, rng):
     """A camera that sees the whole subject, within the limits of the level."""
     limits = LIMITS[level]
     width, height = size
-    fill = rng.triangular(*limits.fill)
+    needed = limits.finest * subject.width / (subject.finest * width)
+    fill = max(rng.triangular(*limits.fill), min(needed, limits.fill[2]))
     reach, direction = limits.tilt * math.sqrt(rng.random()), rng.uniform(0, 2 * math.pi)
     focal = width * rng.uniform(0.8, 1.25)
     roll = float(np.clip(rng.normal(0, limits.roll / 2.2), -limits.roll, limits.roll))
@@ -91,8 +96,8 @@ def choose_light(level, rng):
     field = 1 + strength * (x * math.cos(angle) + y * math.sin(angle))
     field *= 1 - rng.uniform(0.02, 0.25) * (x * x + y * y) * 2
     if rng.random() < 0.4:
-        field *= _soft_shadow(x, y, rng, 0.42 if level == "photo" else 0.6)
-    field *= rng.uniform(0.82, 1.04)
+        field *= _soft_shadow(x, y, rng, 0.38 if level == "photo" else 0.6)
+    field *= rng.uniform(0.86, 1.04)
     return np.repeat(field[..., None], 3, axis=2)
 
 
