@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <utility>
 
@@ -15,26 +17,45 @@ namespace {
 
 /// A search gives up after this many steps of the engine's clock, ten thousand backtracking points each.
 constexpr std::int32_t maximumSteps = 1000;
+/// Bytes of backtracking points that a search may keep; a kept matcher does not give them back.
+constexpr std::int32_t maximumStackBytes = 1 << 20;
+
+/// The most patterns that a thread keeps compiled; far more than the library has.
+constexpr std::size_t maximumKeptPatterns = 256;
+
+/// A matcher of this thread for the pattern; nullptr when the pattern does not compile. Kept, because compiling a
+/// pattern costs a hundred times more than searching a line with it.
+icu::RegexMatcher* matcherFor(std::string_view pattern) {
+  thread_local std::map<std::string, std::unique_ptr<icu::RegexMatcher>, std::less<>> kept;
+  if (const auto found = kept.find(pattern); found != kept.end()) return found->second.get();
+
+  UErrorCode status = U_ZERO_ERROR;
+  auto matcher = std::make_unique<icu::RegexMatcher>(icu::UnicodeString::fromUTF8(pattern), 0, status);
+  matcher->setTimeLimit(maximumSteps, status);
+  matcher->setStackLimit(maximumStackBytes, status);
+  if (U_FAILURE(status)) matcher.reset();
+  if (kept.size() >= maximumKeptPatterns) kept.clear();
+  return kept.emplace(pattern, std::move(matcher)).first->second.get();
+}
 
 /// One pattern over one text. Results are cut from the text by the byte, so that whatever it holds comes back as is.
+/// Only one search with the same pattern may go on at a time in a thread.
 class Search {
  public:
-  Search(std::string_view pattern, std::string_view text) : text_(text) {
-    matcher_ = std::make_unique<icu::RegexMatcher>(icu::UnicodeString::fromUTF8(pattern), 0, status_);
-    bytes_.adoptInstead(utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status_));
-    if (U_FAILURE(status_)) return;
-    matcher_->setTimeLimit(maximumSteps, status_);
-    matcher_->reset(bytes_.getAlias());
+  Search(std::string_view pattern, std::string_view text)
+      : text_(text),
+        bytes_(utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status_)),
+        matcher_(matcherFor(pattern)) {
+    if (isReady()) matcher_->reset(bytes_.getAlias());
   }
 
   /// Goes on to the next match; false when there is none or the search failed.
-  bool next() { return U_SUCCESS(status_) && matcher_->find(status_) && U_SUCCESS(status_); }
+  bool next() { return isReady() && matcher_->find(status_) && U_SUCCESS(status_); }
 
   /// The text with every match replaced; the text itself when the search failed.
   std::string replaceAll(std::string_view replacement) {
-    const icu::UnicodeString result = U_SUCCESS(status_)
-                                          ? matcher_->replaceAll(icu::UnicodeString::fromUTF8(replacement), status_)
-                                          : icu::UnicodeString();
+    if (!isReady()) return std::string(text_);
+    const icu::UnicodeString result = matcher_->replaceAll(icu::UnicodeString::fromUTF8(replacement), status_);
     std::string replaced;
     return U_SUCCESS(status_) ? result.toUTF8String(replaced) : std::string(text_);
   }
@@ -51,10 +72,12 @@ class Search {
   }
 
  private:
+  bool isReady() const { return matcher_ != nullptr && U_SUCCESS(status_); }
+
   std::string_view text_;
   UErrorCode status_ = U_ZERO_ERROR;
   icu::LocalUTextPointer bytes_;
-  std::unique_ptr<icu::RegexMatcher> matcher_;
+  icu::RegexMatcher* matcher_;
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -32,7 +33,7 @@ constexpr std::size_t maximumSequence = 4;
 CodePoint firstCodePoint(std::string_view text) {
   std::array<std::uint8_t, maximumSequence> bytes{};
   const std::string_view head = text.substr(0, maximumSequence);
-  std::ranges::copy(head, bytes.begin());
+  std::memcpy(bytes.data(), head.data(), head.size());
   std::size_t end = 0;
   UChar32 value = 0;
   U8_NEXT_OR_FFFD(bytes, end, head.size(), value);
@@ -43,7 +44,7 @@ CodePoint firstCodePoint(std::string_view text) {
 CodePoint lastCodePoint(std::string_view text) {
   std::array<std::uint8_t, maximumSequence> bytes{};
   const std::string_view tail = text.substr(text.size() - std::min(text.size(), maximumSequence));
-  std::ranges::copy(tail, bytes.begin());
+  std::memcpy(bytes.data(), tail.data(), tail.size());
   auto start = static_cast<std::int32_t>(tail.size());
   UChar32 value = 0;
   U8_PREV_OR_FFFD(bytes.data(), 0, start, value);
@@ -103,14 +104,13 @@ void forEachCharacterEnd(std::string_view text, Visit visit) {
   // Making one costs a thousand times more than setting its text.
   thread_local const std::unique_ptr<icu::BreakIterator> boundaries(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-  UText bytes = UTEXT_INITIALIZER;
-  utext_openUTF8(&bytes, text.data(), static_cast<std::int64_t>(text.size()), &status);
-  if (boundaries) boundaries->setText(&bytes, status);
+  const icu::LocalUTextPointer bytes(
+      utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
+  if (boundaries) boundaries->setText(bytes.getAlias(), status);
   if (!boundaries || U_FAILURE(status))
     throw std::runtime_error("the Unicode data for character boundaries is missing");
   for (std::int32_t end = boundaries->next(); end != icu::BreakIterator::DONE; end = boundaries->next())
     visit(static_cast<std::size_t>(end));
-  utext_close(&bytes);
 }
 
 }  // namespace
