@@ -14,8 +14,10 @@ from canvas import Canvas
 
 UPPER_AND_DIGITS = string.ascii_uppercase + string.digits
 
-# Sides of a label's free edge, and the quiet zone around a symbol in modules.
+# Free edge of a label; the quiet zone around a symbol in modules.
 MARGIN_MM = 5.0
+# Width of the words beside a code, and of the narrowest label with its words above and below.
+WORDS_MM, MIN_WIDTH_MM = 30.0, 44.0
 QUIET_MODULES = {"matrix": 4, "linear": 10, "stacked": 4}
 # Every module is enlarged by this before it is scaled to the label.
 MODULE_PIXELS = 8
@@ -157,8 +159,9 @@ class Label:
         self._heading, self._caption = rng.choice(HEADINGS), rng.choice(CAPTIONS)
         self._style = rng.choice(("hei", "zenhei", "hei-bold"))
         self._beside = shape == "matrix" and rng.random() < 0.5
-        words = 30.0 if self._beside else 0.0
-        self.width = max(44.0, self._code_width + 2 * self._quiet + 2 * MARGIN_MM) + words
+        self._serial = f"No. {_digits(rng, 5)}"
+        code_width = self._code_width + 2 * self._quiet + 2 * MARGIN_MM
+        self.width = code_width + WORDS_MM if self._beside else max(MIN_WIDTH_MM, code_width)
         self.height = self._code_height + 2 * self._quiet + (10.0 if self._beside else 20.0)
         self.corner = rng.choice((0.2, 0.2, 2.0))
         self.gloss = rng.choice((0.0, 0.3))
@@ -178,10 +181,10 @@ class Label:
     def _words(self, canvas, top):
         payload = self._code["payload"]
         if self._beside:
-            left = self.width - 30.0
+            left = self.width - WORDS_MM
             canvas.text(left, top + 3, self._heading, self._style, 4.2, self._ink)
             canvas.text(left, top + 10, self._caption, self._style, 2.6, self._ink)
-            canvas.text(left, top + 15, f"No. {self.width * 1000:.0f}", "sans", 2.6, self._ink)
+            canvas.text(left, top + 15, self._serial, "sans", 2.6, self._ink)
             return
         canvas.text(self.width / 2, 5.0, self._heading, self._style, 4.0, self._ink, anchor="m")
         below = top + self._code_height + self._quiet
