@@ -1,0 +1,198 @@
+#include "backends/opencv/OutlineSearch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace pravik {
+namespace {
+
+// ISO/IEC 7810 ID-1: 85.60 mm by 53.98 mm.
+constexpr double cardAspect = 85.60 / 53.98;
+// Opposite sides converge by no more than this in a photo that can be read, in degrees.
+constexpr double widestConvergence = 35;
+// A side is worth a look when this share of it is an edge.
+constexpr double leastSupport = 0.3;
+constexpr double leastMeanSupport = 0.5;
+// Cards have rounded corners: this share of a side at either end is not counted.
+constexpr double roundedShare = 0.07;
+// The share of a side's length beyond its corners that is searched for an overrun.
+constexpr double overrunShare = 0.12;
+// Corners may lie this share of the longer side outside of the picture.
+constexpr double margin = 0.01;
+
+using Corners = std::array<cv::Point2d, 4>;
+
+}  // namespace
+
+/// The flat rectangle behind a quadrilateral, with the camera's focal length taken as the longer side of the picture
+/// and its axis as the middle of the picture. The columns of the homography from the unit square, freed of the camera,
+/// are the sides of the flat figure (Zhang and He, 2007).
+static void setShape(Outline& outline, cv::Size picture) {
+  const double focal = std::max(picture.width, picture.height);
+  const cv::Point2d middle(picture.width / 2.0, picture.height / 2.0);
+  std::array<cv::Point2d, 4> p;
+  for (std::size_t i = 0; i < 4; ++i) p[i] = (outline.corners[i] - middle) / focal;
+  const cv::Point2d sum = p[0] - p[1] + p[2] - p[3];
+  const cv::Point2d a = p[1] - p[2], b = p[3] - p[2];
+  const double denominator = a.cross(b);
+  const double g = sum.cross(b) / denominator, h = a.cross(sum) / denominator;
+  const cv::Point3d across(p[1].x - p[0].x + g * p[1].x, p[1].y - p[0].y + g * p[1].y, g);
+  const cv::Point3d down(p[3].x - p[0].x + h * p[3].x, p[3].y - p[0].y + h * p[3].y, h);
+  const double ratio = cv::norm(across) / cv::norm(down);
+  outline.aspect = std::max(ratio, 1 / ratio);
+  outline.skew = std::abs(across.dot(down)) / (cv::norm(across) * cv::norm(down));
+}
+
+namespace {
+
+/// From the corner nearest to the top left, clockwise as a person sees it.
+Corners ordered(Corners corners) {
+  double area = 0;
+  for (std::size_t i = 0; i < 4; ++i) area += corners[i].cross(corners[(i + 1) % 4]);
+  if (area < 0) std::reverse(corners.begin(), corners.end());
+  const auto first = std::min_element(corners.begin(), corners.end(),
+                                      [](cv::Point2d a, cv::Point2d b) { return a.x + a.y < b.x + b.y; });
+  std::rotate(corners.begin(), first, corners.end());
+  return corners;
+}
+
+class Search {
+ public:
+  Search(const std::vector<EdgeLine>& lines, cv::Size picture, const RectangleRequest& request)
+      : lines_(lines),
+        picture_(picture),
+        request_(request),
+        slack_(margin * std::max(picture.width, picture.height)),
+        leastSide_(std::max(16.0, request.minimumSize * std::min(picture.width, picture.height) * 1.0)) {
+    const std::size_t n = lines.size();
+    crossing_.resize(n * n);
+    for (std::size_t a = 0; a < n; ++a)
+      for (std::size_t b = 0; b < n; ++b)
+        if (a != b) crossing_[a * n + b] = lines[a].position(lines[a].intersection(lines[b]));
+  }
+
+  std::vector<Outline> run() {
+    for (std::size_t a = 0; a < lines_.size(); ++a)
+      for (std::size_t b = a + 1; b < lines_.size(); ++b)
+        if (angle(a, b) <= widestConvergence) pair(a, b);
+    return std::move(found_);
+  }
+
+ private:
+  struct Rung {
+    std::size_t line;
+    double onA, onB;
+    double support;
+  };
+
+  double angle(std::size_t a, std::size_t b) const {
+    const double cosine = std::abs(lines_[a].direction().dot(lines_[b].direction()));
+    return std::acos(std::min(1.0, cosine)) * 180 / CV_PI;
+  }
+
+  bool inside(cv::Point2d point) const {
+    return point.x >= -slack_ && point.y >= -slack_ && point.x <= picture_.width + slack_ &&
+           point.y <= picture_.height + slack_;
+  }
+
+  double crossing(std::size_t a, std::size_t b) const { return crossing_[a * lines_.size() + b]; }
+
+  static double share(const EdgeLine& line, double from, double to) {
+    const double trim = roundedShare * (to - from);
+    return line.support(from + trim, to - trim).share;
+  }
+
+  void pair(std::size_t a, std::size_t b) {
+    rungs_.clear();
+    for (std::size_t c = a + 1; c < lines_.size(); ++c) {
+      if (c == b || angle(a, c) < 90 - request_.quadratureTolerance || angle(b, c) < 90 - request_.quadratureTolerance)
+        continue;
+      const double onA = crossing(a, c), onB = crossing(b, c);
+      const double from = crossing(c, a), to = crossing(c, b);
+      if (std::abs(to - from) < leastSide_ || !inside(lines_[a].at(onA)) || !inside(lines_[b].at(onB))) continue;
+      const double support = share(lines_[c], from, to);
+      if (support >= leastSupport) rungs_.push_back({c, onA, onB, support});
+    }
+    const bool sameWay = lines_[a].direction().dot(lines_[b].direction()) > 0;
+    for (std::size_t i = 0; i < rungs_.size(); ++i)
+      for (std::size_t j = i + 1; j < rungs_.size(); ++j) quad(a, b, rungs_[i], rungs_[j], sameWay);
+  }
+
+  void quad(std::size_t a, std::size_t b, const Rung& c, const Rung& d, bool sameWay) {
+    const double alongA = d.onA - c.onA, alongB = (d.onB - c.onB) * (sameWay ? 1 : -1);
+    if (std::abs(alongA) < leastSide_ || std::abs(alongB) < leastSide_ || (alongA > 0) != (alongB > 0)) return;
+    const double supportA = share(lines_[a], c.onA, d.onA);
+    if (supportA < leastSupport) return;
+    const double supportB = share(lines_[b], c.onB, d.onB);
+    if (supportB < leastSupport) return;
+    if (supportA + supportB + c.support + d.support < 4 * leastMeanSupport) return;
+    Outline outline;
+    outline.corners = ordered({lines_[a].at(c.onA), lines_[a].at(d.onA), lines_[b].at(d.onB), lines_[b].at(c.onB)});
+    if (!shapeFits(outline.corners)) return;
+    setShape(outline, picture_);
+    const cv::Point2d middle = (outline.corners[0] + outline.corners[1] + outline.corners[2] + outline.corners[3]) / 4;
+    outline.support = {supportA, supportB, c.support, d.support};
+    measure(outline, lines_[a], c.onA, d.onA, middle);
+    measure(outline, lines_[b], c.onB, d.onB, middle);
+    measure(outline, lines_[c.line], crossing(c.line, a), crossing(c.line, b), middle);
+    measure(outline, lines_[d.line], crossing(d.line, a), crossing(d.line, b), middle);
+    outline.score = scoreOf(outline);
+    found_.push_back(outline);
+  }
+
+  bool shapeFits(const Corners& corners) const {
+    std::array<double, 4> sides{};
+    for (std::size_t i = 0; i < 4; ++i) sides[i] = cv::norm(corners[(i + 1) % 4] - corners[i]);
+    const double one = (sides[0] + sides[2]) / 2, other = (sides[1] + sides[3]) / 2;
+    const double ratio = std::min(one, other) / std::max(one, other);
+    if (ratio < request_.minimumAspectRatio || ratio > request_.maximumAspectRatio) return false;
+    if (std::min(one, other) < request_.minimumSize * std::min(picture_.width, picture_.height)) return false;
+    for (std::size_t i = 0; i < 4; ++i) {
+      const cv::Point2d u = corners[(i + 1) % 4] - corners[i], v = corners[(i + 3) % 4] - corners[i];
+      const double degrees = std::acos(std::clamp(u.dot(v) / (cv::norm(u) * cv::norm(v)), -1.0, 1.0)) * 180 / CV_PI;
+      if (std::abs(degrees - 90) > request_.quadratureTolerance) return false;
+    }
+    return true;
+  }
+
+  static void measure(Outline& outline, const EdgeLine& line, double from, double to, cv::Point2d middle) {
+    if (from > to) std::swap(from, to);
+    const double length = to - from, beyond = std::max(6.0, overrunShare * length), gap = 3;
+    const bool inwards = (middle - line.at(from)).dot(line.normal()) > 0;
+    outline.polarity += line.support(from, to).polarity * (inwards ? 0.25 : -0.25);
+    outline.overrun +=
+        (line.support(from - gap - beyond, from - gap).share + line.support(to + gap, to + gap + beyond).share) / 8;
+  }
+
+  static double scoreOf(const Outline& outline) {
+    const double mean = std::accumulate(outline.support.begin(), outline.support.end(), 0.0) / 4;
+    const double least = *std::min_element(outline.support.begin(), outline.support.end());
+    const double shape = std::abs(std::log(outline.aspect / cardAspect));
+    return mean + least + 0.3 * std::abs(outline.polarity) - 0.5 * outline.overrun - 3 * std::min(0.5, shape) -
+           2 * outline.skew;
+  }
+
+  const std::vector<EdgeLine>& lines_;
+  cv::Size picture_;
+  const RectangleRequest& request_;
+  double slack_;
+  double leastSide_;
+  std::vector<double> crossing_;
+  std::vector<Rung> rungs_;
+  std::vector<Outline> found_;
+};
+
+}  // namespace
+
+std::vector<Outline> findOutlines(const std::vector<EdgeLine>& lines, cv::Size picture, const RectangleRequest& request,
+                                  std::size_t most) {
+  std::vector<Outline> outlines = Search(lines, picture, request).run();
+  const auto kept = static_cast<std::ptrdiff_t>(std::min(most, outlines.size()));
+  std::partial_sort(outlines.begin(), outlines.begin() + kept, outlines.end(),
+                    [](const Outline& a, const Outline& b) { return a.score > b.score; });
+  outlines.resize(static_cast<std::size_t>(kept));
+  return outlines;
+}
+
+}  // namespace pravik
