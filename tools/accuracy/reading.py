@@ -1,0 +1,66 @@
+"""Runs the command-line tool over pictures and holds what it reads against the truth."""
+
+import json
+import pathlib
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PRAVIK = ROOT / "build" / "release" / "apps" / "pravik" / "pravik"
+
+# Kind -> its fields in the order in which reports show them.
+FIELDS = {
+    "id-front": ("name", "gender", "ethnicity", "birthDate", "birthYear", "birthMonth", "birthDay", "address",
+                 "idNumber"),
+    "id-back": ("issuingAuthority", "validityPeriod", "startDate", "endDate", "isLongTerm"),
+    "code": ("payload", "symbology"),
+}
+# Exit statuses of the tool that come with one answer a picture: all recognised, some not.
+ANSWERED = (0, 1)
+
+
+def load_truth(folder):
+    """The lines of a folder's truth.jsonl, each with the picture's path under "path"."""
+    path = folder / "truth.jsonl"
+    try:
+        lines = [json.loads(line) for line in path.read_text("utf-8").splitlines()]
+    except (OSError, json.JSONDecodeError) as error:
+        raise SystemExit(f"{path}: {error}") from error
+    return [line | {"path": str(folder / line["file"])} for line in lines]
+
+
+def read(pravik, kind, paths, jobs):
+    """The tool's answers for the pictures of one kind, in their order."""
+    command = [str(pravik), kind, "--format", "jsonl", "--jobs", str(jobs), *paths]
+    try:
+        done = subprocess.run(command, stdout=subprocess.PIPE, text=True, encoding="utf-8", check=False)
+    except OSError as error:
+        raise SystemExit(f"{pravik} cannot be run ({error.strerror}); build it with: make build") from error
+    answers = [json.loads(line) for line in done.stdout.splitlines()]
+    if done.returncode not in ANSWERED or len(answers) != len(paths):
+        raise SystemExit(f"{pravik} {kind} ended with status {done.returncode} "
+                         f"after {len(answers)} of {len(paths)} answers")
+    return answers
+
+
+def text(value):
+    """A field as a person reads it; an absent one is empty."""
+    if isinstance(value, bool):
+        return "yes" if value else "no"
+    return "" if value is None else str(value)
+
+
+def wrong_fields(truth, answer):
+    """The fields whose reading differs from the truth; all of them if the tool gave no record."""
+    result = answer.get("result")
+    return [field for field in FIELDS[truth["kind"]]
+            if result is None or result.get(field) != truth["result"][field]]
+
+
+def edit_distance(first, second):
+    """Least number of characters to insert, delete or replace (Levenshtein, 1966)."""
+    row = list(range(len(second) + 1))
+    for i, a in enumerate(first, 1):
+        diagonal, row[0] = row[0], i
+        for j, b in enumerate(second, 1):
+            diagonal, row[j] = row[j], min(row[j] + 1, row[j - 1] + 1, diagonal + (a != b))
+    return row[-1]
