@@ -1,0 +1,118 @@
+#include "backends/zxing/CodeReader.h"
+
+#include <ZXing/GTIN.h>
+#include <ZXing/ReadBarcode.h>
+
+#include <algorithm>
+
+namespace pravik {
+
+struct CodeFormat {
+  const char* identifier;
+  ZXing::BarcodeFormat zxing;
+  bool linear;
+  /// Rows of pixels that must agree before a linear reading counts. The weaker a format's own checks, the more.
+  std::uint8_t minimumRows;
+  bool (*accepts)(const std::string& payload);
+};
+
+namespace {
+
+bool anyText(const std::string& payload) {
+  return !payload.empty();
+}
+
+template <std::size_t length>
+bool digitsWithCheckDigit(const std::string& payload) {
+  return payload.size() == length && std::ranges::all_of(payload, [](char c) { return c >= '0' && c <= '9'; }) &&
+         ZXing::GTIN::IsCheckDigitValid(payload);
+}
+
+/// The check digit of UPC-E belongs to the UPC-A number that it shortens; ZXing has verified it.
+bool eightDigits(const std::string& payload) {
+  return payload.size() == 8;
+}
+
+/// Code 39 has no check character of its own, and shapes of one or two characters turn up in any line of print.
+bool threeCharacters(const std::string& payload) {
+  return payload.size() >= 3;
+}
+
+/// Code words that are all zero pass every Reed-Solomon check and decode to a row of "A".
+bool otherThanZeros(const std::string& payload) {
+  return payload.find_first_not_of('A') != std::string::npos;
+}
+
+/// Ordered by how much a reading is worth: error correction and check characters first, then check digits.
+constexpr CodeFormat codeFormatTable[] = {
+    {"VNBarcodeSymbologyQR", ZXing::BarcodeFormat::QRCode, false, 1, anyText},
+    {"VNBarcodeSymbologyAztec", ZXing::BarcodeFormat::Aztec, false, 1, anyText},
+    {"VNBarcodeSymbologyDataMatrix", ZXing::BarcodeFormat::DataMatrix, false, 1, anyText},
+    {"VNBarcodeSymbologyPDF417", ZXing::BarcodeFormat::PDF417, false, 1, otherThanZeros},
+    {"VNBarcodeSymbologyEAN13", ZXing::BarcodeFormat::EAN13, true, 3, digitsWithCheckDigit<13>},
+    {"VNBarcodeSymbologyCode128", ZXing::BarcodeFormat::Code128, true, 2, anyText},
+    {"VNBarcodeSymbologyCode93", ZXing::BarcodeFormat::Code93, true, 2, anyText},
+    {"VNBarcodeSymbologyEAN8", ZXing::BarcodeFormat::EAN8, true, 3, digitsWithCheckDigit<8>},
+    {"VNBarcodeSymbologyITF14", ZXing::BarcodeFormat::ITF, true, 3, digitsWithCheckDigit<14>},
+    {"VNBarcodeSymbologyUPCE", ZXing::BarcodeFormat::UPCE, true, 4, eightDigits},
+    {"VNBarcodeSymbologyCode39", ZXing::BarcodeFormat::Code39, true, 3, threeCharacters},
+};
+
+bool isUtf8(const ZXing::ByteArray& bytes) {
+  std::size_t i = 0;
+  while (i < bytes.size()) {
+    const std::uint8_t lead = bytes[i++];
+    const int trailing = lead < 0x80                   ? 0
+                         : lead >= 0xC2 && lead < 0xE0 ? 1
+                         : lead >= 0xE0 && lead < 0xF0 ? 2
+                         : lead >= 0xF0 && lead < 0xF5 ? 3
+                                                       : -1;
+    if (trailing < 0) return false;
+    for (int k = 0; k < trailing; ++k, ++i)
+      if (i >= bytes.size() || (bytes[i] & 0xC0U) != 0x80) return false;
+  }
+  return true;
+}
+
+/// Whether all bytes beyond ASCII stand in pairs of the Chinese national set GB 2312.
+bool isGb2312(const ZXing::ByteArray& bytes) {
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] < 0x80) continue;
+    const bool pair =
+        bytes[i] >= 0xA1 && bytes[i] <= 0xF7 && i + 1 < bytes.size() && bytes[i + 1] >= 0xA1 && bytes[i + 1] <= 0xFE;
+    if (!pair) return false;
+    ++i;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<const CodeFormat*> codeFormats(std::span<const BarcodeSymbology> symbologies) {
+  std::vector<const CodeFormat*> formats;
+  for (const CodeFormat& format : codeFormatTable)
+    if (std::ranges::any_of(symbologies, [&](const auto& s) { return s.rawValue == format.identifier; }))
+      formats.push_back(&format);
+  return formats;
+}
+
+bool isLinear(const CodeFormat& format) {
+  return format.linear;
+}
+
+std::optional<CodeReading> readCode(const cv::Mat& grey, const CodeFormat& format) {
+  // One format and one symbol a call: with assertions on, ZXing 1.4 aborts when it compares symbols of several rows.
+  const ZXing::ImageView view(grey.data, grey.cols, grey.rows, ZXing::ImageFormat::Lum, static_cast<int>(grey.step));
+  const auto hints = ZXing::DecodeHints().setFormats(format.zxing).setMinLineCount(format.minimumRows);
+  ZXing::Result result = ZXing::ReadBarcode(view, hints);
+  if (!result.isValid()) return std::nullopt;
+  // ZXing takes Chinese text without a declared character set for Latin-1.
+  if (!result.hasECI() && !isUtf8(result.bytes()) && isGb2312(result.bytes())) result.setCharacterSet("GB18030");
+
+  CodeReading reading{{format.identifier}, result.text(), {}};
+  if (!format.accepts(reading.payload)) return std::nullopt;
+  for (const auto& corner : result.position()) reading.outline.emplace_back(corner.x, corner.y);
+  return reading;
+}
+
+}  // namespace pravik

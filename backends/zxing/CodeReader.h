@@ -1,0 +1,35 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Platform/BarcodeDetector.h"
+
+namespace pravik {
+
+/// A code format as ZXing reads it; defined beside the table of all eleven.
+struct CodeFormat;
+
+/// The formats of the table that are asked for, the most trustworthy first; identifiers that it lacks are passed over.
+std::vector<const CodeFormat*> codeFormats(std::span<const BarcodeSymbology> symbologies);
+
+/// Whether the format is one row of bars.
+bool isLinear(const CodeFormat& format);
+
+/// One code read on a grey picture.
+struct CodeReading {
+  BarcodeSymbology symbology;
+  /// UTF-8.
+  std::string payload;
+  /// Four points around the code, or around the rows of it that were read; pixels from the top left.
+  std::vector<cv::Point2d> outline;
+};
+
+/// Looks for one code of one format on a grey picture, at any of four orientations. A reading whose text does not fit
+/// the format's rules is refused.
+std::optional<CodeReading> readCode(const cv::Mat& grey, const CodeFormat& format);
+
+}  // namespace pravik
