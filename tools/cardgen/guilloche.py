@@ -38,8 +38,8 @@ def background(width, height, pixels_per_mm, rng, stops, inks, rosettes):
     for ink in inks:
         lines = _waves(x, y, rng.uniform(0.8, 1.2), rng.uniform(1.0, 3.2), rng.uniform(14, 34),
                        rng.uniform(0, 6.28), rng.uniform(-0.12, 0.12))
-        picture += (0.30 * lines)[..., None] * (np.array(ink) - picture)
+        picture += (0.25 * lines)[..., None] * (np.array(ink) - picture)
     for centre, radius, petals in rosettes:
         lines = _rosette(x, y, centre, radius, petals, 0.9)
-        picture += (0.35 * lines)[..., None] * (np.array(inks[0]) - picture)
+        picture += (0.28 * lines)[..., None] * (np.array(inks[0]) - picture)
     return Image.fromarray(np.clip(picture, 0, 255).astype(np.uint8))

@@ -32,7 +32,7 @@ FRONT_LABELS = {
 FRONT_VALUES = {"name": (14.6, 8.5, 3.7), "gender": (14.6, 15.0, 3.1), "ethnicity": (31.2, 15.0, 3.1)}
 BIRTH_ROW, BIRTH_SIZE = 21.3, 3.1
 # The unit follows its value: (right end of the value, unit, left end of the unit).
-BIRTH_PARTS = ((22.4, "年", 23.2), (30.6, "月", 31.6), (39.0, "日", 40.0))
+BIRTH_PARTS = ((22.4, "年", 23.2), (30.6, "月", 31.6), (39.5, "日", 40.3))
 ADDRESS_LEFT, ADDRESS_TOP, ADDRESS_PITCH, ADDRESS_SIZE, ADDRESS_WIDTH = 14.6, 28.2, 4.7, 3.15, 36.0
 NUMBER_LEFT, NUMBER_ROW, NUMBER_PITCH = 27.6, 47.3, 2.62
 NUMBER_SIZES = {"ocr-b": 4.0, "mono-bold": 3.8, "hei-bold": 3.9}

@@ -205,13 +205,14 @@ def _sheen(picture, gloss, rng):
 def _glare(picture, corners, rng):
     """A bright, saturated patch where a lamp mirrors in the card."""
     middle = corners.mean(axis=0) + rng.uniform(-0.4, 0.4, 2) * np.ptp(corners, axis=0)
-    radius = np.ptp(corners, axis=0)[0] * rng.uniform(0.08, 0.2) * np.array((1, rng.uniform(0.5, 1.0)))
+    radius = np.ptp(corners, axis=0)[0] * rng.uniform(0.08, 0.2)
     x, y = np.meshgrid(np.linspace(-2.4, 2.4, 96), np.linspace(-2.4, 2.4, 96))
-    spot = np.clip(rng.uniform(180, 320) * np.exp(-(x * x + y * y)), 0, 250)
-    size = tuple(int(v) for v in np.maximum(2, radius * 4.8))
-    mask = Image.fromarray(spot.astype(np.uint8)).resize(size, Image.Resampling.BICUBIC)
-    place = tuple(int(v) for v in middle - radius * 2.4)
-    picture.paste((255, 255, 255), place, mask.rotate(rng.uniform(0, 180), Image.Resampling.BICUBIC))
+    angle, flatness = rng.uniform(0, math.pi), rng.uniform(1.0, 2.0)
+    along, across = x * math.cos(angle) + y * math.sin(angle), y * math.cos(angle) - x * math.sin(angle)
+    spot = np.clip(rng.uniform(180, 320) * np.exp(-(along ** 2 + flatness * across ** 2)), 0, 250)
+    side = max(2, int(radius * 4.8))
+    mask = Image.fromarray(spot.astype(np.uint8)).resize((side, side), Image.Resampling.BICUBIC)
+    picture.paste((255, 255, 255), tuple(int(v) for v in middle - side / 2), mask)
 
 
 def photograph(subject, level, rng, size=None):
