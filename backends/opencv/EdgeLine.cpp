@@ -99,8 +99,9 @@ class Accumulator {
         votes_(static_cast<std::size_t>(orientations * distances_)) {
     for (int y = 0; y < edges.height(); ++y) {
       const std::uint8_t* row = edges.row(y);
+      const std::uint8_t* strengths = edges.strengths(y);
       for (int x = 0; x < edges.width(); ++x)
-        if (row[x] != 0) vote({x - middle_.x, y - middle_.y}, (row[x] - 1) % orientations);
+        if (row[x] != 0) vote({x - middle_.x, y - middle_.y}, (row[x] - 1) % orientations, strengths[x]);
     }
   }
 
@@ -125,12 +126,12 @@ class Accumulator {
   }
 
  private:
-  void vote(cv::Point2d point, int direction) {
+  void vote(cv::Point2d point, int direction, int strength) {
     for (int spread = -voteSpread; spread <= voteSpread; ++spread) {
       const int orientation = (direction + spread + orientations) % orientations;
       const double distance = point.dot(normals()[static_cast<std::size_t>(orientation)]);
       const int bin = static_cast<int>(distance / distanceStep + distances_ / 2 + 0.5);
-      ++votes_[static_cast<std::size_t>(orientation * distances_ + bin)];
+      votes_[static_cast<std::size_t>(orientation * distances_ + bin)] += static_cast<std::uint16_t>(strength);
     }
   }
 

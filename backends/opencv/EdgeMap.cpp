@@ -18,6 +18,7 @@ constexpr int greatestTypicalGradient = 60;
 constexpr double edgeOverTypical = 1.3;
 // Magnitudes are counted in this part of the typical gradient of their channel.
 constexpr int magnitudeUnit = 32;
+constexpr int greatestStrength = 4;
 
 /// Luma and two colour differences, all of 8 bits: what a desk has in one of them often leaves the others alone.
 std::vector<cv::Mat> opponentChannels(const cv::Mat& bgr) {
@@ -97,7 +98,8 @@ std::uint8_t directionOf(int dx, int dy) {
 
 }  // namespace
 
-EdgeMap::EdgeMap(const cv::Mat& picture) : directions_(picture.size(), CV_8UC1, cv::Scalar(0)) {
+EdgeMap::EdgeMap(const cv::Mat& picture)
+    : directions_(picture.size(), CV_8UC1, cv::Scalar(0)), strengths_(picture.size(), CV_8UC1) {
   const Gradient gradient = strongestGradient(picture);
   constexpr int threshold = static_cast<int>(edgeOverTypical * magnitudeUnit);
   const auto stride = static_cast<std::ptrdiff_t>(gradient.magnitude.step1());
@@ -106,6 +108,7 @@ EdgeMap::EdgeMap(const cv::Mat& picture) : directions_(picture.size(), CV_8UC1, 
     const auto* dy = gradient.dy.ptr<short>(y);
     const auto* magnitude = gradient.magnitude.ptr<short>(y);
     std::uint8_t* direction = directions_.ptr(y);
+    std::uint8_t* strength = strengths_.ptr(y);
     for (int x = 1; x + 1 < picture.cols; ++x) {
       if (magnitude[x] < threshold) continue;
       // The neighbour across the edge: straight when one component is at least tan(67.5 degrees) times the other.
@@ -113,7 +116,9 @@ EdgeMap::EdgeMap(const cv::Mat& picture) : directions_(picture.size(), CV_8UC1, 
       const std::ptrdiff_t stepX = 2 * ay > 5 * ax ? 0 : 1;
       const std::ptrdiff_t stepY = 2 * ax > 5 * ay ? 0 : ((dx[x] < 0) == (dy[x] < 0) ? stride : -stride);
       const short* here = magnitude + x;
-      if (here[0] > here[-stepX - stepY] && here[0] >= here[stepX + stepY]) direction[x] = directionOf(dx[x], dy[x]);
+      if (here[0] <= here[-stepX - stepY] || here[0] < here[stepX + stepY]) continue;
+      direction[x] = directionOf(dx[x], dy[x]);
+      strength[x] = static_cast<std::uint8_t>(std::min(here[0] / threshold, greatestStrength));
     }
   }
 }

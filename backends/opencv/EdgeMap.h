@@ -20,9 +20,12 @@ class EdgeMap {
   /// One row of pixels: 0 where there is no edge, else 1 + the direction of the gradient, counted from the x axis
   /// towards the y axis (down) in steps of a full turn.
   const std::uint8_t* row(int y) const { return directions_.ptr(y); }
+  /// One row of strengths: how far the edges of `row(y)` stand out, 1 to 4.
+  const std::uint8_t* strengths(int y) const { return strengths_.ptr(y); }
 
  private:
   cv::Mat directions_;
+  cv::Mat strengths_;
 };
 
 }  // namespace pravik

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "backends/opencv/Mat.h"
+#include "backends/opencv/OutlineRefiner.h"
 #include "backends/opencv/OutlineSearch.h"
 
 namespace pravik {
@@ -14,7 +15,9 @@ namespace {
 // Outlines are looked for at this length of the picture's longer side in pixels.
 constexpr int workingSide = 640;
 // Outlines that are looked at closely.
-constexpr std::size_t mostCandidates = 64;
+constexpr std::size_t mostCandidates = 16;
+// Two cards that are seen whole do not overlap; the less likely outline is then a part or a surrounding of the other.
+constexpr double greatestOverlap = 0.1;
 
 /// The picture at the working size, never enlarged, in three channels.
 cv::Mat reduced(const cv::Mat& picture) {
@@ -32,38 +35,48 @@ Point normalised(cv::Point2d point, cv::Size size) {
 
 RectangleObservation observation(const Outline& outline, cv::Size size) {
   RectangleObservation found;
-  found.corners = {.topLeft = normalised(outline.corners[0], size),
-                   .topRight = normalised(outline.corners[1], size),
-                   .bottomLeft = normalised(outline.corners[3], size),
-                   .bottomRight = normalised(outline.corners[2], size)};
-  const auto [left, right] = std::minmax(
-      {found.corners.topLeft.x, found.corners.topRight.x, found.corners.bottomLeft.x, found.corners.bottomRight.x});
-  const auto [bottom, top] = std::minmax(
-      {found.corners.topLeft.y, found.corners.topRight.y, found.corners.bottomLeft.y, found.corners.bottomRight.y});
-  found.boundingBox = {left, bottom, right - left, top - bottom};
-  found.confidence = static_cast<float>(1 / (1 + std::exp(-4 * (outline.score - 1.4))));
+  auto& corners = found.corners;
+  corners = {.topLeft = normalised(outline.corners[0], size),
+             .topRight = normalised(outline.corners[1], size),
+             .bottomLeft = normalised(outline.corners[3], size),
+             .bottomRight = normalised(outline.corners[2], size)};
+  const auto [left, right] =
+      std::minmax({corners.topLeft.x, corners.topRight.x, corners.bottomLeft.x, corners.bottomRight.x});
+  const auto [bottom, top] =
+      std::minmax({corners.topLeft.y, corners.topRight.y, corners.bottomLeft.y, corners.bottomRight.y});
+  found.boundingBox = {.x = left, .y = bottom, .width = right - left, .height = top - bottom};
+  found.confidence = static_cast<float>(confidence(outline));
   return found;
 }
 
-bool overlaps(const Rect& a, const Rect& b) {
-  return a.x < b.x + b.width && b.x < a.x + a.width && a.y < b.y + b.height && b.y < a.y + a.height;
+std::vector<Outline> refinedOutlines(const cv::Mat& picture, const RectangleRequest& request) {
+  const cv::Mat small = reduced(picture);
+  const EdgeMap edges(small);
+  const OutlineRefiner refiner(picture, static_cast<double>(picture.cols) / small.cols);
+  std::vector<Outline> outlines;
+  for (const Outline& outline : findOutlines(findLines(edges), small.size(), request, mostCandidates))
+    outlines.push_back(refiner.refine(outline));
+  std::sort(outlines.begin(), outlines.end(),
+            [](const Outline& a, const Outline& b) { return confidence(a) > confidence(b); });
+  return outlines;
 }
 
 }  // namespace
 
 std::vector<RectangleObservation> OpenCvRectangleDetector::detect(const Bitmap& bitmap,
                                                                   const RectangleRequest& request) const {
-  const cv::Mat picture = reduced(asMat(bitmap));
-  const EdgeMap edges(picture);
+  const cv::Mat picture = asMat(bitmap);
+  std::vector<Outline> kept;
   std::vector<RectangleObservation> found;
-  for (const Outline& outline : findOutlines(findLines(edges), picture.size(), request, mostCandidates)) {
-    const RectangleObservation candidate = observation(outline, picture.size());
+  for (const Outline& outline : refinedOutlines(picture, request)) {
     if (static_cast<int>(found.size()) >= request.maximumObservations) break;
+    const bool covered = std::any_of(kept.begin(), kept.end(),
+                                     [&](const Outline& other) { return overlap(outline, other) > greatestOverlap; });
+    if (covered) continue;
+    const RectangleObservation candidate = observation(outline, picture.size());
     if (candidate.confidence < request.minimumConfidence) break;
-    const bool taken = std::any_of(found.begin(), found.end(), [&](const RectangleObservation& other) {
-      return overlaps(candidate.boundingBox, other.boundingBox);
-    });
-    if (!taken) found.push_back(candidate);
+    kept.push_back(outline);
+    found.push_back(candidate);
   }
   return found;
 }

@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <utility>
 
 namespace pravik {
 namespace {
 
-// ISO/IEC 7810 ID-1: 85.60 mm by 53.98 mm.
-constexpr double cardAspect = 85.60 / 53.98;
 // Opposite sides converge by no more than this in a photo that can be read, in degrees.
 constexpr double widestConvergence = 35;
 // A side is worth a look when this share of it is an edge.
@@ -21,30 +19,10 @@ constexpr double overrunShare = 0.12;
 // Corners may lie this share of the longer side outside of the picture.
 constexpr double margin = 0.01;
 
+// Outlines whose corners all lie within this many pixels of each other become one when they are refined.
+constexpr double sameCorner = 1.5;
+
 using Corners = std::array<cv::Point2d, 4>;
-
-}  // namespace
-
-/// The flat rectangle behind a quadrilateral, with the camera's focal length taken as the longer side of the picture
-/// and its axis as the middle of the picture. The columns of the homography from the unit square, freed of the camera,
-/// are the sides of the flat figure (Zhang and He, 2007).
-static void setShape(Outline& outline, cv::Size picture) {
-  const double focal = std::max(picture.width, picture.height);
-  const cv::Point2d middle(picture.width / 2.0, picture.height / 2.0);
-  std::array<cv::Point2d, 4> p;
-  for (std::size_t i = 0; i < 4; ++i) p[i] = (outline.corners[i] - middle) / focal;
-  const cv::Point2d sum = p[0] - p[1] + p[2] - p[3];
-  const cv::Point2d a = p[1] - p[2], b = p[3] - p[2];
-  const double denominator = a.cross(b);
-  const double g = sum.cross(b) / denominator, h = a.cross(sum) / denominator;
-  const cv::Point3d across(p[1].x - p[0].x + g * p[1].x, p[1].y - p[0].y + g * p[1].y, g);
-  const cv::Point3d down(p[3].x - p[0].x + h * p[3].x, p[3].y - p[0].y + h * p[3].y, h);
-  const double ratio = cv::norm(across) / cv::norm(down);
-  outline.aspect = std::max(ratio, 1 / ratio);
-  outline.skew = std::abs(across.dot(down)) / (cv::norm(across) * cv::norm(down));
-}
-
-namespace {
 
 /// From the corner nearest to the top left, clockwise as a person sees it.
 Corners ordered(Corners corners) {
@@ -55,6 +33,18 @@ Corners ordered(Corners corners) {
                                       [](cv::Point2d a, cv::Point2d b) { return a.x + a.y < b.x + b.y; });
   std::rotate(corners.begin(), first, corners.end());
   return corners;
+}
+
+/// How promising an outline is before it is looked at closely.
+double promise(const Outline& outline) {
+  return outline.support + outline.leastSupport + 0.3 * std::abs(outline.polarity) - 0.5 * outline.overrun -
+         3 * std::min(0.5, cardShapeError(outline)) - 2 * outline.skew;
+}
+
+bool same(const Outline& a, const Outline& b) {
+  for (std::size_t i = 0; i < 4; ++i)
+    if (cv::norm(a.corners[i] - b.corners[i]) > sameCorner) return false;
+  return true;
 }
 
 class Search {
@@ -132,12 +122,12 @@ class Search {
     if (!shapeFits(outline.corners)) return;
     setShape(outline, picture_);
     const cv::Point2d middle = (outline.corners[0] + outline.corners[1] + outline.corners[2] + outline.corners[3]) / 4;
-    outline.support = {supportA, supportB, c.support, d.support};
+    outline.support = (supportA + supportB + c.support + d.support) / 4;
+    outline.leastSupport = std::min({supportA, supportB, c.support, d.support});
     measure(outline, lines_[a], c.onA, d.onA, middle);
     measure(outline, lines_[b], c.onB, d.onB, middle);
     measure(outline, lines_[c.line], crossing(c.line, a), crossing(c.line, b), middle);
     measure(outline, lines_[d.line], crossing(d.line, a), crossing(d.line, b), middle);
-    outline.score = scoreOf(outline);
     found_.push_back(outline);
   }
 
@@ -165,14 +155,6 @@ class Search {
         (line.support(from - gap - beyond, from - gap).share + line.support(to + gap, to + gap + beyond).share) / 8;
   }
 
-  static double scoreOf(const Outline& outline) {
-    const double mean = std::accumulate(outline.support.begin(), outline.support.end(), 0.0) / 4;
-    const double least = *std::min_element(outline.support.begin(), outline.support.end());
-    const double shape = std::abs(std::log(outline.aspect / cardAspect));
-    return mean + least + 0.3 * std::abs(outline.polarity) - 0.5 * outline.overrun - 3 * std::min(0.5, shape) -
-           2 * outline.skew;
-  }
-
   const std::vector<EdgeLine>& lines_;
   cv::Size picture_;
   const RectangleRequest& request_;
@@ -188,11 +170,17 @@ class Search {
 std::vector<Outline> findOutlines(const std::vector<EdgeLine>& lines, cv::Size picture, const RectangleRequest& request,
                                   std::size_t most) {
   std::vector<Outline> outlines = Search(lines, picture, request).run();
-  const auto kept = static_cast<std::ptrdiff_t>(std::min(most, outlines.size()));
-  std::partial_sort(outlines.begin(), outlines.begin() + kept, outlines.end(),
-                    [](const Outline& a, const Outline& b) { return a.score > b.score; });
-  outlines.resize(static_cast<std::size_t>(kept));
-  return outlines;
+  std::vector<std::pair<double, std::size_t>> ranking;
+  for (std::size_t i = 0; i < outlines.size(); ++i) ranking.emplace_back(-promise(outlines[i]), i);
+  std::sort(ranking.begin(), ranking.end());
+  std::vector<Outline> best;
+  for (const auto& [promise, i] : ranking) {
+    if (best.size() == most) break;
+    const bool known = std::any_of(best.begin(), best.end(),
+                                   [&, index = i](const Outline& other) { return same(other, outlines[index]); });
+    if (!known) best.push_back(outlines[i]);
+  }
+  return best;
 }
 
 }  // namespace pravik

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "backends/opencv/Outline.h"
+
+namespace pravik {
+
+/// Moves outlines that were found in a reduced picture to the edges of the full one.
+class OutlineRefiner {
+ public:
+  /// `picture` is CV_8UC4 or CV_8UC1; one pixel of the reduced picture stands for `scale` of its pixels.
+  OutlineRefiner(const cv::Mat& picture, double scale) : picture_(picture), scale_(scale) {}
+
+  /// The outline in pixels of the full picture, its sides fitted to the edges there and the evidence that only the
+  /// full picture gives filled in.
+  Outline refine(const Outline& reduced) const;
+
+ private:
+  struct Side;
+  using Color = cv::Vec3f;
+
+  Color colorAt(cv::Point2d point) const;
+  Side fitSide(cv::Point2d from, cv::Point2d to) const;
+  double roundness(const Outline& outline) const;
+
+  cv::Mat picture_;
+  double scale_;
+};
+
+}  // namespace pravik
