@@ -98,12 +98,14 @@ def expose(picture, light, sensor, rng):
 def _shake(picture, path):
     """Averages copies along a straight path: a hand that moved during the exposure."""
     steps = max(3, int(math.hypot(*path)) + 1)
+    reach = math.ceil(math.hypot(*path) / 2)
+    padded = Image.fromarray(np.pad(np.asarray(picture), ((reach, reach), (reach, reach), (0, 0)), "edge"))
     total = np.zeros((picture.height, picture.width, 3), np.float32)
     for step in range(steps):
         part = step / (steps - 1) - 0.5
-        total += np.asarray(picture.transform(picture.size, Image.Transform.AFFINE,
-                                              (1, 0, part * path[0], 0, 1, part * path[1]),
-                                              Image.Resampling.BILINEAR))
+        total += np.asarray(padded.transform(picture.size, Image.Transform.AFFINE,
+                                             (1, 0, reach + part * path[0], 0, 1, reach + part * path[1]),
+                                             Image.Resampling.BILINEAR))
     return Image.fromarray((total / steps).astype(np.uint8))
 
 

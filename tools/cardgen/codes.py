@@ -82,10 +82,14 @@ def _chinese(rng):
 
 
 def _qr(rng):
-    return rng.choice((_web_address, _web_address, _chinese, _chinese, _note, lambda r: _digits(r, r.randint(6, 24))))(rng)
+    return rng.choice((_web_address, _web_address, _chinese, _chinese, _network, _long_number))(rng)
 
 
-def _note(rng):
+def _long_number(rng):
+    return _digits(rng, rng.randint(6, 24))
+
+
+def _network(rng):
     return f"WIFI:T:WPA;S:guest-{_digits(rng, 3)};P:{_characters(rng, UPPER_AND_DIGITS, 8, 12)};;"
 
 

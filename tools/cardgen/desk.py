@@ -19,6 +19,9 @@ PLAIN_COLOURS = (
 CARD_LIKE_COLOURS = ((216, 226, 234), (228, 228, 234), (206, 218, 228), (236, 230, 234), (222, 222, 220))
 WOOD_COLOURS = ((164, 116, 70), (112, 72, 44), (198, 158, 110), (84, 54, 36), (216, 186, 146), (142, 92, 60))
 CLOTH_COLOURS = ((188, 180, 166), (74, 88, 112), (152, 64, 62), (96, 112, 90), (222, 216, 206), (58, 56, 60))
+# Base, key and letter.
+KEYBOARD_DARK = ((38, 39, 42), (58, 59, 63), (205, 205, 205))
+KEYBOARD_LIGHT = ((196, 198, 202), (236, 236, 238), (70, 70, 74))
 MAX_TEXTURE_PIXELS = 2400
 
 
@@ -136,7 +139,8 @@ def _sheet(rng, scale):
         x, end = 18.0, (width - 18) * (1 if rng.random() < 0.8 else rng.uniform(0.3, 0.9))
         while x < end:
             word, stroke = rng.uniform(1.2, 7), rng.uniform(0.5, 1.3)
-            draw.line([x * unit, y * unit, min(x + word, end) * unit, y * unit], fill=(ink + int(rng.integers(-20, 40)),) * 3,
+            tone = (ink + int(rng.integers(-20, 40)),) * 3
+            draw.line([x * unit, y * unit, min(x + word, end) * unit, y * unit], fill=tone,
                       width=max(1, round(stroke * unit)))
             x += word + rng.uniform(0.6, 1.6)
         y += pitch
@@ -194,7 +198,7 @@ def phone(rng, picture, scale):
 
 def keyboard(rng, picture, scale):
     dark = rng.random() < 0.6
-    base, key, ink = ((38, 39, 42), (58, 59, 63), (205, 205, 205)) if dark else ((196, 198, 202), (236, 236, 238), (70, 70, 74))
+    base, key, ink = KEYBOARD_DARK if dark else KEYBOARD_LIGHT
     board, mask = _blank(300, 110, scale, base)
     draw, unit = ImageDraw.Draw(board), 2 * scale
     face = canvas.font("sans", max(4, round(4.5 * unit)))

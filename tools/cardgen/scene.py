@@ -1,8 +1,8 @@
 """From a flat card to a photo: chooses a desk, a light and a camera by level, and takes the picture.
 
 A subject is anything flat with `width`, `height`, `corner` and `finest` (its smallest detail that must survive)
-in millimetres, `gloss` in 0..1 and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can
-move the camera over one desk.
+in millimetres, `gloss` in 0..1 and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps
+(`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can move the camera over one desk.
 """
 
 import dataclasses
