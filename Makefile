@@ -40,6 +40,7 @@ test-asan test-tsan: test-%: setup
 
 bench: build
 	@build/release/bench/pravik-bench
+	@bench/process
 
 accuracy: build
 	@tools/accuracy/accuracy --pravik $(PRAVIK)

@@ -11,7 +11,7 @@ namespace pravik::bench {
 namespace {
 
 /// The photographed portrait side of samples/ that every benchmark scales to the size it needs.
-constexpr const char* portraitPhoto = "@SAMPLE@";
+constexpr const char* portraitPhoto = "id-front-photo-0019.jpg";
 
 }  // namespace
 
