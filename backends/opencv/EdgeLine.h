@@ -7,6 +7,15 @@
 
 namespace pravik {
 
+/// Whole positions along a line in pixels from one of its points, both ends included; none when `to` is below `from`.
+struct Stretch {
+  int from = 0;
+  int to = -1;
+};
+
+/// The positions at which the line through `point` along `direction` (of length 1) is on the map.
+Stretch stretchOnMap(const EdgeMap& edges, cv::Point2d point, cv::Point2d direction);
+
 /// A straight line across an edge map that knows where edges run along it. Pixels from the top left.
 class EdgeLine {
  public:
@@ -34,7 +43,7 @@ class EdgeLine {
   cv::Point2d intersection(const EdgeLine& other) const;
 
  private:
-  int supported(double from, double to, const std::vector<int>& sums) const;
+  int sum(double from, double to, const std::vector<int>& sums) const;
 
   cv::Point2d origin_;
   cv::Point2d direction_;
@@ -42,9 +51,5 @@ class EdgeLine {
   std::vector<int> supported_;
   std::vector<int> signed_;
 };
-
-/// The strongest straight lines of an edge map: a Hough transform in which every edge votes only for lines that run
-/// along it (O'Gorman and Clowes, 1976), each then fitted to its edges.
-std::vector<EdgeLine> findLines(const EdgeMap& edges);
 
 }  // namespace pravik

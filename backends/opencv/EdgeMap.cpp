@@ -99,7 +99,8 @@ std::uint8_t directionOf(int dx, int dy) {
 }  // namespace
 
 EdgeMap::EdgeMap(const cv::Mat& picture)
-    : directions_(picture.size(), CV_8UC1, cv::Scalar(0)), strengths_(picture.size(), CV_8UC1) {
+    : directions_(picture.rows + 2 * margin, picture.cols + 2 * margin, CV_8UC1, cv::Scalar(0)),
+      strengths_(picture.size(), CV_8UC1) {
   const Gradient gradient = strongestGradient(picture);
   constexpr int threshold = static_cast<int>(edgeOverTypical * magnitudeUnit);
   const auto stride = static_cast<std::ptrdiff_t>(gradient.magnitude.step1());
@@ -107,7 +108,7 @@ EdgeMap::EdgeMap(const cv::Mat& picture)
     const auto* dx = gradient.dx.ptr<short>(y);
     const auto* dy = gradient.dy.ptr<short>(y);
     const auto* magnitude = gradient.magnitude.ptr<short>(y);
-    std::uint8_t* direction = directions_.ptr(y);
+    std::uint8_t* direction = directions_.ptr(y + margin) + margin;
     std::uint8_t* strength = strengths_.ptr(y);
     for (int x = 1; x + 1 < picture.cols; ++x) {
       if (magnitude[x] < threshold) continue;

@@ -7,6 +7,7 @@
 
 #include "Platform/ImageCodec.h"
 #include "backends/opencv/Mat.h"
+#include "backends/opencv/Reduction.h"
 
 namespace pravik {
 namespace {
@@ -262,9 +263,7 @@ std::optional<Bitmap> OpenCvImageRenderer::render(const Bitmap& bitmap, std::spa
 std::optional<Bitmap> OpenCvImageRenderer::greyThumbnail(const Bitmap& bitmap, int width, int height) const {
   if (width < 1 || height < 1) return std::nullopt;
   try {
-    cv::Mat thumbnail;
-    cv::resize(asMat(bitmap), thumbnail, {width, height}, 0, 0, cv::INTER_AREA);
-    return toBitmap(lumaOf(thumbnail));
+    return toBitmap(lumaOf(reducedByArea(asMat(bitmap), {width, height})));
   } catch (const std::exception&) {
     return std::nullopt;
   }

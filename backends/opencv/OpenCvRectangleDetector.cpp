@@ -5,9 +5,11 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "backends/opencv/LineSearch.h"
 #include "backends/opencv/Mat.h"
 #include "backends/opencv/OutlineRefiner.h"
 #include "backends/opencv/OutlineSearch.h"
+#include "backends/opencv/Reduction.h"
 
 namespace pravik {
 namespace {
@@ -22,10 +24,9 @@ constexpr double greatestOverlap = 0.1;
 /// The picture at the working size, never enlarged, in three channels.
 cv::Mat reduced(const cv::Mat& picture) {
   const double scale = std::min(1.0, static_cast<double>(workingSide) / std::max(picture.cols, picture.rows));
-  cv::Mat small = picture;
-  if (scale < 1) cv::resize(picture, small, {}, scale, scale, cv::INTER_AREA);
+  const cv::Size size(std::max(1, cvRound(scale * picture.cols)), std::max(1, cvRound(scale * picture.rows)));
   cv::Mat bgr;
-  cv::cvtColor(small, bgr, picture.channels() == 1 ? cv::COLOR_GRAY2BGR : cv::COLOR_BGRA2BGR);
+  cv::cvtColor(reducedByArea(picture, size), bgr, picture.channels() == 1 ? cv::COLOR_GRAY2BGR : cv::COLOR_BGRA2BGR);
   return bgr;
 }
 
@@ -52,7 +53,7 @@ RectangleObservation observation(const Outline& outline, cv::Size size) {
 std::vector<Outline> refinedOutlines(const cv::Mat& picture, const RectangleRequest& request) {
   const cv::Mat small = reduced(picture);
   const EdgeMap edges(small);
-  const OutlineRefiner refiner(picture, static_cast<double>(picture.cols) / small.cols);
+  const OutlineRefiner refiner(picture, small.size());
   std::vector<Outline> outlines;
   for (const Outline& outline : findOutlines(findLines(edges), small.size(), request, mostCandidates))
     outlines.push_back(refiner.refine(outline));

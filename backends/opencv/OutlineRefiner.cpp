@@ -56,7 +56,7 @@ OutlineRefiner::Color OutlineRefiner::colorAt(cv::Point2d point) const {
 OutlineRefiner::Side OutlineRefiner::fitSide(cv::Point2d from, cv::Point2d to) const {
   const cv::Point2d direction = (to - from) / cv::norm(to - from);
   const cv::Point2d normal(-direction.y, direction.x);
-  const double length = cv::norm(to - from), step = 0.5 * scale_;
+  const double length = cv::norm(to - from), step = 0.25 * (scale_.x + scale_.y);
   const double spacing = length * (1 - 2 * firstShare) / (samples - 1);
   struct Edge {
     double t, offset;
@@ -146,7 +146,7 @@ double OutlineRefiner::roundness(const Outline& outline) const {
 
 Outline OutlineRefiner::refine(const Outline& reduced) const {
   Outline outline = reduced;
-  for (auto& corner : outline.corners) corner *= scale_;
+  for (auto& corner : outline.corners) corner = {corner.x * scale_.x, corner.y * scale_.y};
   std::array<Side, 4> sides;
   for (std::size_t i = 0; i < 4; ++i) sides[i] = fitSide(outline.corners[i], outline.corners[(i + 1) % 4]);
   outline.leastSharpSupport = 1;

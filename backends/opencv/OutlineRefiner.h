@@ -10,8 +10,10 @@ namespace pravik {
 /// Moves outlines that were found in a reduced picture to the edges of the full one.
 class OutlineRefiner {
  public:
-  /// `picture` is CV_8UC4 or CV_8UC1; one pixel of the reduced picture stands for `scale` of its pixels.
-  OutlineRefiner(const cv::Mat& picture, double scale) : picture_(picture), scale_(scale) {}
+  /// `picture` is CV_8UC4 or CV_8UC1; `reduced` is the size of the reduced picture.
+  OutlineRefiner(const cv::Mat& picture, cv::Size reduced)
+      : picture_(picture),
+        scale_(static_cast<double>(picture.cols) / reduced.width, static_cast<double>(picture.rows) / reduced.height) {}
 
   /// The outline in pixels of the full picture, its sides fitted to the edges there and the evidence that only the
   /// full picture gives filled in.
@@ -26,7 +28,8 @@ class OutlineRefiner {
   double roundness(const Outline& outline) const;
 
   cv::Mat picture_;
-  double scale_;
+  /// Pixels of the picture for one of the reduced picture.
+  cv::Point2d scale_;
 };
 
 }  // namespace pravik

@@ -54,7 +54,7 @@ class Search {
         picture_(picture),
         request_(request),
         slack_(margin * std::max(picture.width, picture.height)),
-        leastSide_(std::max(16.0, request.minimumSize * std::min(picture.width, picture.height) * 1.0)) {
+        leastSide_(std::max(16.0, static_cast<double>(request.minimumSize) * std::min(picture.width, picture.height))) {
     const std::size_t n = lines.size();
     crossing_.resize(n * n);
     for (std::size_t a = 0; a < n; ++a)
@@ -137,7 +137,8 @@ class Search {
     const double one = (sides[0] + sides[2]) / 2, other = (sides[1] + sides[3]) / 2;
     const double ratio = std::min(one, other) / std::max(one, other);
     if (ratio < request_.minimumAspectRatio || ratio > request_.maximumAspectRatio) return false;
-    if (std::min(one, other) < request_.minimumSize * std::min(picture_.width, picture_.height)) return false;
+    if (std::min(one, other) < static_cast<double>(request_.minimumSize) * std::min(picture_.width, picture_.height))
+      return false;
     for (std::size_t i = 0; i < 4; ++i) {
       const cv::Point2d u = corners[(i + 1) % 4] - corners[i], v = corners[(i + 3) % 4] - corners[i];
       const double degrees = std::acos(std::clamp(u.dot(v) / (cv::norm(u) * cv::norm(v)), -1.0, 1.0)) * 180 / CV_PI;
