@@ -11,6 +11,9 @@ inline constexpr const char* recognitionModelFile = "ch_PP-OCRv4_rec_infer.onnx"
 inline constexpr const char* directionModelFile = "ch_ppocr_mobile_v2.0_cls_infer.onnx";
 inline constexpr const char* keyListFile = "ppocr_keys_v1.txt";
 
+/// Where the engine looks for one of these files.
+std::string modelPath(const std::string& modelDirectory, const char* file);
+
 /// What became of one model file.
 struct ModelFileStatus {
   std::string name;

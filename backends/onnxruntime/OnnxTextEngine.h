@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,8 @@ struct OnnxTextEngineOptions {
 /// full-resolution picture, turns those that stand on their head, reads them in batches, and reads numbers a second
 /// time. One instance may be shared by threads.
 ///
-/// Languages: "zh-Hans" and "zh-Hant" (with the tags that mean the same, such as "zh-CN") and every "en". An empty
-/// list means what the model reads anyway; the order has no effect, since one model reads them all.
+/// Languages: simplified Chinese ("zh-Hans" and the tags that mean the same) and English ("en" in any region). An empty
+/// list means what the models read anyway; the order has no effect, since one model reads both.
 /// `usesLanguageCorrection` has no effect: the model has no language model to correct with.
 class OnnxTextEngine : public TextEngine {
  public:
@@ -41,6 +42,7 @@ class OnnxTextEngine : public TextEngine {
   std::shared_ptr<const Models> models() const;
 
   OnnxTextEngineOptions options_;
+  mutable std::mutex loading_;
   mutable std::shared_ptr<const Models> models_;
 };
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace pravik::ppocr {
+
+/// The characters that the recognition model tells apart, by the number of its output class. Class 0 is the blank that
+/// separates characters; the last class is the space.
+class KeyList {
+ public:
+  /// Characters without the blank and the space, in the order of the classes.
+  explicit KeyList(const std::vector<std::string>& characters);
+
+  /// Reads a file with one character a line. Throws std::runtime_error that names the file when it cannot be read or
+  /// holds no characters.
+  static KeyList load(const std::string& path);
+
+  /// Number of classes, the blank and the space included.
+  int size() const { return static_cast<int>(texts_.size()); }
+  /// The text of a class; the blank's is empty.
+  const std::string& text(int label) const { return texts_[static_cast<std::size_t>(label)]; }
+
+ private:
+  std::vector<std::string> texts_;
+};
+
+}  // namespace pravik::ppocr

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <opencv2/core/mat.hpp>
+#include <string>
+#include <vector>
+
+#include "Platform/TextEngine.h"
+#include "backends/onnxruntime/KeyList.h"
+#include "backends/onnxruntime/Model.h"
+
+namespace pravik::ppocr {
+
+/// Reads straightened lines of text with the recognition model.
+class LineReader {
+ public:
+  /// Throws std::runtime_error as Model and KeyList do, and when the two do not fit each other.
+  LineReader(const std::string& modelPath, const std::string& keyListPath, int threadCount);
+
+  /// The readings of lines (BGR), in the same order; an unreadable line has an empty text. Confidence is the mean of
+  /// the characters' probabilities.
+  std::vector<TextCandidate> read(const std::vector<cv::Mat>& lines) const;
+
+ private:
+  TextCandidate candidate(const float* probabilities, std::size_t steps) const;
+
+  Model model_;
+  KeyList keys_;
+};
+
+}  // namespace pravik::ppocr

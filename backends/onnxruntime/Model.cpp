@@ -1,0 +1,100 @@
+#include "backends/onnxruntime/Model.h"
+
+#include <onnxruntime_cxx_api.h>
+#include <onnxruntime_session_options_config_keys.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <numeric>
+#include <stdexcept>
+#include <utility>
+
+namespace pravik::ppocr {
+namespace {
+
+constexpr std::size_t inputRank = 4;
+
+Ort::Env& environment() {
+  static Ort::Env env(ORT_LOGGING_LEVEL_FATAL, "pravik");
+  return env;
+}
+
+std::vector<char> readFile(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::exists(path, ignored)) throw std::runtime_error("the model file " + path + " is missing");
+  std::ifstream file(path, std::ios::binary);
+  std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  if (!std::filesystem::is_regular_file(path, ignored) || !file || bytes.empty())
+    throw std::runtime_error("the model file " + path + " cannot be read");
+  return bytes;
+}
+
+Ort::SessionOptions sessionOptions(int threadCount) {
+  Ort::SessionOptions options;
+  options.SetIntraOpNumThreads(threadCount);
+  options.SetGraphOptimizationLevel(GraphOptimizationLevel::ORT_ENABLE_ALL);
+  // Every picture has other sizes: a remembered memory plan and an arena would only grow.
+  options.DisableMemPattern();
+  options.DisableCpuMemArena();
+  return options;
+}
+
+std::vector<std::int64_t> floatShape(const Ort::TypeInfo& info) {
+  if (info.GetONNXType() != ONNX_TYPE_TENSOR) return {};
+  const auto tensor = info.GetTensorTypeAndShapeInfo();
+  return tensor.GetElementType() == ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT ? tensor.GetShape()
+                                                                        : std::vector<std::int64_t>{};
+}
+
+std::size_t count(const std::vector<std::int64_t>& shape) {
+  return static_cast<std::size_t>(std::accumulate(shape.begin(), shape.end(), std::int64_t{1}, std::multiplies<>()));
+}
+
+}  // namespace
+
+struct Model::Session {
+  Ort::Session session{nullptr};
+  std::string inputName;
+  std::string outputName;
+};
+
+std::shared_ptr<float> allocateValues(const std::vector<std::int64_t>& shape) {
+  return {new float[count(shape)](), std::default_delete<float[]>()};
+}
+
+Model::Model(const std::string& path, int threadCount, std::size_t outputRank) : session_(std::make_unique<Session>()) {
+  const auto bytes = readFile(path);
+  try {
+    session_->session = Ort::Session(environment(), bytes.data(), bytes.size(), sessionOptions(threadCount));
+  } catch (const Ort::Exception& error) {
+    throw std::runtime_error("the model file " + path + " is damaged: " + error.what());
+  }
+  const auto& session = session_->session;
+  if (session.GetInputCount() == 1 && session.GetOutputCount() == 1)
+    outputShape_ = floatShape(session.GetOutputTypeInfo(0));
+  if (outputShape_.size() != outputRank || floatShape(session.GetInputTypeInfo(0)).size() != inputRank)
+    throw std::runtime_error("the model file " + path + " holds another kind of model");
+  Ort::AllocatorWithDefaultOptions allocator;
+  session_->inputName = session.GetInputNameAllocated(0, allocator).get();
+  session_->outputName = session.GetOutputNameAllocated(0, allocator).get();
+}
+
+Model::~Model() = default;
+Model::Model(Model&&) noexcept = default;
+Model& Model::operator=(Model&&) noexcept = default;
+
+Tensor Model::run(const Tensor& input) const {
+  static const auto memory = Ort::MemoryInfo::CreateCpu(OrtDeviceAllocator, OrtMemTypeDefault);
+  const char* inputName = session_->inputName.c_str();
+  const char* outputName = session_->outputName.c_str();
+  // ONNX Runtime takes a mutable pointer but only reads its inputs.
+  const auto value = Ort::Value::CreateTensor<float>(memory, const_cast<float*>(input.values.get()), count(input.shape),
+                                                     input.shape.data(), input.shape.size());
+  auto outputs = session_->session.Run(Ort::RunOptions{nullptr}, &inputName, &value, 1, &outputName, 1);
+  const auto output = std::make_shared<Ort::Value>(std::move(outputs.front()));
+  return {output->GetTensorTypeAndShapeInfo().GetShape(), {output, output->GetTensorData<float>()}};
+}
+
+}  // namespace pravik::ppocr

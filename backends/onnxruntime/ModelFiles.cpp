@@ -1,0 +1,54 @@
+#include "backends/onnxruntime/ModelFiles.h"
+
+#include <onnxruntime_cxx_api.h>
+
+#include <exception>
+#include <filesystem>
+#include <functional>
+
+#include "backends/onnxruntime/DirectionClassifier.h"
+#include "backends/onnxruntime/KeyList.h"
+#include "backends/onnxruntime/LineReader.h"
+#include "backends/onnxruntime/TextDetector.h"
+
+namespace pravik {
+namespace {
+
+std::string problemOf(const std::function<void()>& open) {
+  try {
+    open();
+    return {};
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
+
+}  // namespace
+
+std::string modelPath(const std::string& modelDirectory, const char* file) {
+  return (std::filesystem::path(modelDirectory) / file).string();
+}
+
+std::vector<ModelFileStatus> checkModels(const std::string& modelDirectory) {
+  const auto detection = modelPath(modelDirectory, detectionModelFile);
+  const auto direction = modelPath(modelDirectory, directionModelFile);
+  const auto recognition = modelPath(modelDirectory, recognitionModelFile);
+  const auto keys = modelPath(modelDirectory, keyListFile);
+  const auto keyProblem = problemOf([&] { ppocr::KeyList::load(keys); });
+  const auto openRecognition = [&] {
+    if (keyProblem.empty())
+      ppocr::LineReader(recognition, keys, 1);
+    else
+      ppocr::Model(recognition, 1, 3);
+  };
+  return {{detectionModelFile, detection, problemOf([&] { ppocr::TextDetector(detection, 1); })},
+          {directionModelFile, direction, problemOf([&] { ppocr::DirectionClassifier(direction, 1); })},
+          {recognitionModelFile, recognition, problemOf(openRecognition)},
+          {keyListFile, keys, keyProblem}};
+}
+
+std::string onnxRuntimeVersion() {
+  return Ort::GetVersionString();
+}
+
+}  // namespace pravik

@@ -1,0 +1,38 @@
+#include "backends/onnxruntime/TextBox.h"
+
+#include <algorithm>
+#include <opencv2/core.hpp>
+
+namespace pravik::ppocr {
+namespace {
+
+float distance(const cv::Point2f& a, const cv::Point2f& b) {
+  return static_cast<float>(cv::norm(a - b));
+}
+
+}  // namespace
+
+float TextBox::width() const {
+  return std::max(distance(corners[0], corners[1]), distance(corners[3], corners[2]));
+}
+
+float TextBox::height() const {
+  return std::max(distance(corners[0], corners[3]), distance(corners[1], corners[2]));
+}
+
+cv::Rect2f TextBox::bounds() const {
+  const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, corners[3].x});
+  const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, corners[3].y});
+  return {left, top, right - left, bottom - top};
+}
+
+std::array<cv::Point2f, 4> orderedCorners(const cv::RotatedRect& rectangle) {
+  std::array<cv::Point2f, 4> points;
+  rectangle.points(points.data());
+  std::ranges::sort(points, {}, &cv::Point2f::x);
+  const auto [topLeft, bottomLeft] = std::minmax(points[0], points[1], [](auto& a, auto& b) { return a.y < b.y; });
+  const auto [topRight, bottomRight] = std::minmax(points[2], points[3], [](auto& a, auto& b) { return a.y < b.y; });
+  return {topLeft, topRight, bottomRight, bottomLeft};
+}
+
+}  // namespace pravik::ppocr
