@@ -12,6 +12,7 @@ template <class Identifier>
 std::vector<Identifier> identifiers(OCRScanMode mode, std::string_view CodeType::* identifier) {
   if (mode != OCRScanMode::qrCode) return {};
   std::vector<Identifier> result;
+  result.reserve(codeTypes.size());
   for (const CodeType& type : codeTypes) result.push_back({std::string(type.*identifier)});
   return result;
 }

@@ -44,9 +44,9 @@ constexpr std::string_view digitRunPattern = R"(\d{8,})";
 
 std::string authorityBesideLabel(LineTexts lineTexts, std::span<const std::string_view> labelParts);
 std::string authorityByKeyword(LineTexts lineTexts);
-Validity validityByPattern(const IDCardBackParser& parser, std::string_view fullText);
-Validity validityByDates(const IDCardBackParser& parser, std::string_view fullText);
-Validity validityByLines(const IDCardBackParser& parser, LineTexts lineTexts);
+Validity validityByPattern(std::string_view fullText);
+Validity validityByDates(std::string_view fullText);
+Validity validityByLines(LineTexts lineTexts);
 
 }  // namespace
 
@@ -62,19 +62,23 @@ std::optional<IDCardBackInfo> IDCardBackParser::parse(const Observations& observ
     return std::nullopt;
   }
   OCRLogger::info([] { return "身份证背面解析成功"; });
-  return IDCardBackInfo{authority, validity.period, validity.start, validity.end, validity.isLongTerm};
+  return IDCardBackInfo{.issuingAuthority = authority,
+                        .validityPeriod = validity.period,
+                        .startDate = validity.start,
+                        .endDate = validity.end,
+                        .isLongTerm = validity.isLongTerm};
 }
 
-std::string IDCardBackParser::extractIssuingAuthority(LineTexts lineTexts) const {
+std::string IDCardBackParser::extractIssuingAuthority(LineTexts lineTexts) {
   if (auto authority = authorityBesideLabel(lineTexts, authorityLabelParts); !authority.empty()) return authority;
   if (auto authority = authorityBesideLabel(lineTexts, shortAuthorityLabelParts); !authority.empty()) return authority;
   return authorityByKeyword(lineTexts);
 }
 
-IDCardBackParser::Validity IDCardBackParser::extractValidity(std::string_view fullText, LineTexts lineTexts) const {
-  if (auto validity = validityByPattern(*this, fullText); !validity.period.empty()) return validity;
-  if (auto validity = validityByDates(*this, fullText); !validity.period.empty()) return validity;
-  return validityByLines(*this, lineTexts);
+IDCardBackParser::Validity IDCardBackParser::extractValidity(std::string_view fullText, LineTexts lineTexts) {
+  if (auto validity = validityByPattern(fullText); !validity.period.empty()) return validity;
+  if (auto validity = validityByDates(fullText); !validity.period.empty()) return validity;
+  return validityByLines(lineTexts);
 }
 
 namespace {
@@ -110,16 +114,18 @@ std::string authorityByKeyword(LineTexts lineTexts) {
 }
 
 Validity validityOf(const std::vector<std::string>& dates, bool longTerm) {
-  if (dates.size() >= 2) return {dates[0] + "-" + dates[1], dates[0], dates[1], false};
-  if (dates.size() == 1 && longTerm) return {dates[0] + "-长期", dates[0], std::nullopt, true};
+  if (dates.size() >= 2)
+    return {.period = dates[0] + "-" + dates[1], .start = dates[0], .end = dates[1], .isLongTerm = false};
+  if (dates.size() == 1 && longTerm)
+    return {.period = dates[0] + "-长期", .start = dates[0], .end = {}, .isLongTerm = true};
   return {};
 }
 
-Validity validityByPattern(const IDCardBackParser& parser, std::string_view fullText) {
+Validity validityByPattern(std::string_view fullText) {
   for (const std::string_view pattern : validityPatterns) {
     const auto match = RegexHelper::firstMatch(pattern, fullText);
     if (!match) continue;
-    if (auto validity = parser.parseValidityString(*match); !validity.period.empty()) return validity;
+    if (auto validity = IDCardBackParser::parseValidityString(*match); !validity.period.empty()) return validity;
   }
   return {};
 }
@@ -129,25 +135,25 @@ std::string withoutDateMarks(std::string_view text) {
   return removingAll(removingAll(text, "."), "/");
 }
 
-Validity validityByDates(const IDCardBackParser& parser, std::string_view fullText) {
+Validity validityByDates(std::string_view fullText) {
   const std::string text = withAsciiDigits(withoutDateMarks(fullText));
   std::vector<std::string> dates = RegexHelper::allMatches(datePattern, text);
-  std::erase_if(dates, [&](const std::string& date) { return !parser.isValidDate(date); });
+  std::erase_if(dates, [](const std::string& date) { return !IDCardBackParser::isValidDate(date); });
   return validityOf(dates, contains(fullText, longTermMark));
 }
 
 /// The dates in a run of digits, from left to right; stray digits around them are passed over.
-void appendDates(const IDCardBackParser& parser, std::string_view run, std::vector<std::string>& dates) {
+void appendDates(std::string_view run, std::vector<std::string>& dates) {
   while (run.size() >= dateLength) {
     const std::string_view head = run.substr(0, dateLength);
-    const bool isDate = parser.isValidDate(head);
+    const bool isDate = IDCardBackParser::isValidDate(head);
     if (isDate) dates.emplace_back(head);
     run.remove_prefix(isDate ? dateLength : 1);
   }
 }
 
 /// Puts together dates that were read in pieces, from the line with the label on or, without one, from the top.
-Validity validityByLines(const IDCardBackParser& parser, LineTexts lineTexts) {
+Validity validityByLines(LineTexts lineTexts) {
   const auto labelled =
       std::ranges::find_if(lineTexts, [](std::string_view line) { return contains(line, validityLabel); });
   const auto first = labelled == lineTexts.end() ? lineTexts.begin() : labelled;
@@ -155,21 +161,22 @@ Validity validityByLines(const IDCardBackParser& parser, LineTexts lineTexts) {
   const std::string digits = withAsciiDigits(RegexHelper::replace(insideDatePattern, text, ""));
 
   std::vector<std::string> dates;
-  for (const std::string& run : RegexHelper::allMatches(digitRunPattern, digits)) appendDates(parser, run, dates);
+  for (const std::string& run : RegexHelper::allMatches(digitRunPattern, digits)) appendDates(run, dates);
   return validityOf(dates, contains(text, longTermMark));
 }
 
 }  // namespace
 
-IDCardBackParser::Validity IDCardBackParser::parseValidityString(std::string_view text) const {
+IDCardBackParser::Validity IDCardBackParser::parseValidityString(std::string_view text) {
   const std::string digits = withAsciiDigits(removingAll(withoutDateMarks(text), " "));
   const std::vector<std::string> dates = RegexHelper::allMatches(datePattern, digits);
   const bool longTerm = contains(text, longTermMark);
-  if (dates.empty() && longTerm) return {std::string(longTermMark), std::nullopt, std::nullopt, true};
+  if (dates.empty() && longTerm)
+    return {.period = std::string(longTermMark), .start = {}, .end = {}, .isLongTerm = true};
   return validityOf(dates, longTerm);
 }
 
-bool IDCardBackParser::isValidDate(std::string_view text) const {
+bool IDCardBackParser::isValidDate(std::string_view text) {
   const auto isDigit = [](char character) { return '0' <= character && character <= '9'; };
   if (text.size() != dateLength || !std::ranges::all_of(text, isDigit)) return false;
   const auto number = [&](std::size_t offset, std::size_t count) {

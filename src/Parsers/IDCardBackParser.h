@@ -28,15 +28,15 @@ struct IDCardBackParser {
   std::optional<IDCardBackInfo> parse(const Observations& observations) const;
 
   /// The police office that issued the card; empty when it is not found.
-  std::string extractIssuingAuthority(std::span<const std::string> lineTexts) const;
+  static std::string extractIssuingAuthority(std::span<const std::string> lineTexts);
   /// `fullText` is the line texts joined with line feeds.
-  Validity extractValidity(std::string_view fullText, std::span<const std::string> lineTexts) const;
+  static Validity extractValidity(std::string_view fullText, std::span<const std::string> lineTexts);
   /// The period in a short text that holds one or two dates of eight digits, with dots, slashes and spaces in
   /// any place, or the mark of a card without an end date. The dates are not checked.
-  Validity parseValidityString(std::string_view text) const;
+  static Validity parseValidityString(std::string_view text);
   /// Whether the text is a date of eight digits of the years 1900 to 2100. The day is not checked against the
   /// length of the month.
-  bool isValidDate(std::string_view text) const;
+  static bool isValidDate(std::string_view text);
 };
 
 }  // namespace pravik

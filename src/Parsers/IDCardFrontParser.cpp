@@ -130,7 +130,7 @@ IDNumber extractIDNumber(const std::string& text) {
 
   // A number in the digits of another script, full-width ones for instance.
   for (const std::string& run : RegexHelper::allMatches(spacedDigitRunPattern, text)) {
-    const std::string digits = asciiDigits(run);
+    std::string digits = asciiDigits(run);
     if (digits.size() == citizenNumberLength && RegexHelper::matches(citizenNumberPattern, digits)) return digits;
   }
   return std::nullopt;
@@ -141,7 +141,7 @@ std::string twoDigits(const std::string& digits) {
 }
 
 BirthDate birthDate(const std::string& year, const std::string& month, const std::string& day) {
-  return {year + "年" + month + "月" + day + "日", year, month, day};
+  return {.full = year + "年" + month + "月" + day + "日", .year = year, .month = month, .day = day};
 }
 
 BirthDate extractBirthDate(const std::string& text, const IDNumber& idNumber) {

@@ -58,7 +58,10 @@ Replaceable<OCRLogger::Sink>& sink() {
 /// Writes in one piece, so that the lines of several threads do not mix, and at once, so that a crash loses none.
 void write(const std::string& textWithLineEnd) {
   const auto target = sink().get();
-  if (*target) return (*target)(textWithLineEnd);
+  if (*target) {
+    (*target)(textWithLineEnd);
+    return;
+  }
   std::fwrite(textWithLineEnd.data(), 1, textWithLineEnd.size(), stdout);
   std::fflush(stdout);
 }

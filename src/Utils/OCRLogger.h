@@ -20,7 +20,7 @@ namespace pravik {
 class OCRLogger {
  public:
   /// From silent to the most detailed.
-  enum class Level : int { none, error, warning, info, debug, verbose };
+  enum class Level : std::uint8_t { none, error, warning, info, debug, verbose };
 
   /// Called with the message's level and the whole line, without a line end, after the line was printed.
   using Hook = std::function<void(Level, const std::string&)>;
@@ -33,9 +33,9 @@ class OCRLogger {
   static void setLevel(Level level);
 
   static Hook onLog();
-  static void setOnLog(Hook hook);
+  static void setOnLog(Hook listener);
   /// Where the log goes; an absent sink is standard output.
-  static void setSink(Sink sink);
+  static void setSink(Sink target);
 
   /// The level with this number, 0 to 5; absent for any other.
   static std::optional<Level> levelFromRawValue(int rawValue);

@@ -183,10 +183,7 @@ bool contains(std::string_view text, std::string_view part) {
 }
 
 bool containsAny(std::string_view text, std::span<const std::string_view> parts) {
-  for (const std::string_view part : parts) {
-    if (contains(text, part)) return true;
-  }
-  return false;
+  return std::ranges::any_of(parts, [text](std::string_view part) { return contains(text, part); });
 }
 
 std::string replacingAll(std::string_view text, std::string_view part, std::string_view replacement) {

@@ -8,7 +8,7 @@
 
 #include "CardPage.h"
 #include "Utils/Text.h"
-#include "tests/support/LogCapture.h"
+#include "support/LogCapture.h"
 
 namespace pravik {
 namespace {
@@ -25,7 +25,7 @@ const Validity twentyYears{"20150301-20350301", "20150301", "20350301", false};
 const Validity longTerm{"20150301-长期", "20150301", std::nullopt, true};
 
 Validity validityOf(const Lines& lines) {
-  return IDCardBackParser().extractValidity(joined(lines, "\n"), lines);
+  return IDCardBackParser::extractValidity(joined(lines, "\n"), lines);
 }
 
 TEST(IDCardBackParser, ReadsAWholeCard) {
@@ -67,7 +67,7 @@ TEST(IDCardBackParser, FindsTheIssuingOffice) {
            {{"有效期限 2015.03.01-长期"}, ""},
            {{}, ""},
        }) {
-    EXPECT_EQ(IDCardBackParser().extractIssuingAuthority(lines), expected) << testing::PrintToString(lines);
+    EXPECT_EQ(IDCardBackParser::extractIssuingAuthority(lines), expected) << testing::PrintToString(lines);
   }
 }
 
@@ -136,16 +136,16 @@ TEST(IDCardBackParser, ReadsAPeriodFromAShortText) {
            {"2015\n0301 长 期", nothing},
            {"", nothing},
        }) {
-    EXPECT_EQ(IDCardBackParser().parseValidityString(text), expected) << text;
+    EXPECT_EQ(IDCardBackParser::parseValidityString(text), expected) << text;
   }
 }
 
 TEST(IDCardBackParser, ChecksADate) {
   for (const std::string date : {"20150301", "20150231", "19000101", "21001231"})
-    EXPECT_TRUE(IDCardBackParser().isValidDate(date)) << date;
+    EXPECT_TRUE(IDCardBackParser::isValidDate(date)) << date;
   for (const std::string date : {"20151301", "20150001", "20150300", "20150332", "18991231", "21010101", "2015030",
                                  "201503011", "2015+3+1", "2015030x", "２０１５０３０１", ""})
-    EXPECT_FALSE(IDCardBackParser().isValidDate(date)) << date;
+    EXPECT_FALSE(IDCardBackParser::isValidDate(date)) << date;
 }
 
 TEST(IDCardBackParser, SurvivesHostileReadings) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "CardPage.h"
-#include "tests/support/LogCapture.h"
+#include "support/LogCapture.h"
 
 namespace pravik {
 namespace {

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/LogCapture.h"
+#include "support/LogCapture.h"
 
 namespace pravik {
 namespace {
