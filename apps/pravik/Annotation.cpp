@@ -1,0 +1,140 @@
+#include "apps/pravik/Annotation.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <opencv2/imgproc.hpp>
+#include <set>
+#include <system_error>
+
+#include "Utils/RegexHelper.h"
+#include "Utils/Text.h"
+#include "backends/opencv/Mat.h"
+
+namespace pravik::cli {
+namespace {
+
+/// The colours of Okabe and Ito ("Color Universal Design", 2008), which people with any colour vision tell apart.
+struct FieldColour {
+  std::string_view field;
+  cv::Scalar bgr;
+};
+const std::array<FieldColour, 10> fieldColours{{{"name", {0, 159, 230}},
+                                                {"gender", {233, 180, 86}},
+                                                {"ethnicity", {66, 228, 240}},
+                                                {"birthDate", {115, 158, 0}},
+                                                {"address", {167, 121, 204}},
+                                                {"idNumber", {0, 94, 213}},
+                                                {"issuingAuthority", {178, 114, 0}},
+                                                {"validityPeriod", {0, 94, 213}},
+                                                {"payload", {0, 94, 213}},
+                                                {"text", {178, 114, 0}}}};
+const cv::Scalar unusedColour{153, 153, 153};
+const cv::Scalar white = cv::Scalar::all(255), black{0, 0, 0, 255};
+
+/// What is printed on every card beside the values.
+constexpr std::array<std::string_view, 9> labels{"公民身份号码", "签发机关", "有效期限", "姓名", "性别",
+                                                 "民族",         "出生",     "住址",     "："};
+/// A piece of a value that is shorter may stand in any block by chance.
+constexpr std::size_t shortestPiece = 2;
+
+/// What remains of a text when labels, spaces and the separators of dates are gone, and "03月" reads as "3月".
+std::string core(std::string_view text) {
+  std::string rest(text);
+  for (const std::string_view label : labels) rest = removingAll(rest, label);
+  rest = RegexHelper::replace("([年月])0", rest, "$1");
+  return RegexHelper::replace(R"([\s.,/\-—–年月日]+)", rest, "");
+}
+
+bool feeds(const std::string& block, const std::string& value) {
+  if (block.empty() || value.empty()) return false;
+  return contains(block, value) || (characterCount(block) >= shortestPiece && contains(value, block));
+}
+
+const cv::Scalar& colourOf(std::string_view field) {
+  const auto found = std::ranges::find(fieldColours, field, &FieldColour::field);
+  return found == fieldColours.end() ? unusedColour : found->bgr;
+}
+
+cv::Rect pixels(const Rect& box, const cv::Mat& canvas) {
+  const cv::Point2d topLeft(box.x * canvas.cols, (1 - box.y - box.height) * canvas.rows);
+  return {cv::Point(topLeft), cv::Size(cvRound(box.width * canvas.cols), cvRound(box.height * canvas.rows))};
+}
+
+/// A strip for below the picture: a swatch and a name for each field, as many as fit beside each other.
+cv::Mat legend(const std::vector<std::string>& fields, int width, int unit) {
+  const double fontScale = unit / 30.0;
+  const int textThickness = std::max(1, unit / 16);
+  cv::Mat strip(2 * unit, width, CV_8UC4, white);
+  int x = unit / 2;
+  for (const std::string& field : fields) {
+    const std::string name = field.empty() ? "not used" : field;
+    const cv::Size size = cv::getTextSize(name, cv::FONT_HERSHEY_SIMPLEX, fontScale, textThickness, nullptr);
+    cv::rectangle(strip, {x, unit / 2, unit, unit}, colourOf(field), cv::FILLED);
+    cv::putText(strip, name, {x + unit * 3 / 2, unit * 4 / 3}, cv::FONT_HERSHEY_SIMPLEX, fontScale, black,
+                textThickness, cv::LINE_AA);
+    x += size.width + unit * 5 / 2;
+  }
+  return strip;
+}
+
+}  // namespace
+
+std::string fieldFedBy(std::string_view blockText, const Json& result) {
+  const std::string block = core(blockText);
+  std::string best;
+  std::size_t longest = 0;
+  for (const auto& [field, value] : result.items()) {
+    const bool shown = std::ranges::find(fieldColours, field, &FieldColour::field) != fieldColours.end();
+    if (!shown || !value.is_string()) continue;
+    const std::string wanted = core(value.template get<std::string>());
+    if (wanted.size() <= longest || !feeds(block, wanted)) continue;
+    best = field;
+    longest = wanted.size();
+  }
+  return best;
+}
+
+Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
+  cv::Mat canvas;
+  if (picture.bitmap.format() == PixelFormat::grey8)
+    cv::cvtColor(asMat(picture.bitmap), canvas, cv::COLOR_GRAY2BGRA);
+  else
+    canvas = asMat(picture.bitmap).clone();
+  const Json result = isRecognized(answer) ? answer["result"] : Json::object();
+  const int unit = std::max(8, std::max(canvas.cols, canvas.rows) / 50);
+  std::vector<std::string> shown;
+  for (const ReadBlock& block : picture.blocks) {
+    const std::string field = fieldFedBy(block.text, result);
+    cv::rectangle(canvas, pixels(block.boundingBox, canvas), colourOf(field), std::max(1, unit / 8));
+    if (std::ranges::find(shown, field) == shown.end()) shown.push_back(field);
+  }
+  cv::vconcat(canvas, legend(shown, canvas.cols, unit), canvas);
+  return toBitmap(canvas);
+}
+
+std::vector<std::filesystem::path> annotatedPaths(const std::filesystem::path& folder,
+                                                  const std::vector<std::string>& files) {
+  std::vector<std::filesystem::path> paths;
+  std::set<std::string> taken;
+  for (const std::string& file : files) {
+    const std::string stem = file == "-" ? "stdin" : std::filesystem::path(file).stem().string();
+    std::string name = stem + "-annotated.jpg";
+    for (int number = 2; !taken.insert(name).second; ++number)
+      name = stem + "-annotated-" + std::to_string(number) + ".jpg";
+    paths.push_back(folder / name);
+  }
+  return paths;
+}
+
+std::string problemWithFolder(const std::filesystem::path& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) return error.message();
+  const std::filesystem::path probe = folder / ".pravik-writable";
+  if (!std::ofstream(probe)) return "no files can be written there";
+  std::filesystem::remove(probe, error);
+  return {};
+}
+
+}  // namespace pravik::cli

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "CodeScanResult.h"
+#include "IDCardBackInfo.h"
+#include "IDCardFrontInfo.h"
+#include "OCRError.h"
+
+namespace pravik::cli {
+
+/// JSON that keeps its keys in the order of the records.
+using Json = nlohmann::ordered_json;
+
+/// What one input was answered with: an object with "result" (and "checks" for a card), or with "error".
+using Answer = Json;
+
+Json toJson(const IDCardFrontInfo& info);
+/// An absent date is null.
+Json toJson(const IDCardBackInfo& info);
+Json toJson(const CodeScanResult& code);
+
+/// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
+/// file could not be read, and stands in the context unless it is empty.
+Answer answerOf(const OCRError& error, const std::string& reason = {});
+/// {"error":{"code":"invalid_input","message":…}}: what was handed in is not what the command reads.
+Answer invalidInput(const std::string& message);
+
+/// Whether the answer is a result.
+bool isRecognized(const Answer& answer);
+
+/// JSON text on one line, or indented over several. Bytes that are no UTF-8 come out as U+FFFD.
+std::string text(const Json& json, bool indented = false);
+
+}  // namespace pravik::cli

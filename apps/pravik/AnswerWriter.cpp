@@ -1,0 +1,51 @@
+#include "apps/pravik/AnswerWriter.h"
+
+#include <ostream>
+
+#include "apps/pravik/Table.h"
+
+namespace pravik::cli {
+namespace {
+
+/// An element of an array, indented as its place asks.
+std::string arrayElement(const Answer& answer) {
+  std::string element = "  ";
+  for (const char c : text(answer, true)) {
+    element += c;
+    if (c == '\n') element += "  ";
+  }
+  return element;
+}
+
+}  // namespace
+
+AnswerWriter::AnswerWriter(std::ostream& out, Format format) : out_(out), format_(format) {}
+
+void AnswerWriter::write(const Answer& answer) {
+  switch (format_) {
+    case Format::table:
+      out_ << (first_ ? "" : "\n") << asTable(answer);
+      break;
+    case Format::json:
+      out_ << (first_ ? "[\n" : ",\n") << arrayElement(answer);
+      break;
+    case Format::jsonl:
+      out_ << text(answer) << '\n';
+      break;
+  }
+  out_.flush();
+  first_ = false;
+  allRecognized_ = allRecognized_ && isRecognized(answer);
+}
+
+ExitStatus AnswerWriter::finish() {
+  if (format_ == Format::json) out_ << (first_ ? "[]\n" : "\n]\n") << std::flush;
+  if (!works()) return usageError;
+  return allRecognized_ ? ExitStatus::allRecognized : someNotRecognized;
+}
+
+bool AnswerWriter::works() const {
+  return out_.good();
+}
+
+}  // namespace pravik::cli

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "apps/pravik/Answer.h"
+#include "apps/pravik/Settings.h"
+
+namespace pravik::cli {
+
+/// Writes answers one after the other as they come, each at once: blocks of a table, elements of one JSON array, or
+/// one JSON object a line.
+class AnswerWriter {
+ public:
+  AnswerWriter(std::ostream& out, Format format);
+
+  void write(const Answer& answer);
+  /// Must be called once, at the end. Returns allRecognized, someNotRecognized when an error was among the answers, or
+  /// usageError when the output could not be written.
+  ExitStatus finish();
+
+  /// False as soon as the output can take no more.
+  bool works() const;
+
+ private:
+  std::ostream& out_;
+  Format format_;
+  bool first_ = true;
+  bool allRecognized_ = true;
+};
+
+}  // namespace pravik::cli

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "IDCardBackInfo.h"
+#include "IDCardFrontInfo.h"
+#include "apps/pravik/Answer.h"
+
+namespace pravik::cli {
+
+/// Whether the last of the 18 characters is the check character of the others (GB 11643-1999, which uses ISO 7064
+/// MOD 11-2).
+bool hasValidCheckCharacter(std::string_view citizenNumber);
+
+/// {"checkDigit":…,"birthDateMatches":…,"genderMatches":…}: whether the number agrees with itself and with what is
+/// printed beside it; null where there is nothing to compare.
+Json checksOf(const IDCardFrontInfo& info);
+/// {"startBeforeEnd":…}: a card without an end date passes; null where there is nothing to compare.
+Json checksOf(const IDCardBackInfo& info);
+
+/// How a failed check is told to a person.
+struct CheckText {
+  std::string_view check;
+  /// The field of the record that it stands beside.
+  std::string_view field;
+  std::string_view failure;
+};
+
+/// Absent for a check that is not known.
+std::optional<CheckText> checkText(std::string_view check);
+
+}  // namespace pravik::cli

@@ -1,0 +1,189 @@
+#include "apps/pravik/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <ostream>
+
+#include "PravikVersion.h"
+#include "apps/pravik/Installation.h"
+#include "apps/pravik/ObservationCommands.h"
+#include "apps/pravik/PictureCommands.h"
+#include "apps/pravik/StatsCommand.h"
+
+namespace pravik::cli {
+namespace {
+
+/// Running more pictures at once than any machine has cores for only costs memory.
+constexpr int maximumJobs = 256;
+
+const std::map<std::string, Format> formats{{"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}};
+
+constexpr const char* overview =
+    "Reads Chinese identity cards, codes and text from pictures.\n\n"
+    "Exit status: 0 all recognised, 1 at least one was not, 2 wrong usage, 3 the installation is incomplete.";
+constexpr const char* examples =
+    "Examples:\n"
+    "  pravik id-front card.jpg                              one card, as a table\n"
+    "  pravik id-back --format jsonl --jobs 2 cards/*.jpg    many cards, one line of JSON each\n"
+    "  pravik code --annotate marked label.png               also draw where the code was found\n"
+    "  pravik text page.jpg                                  all text\n"
+    "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
+    "  pravik doctor                                         what is installed and what is missing\n";
+constexpr const char* observationFormat =
+    "Reads {\"observations\":[{\"text\":...,\"confidence\":...,\"boundingBox\":{\"x\":...,\"y\":...,\"width\":...,"
+    "\"height\":...}}]}; boxes are fractions of the picture, measured from its lower left corner. With --format jsonl "
+    "one object a line, each answered at once.";
+
+/// What the words on the command line ask for.
+struct Request {
+  Settings settings;
+  std::vector<std::string> files;
+  std::string file = "-";
+  std::string scene = "idCard";
+  /// What to do; set by the command that was named.
+  std::function<ExitStatus(const Request&, const Host&)> action;
+};
+
+std::map<std::string, OCRLogger::Level> logLevels() {
+  std::map<std::string, OCRLogger::Level> levels;
+  for (int value = 0; const auto level = OCRLogger::levelFromRawValue(value); ++value)
+    levels[std::string(OCRLogger::caseName(*level))] = *level;
+  return levels;
+}
+
+std::vector<std::string> sceneNames() {
+  std::vector<std::string> names;
+  for (const NamedScene& named : namedScenes()) names.emplace_back(named.name);
+  return names;
+}
+
+PravikSDK::SceneType sceneNamed(const std::string& name) {
+  return std::ranges::find(namedScenes(), name, &NamedScene::name)->scene;
+}
+
+/// An option whose value is one of the names of a map.
+template <class Value>
+void addChoice(CLI::App& app, const std::string& option, Value& value, const std::map<std::string, Value>& choices,
+               const std::string& typeName, const std::string& description) {
+  std::vector<std::string> names;
+  for (const auto& [name, ignored] : choices) names.push_back(name);
+  app.add_option_function<std::string>(
+         option, [&value, &choices](const std::string& name) { value = choices.at(name); }, description)
+      ->check(CLI::IsMember(names))
+      ->type_name(typeName);
+}
+
+/// The options may stand before the command or behind it.
+void addSharedOptions(CLI::App& app, Settings& settings) {
+  static const auto levels = logLevels();
+  addChoice(app, "--format", settings.format, formats, "table|json|jsonl", "How answers are written (table)");
+  addChoice(app, "--log-level", settings.logLevel, levels, "none|error|warning|info|debug|verbose",
+            "Log to standard error (none)");
+  app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
+      ->type_name("DIR");
+  app.add_option("--jobs", settings.jobs, "Pictures to read at the same time (1)")
+      ->check(CLI::Range(1, maximumJobs))
+      ->type_name("N");
+  app.add_option("--models", settings.models, "Folder of the text models")->type_name("DIR");
+}
+
+CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view description, Request& request) {
+  CLI::App& command = *app.add_subcommand(std::string(name), std::string(description));
+  addSharedOptions(command, request.settings);
+  return command;
+}
+
+void addPictureCommands(CLI::App& app, Request& request) {
+  for (const PictureCommand& picture : pictureCommands()) {
+    CLI::App& command = addCommand(app, picture.kind, picture.description, request);
+    command.add_option("IMAGE", request.files, "Picture files; - for standard input")->required()->type_name("");
+    if (picture.hasScene)
+      command
+          .add_option("--scene", request.scene,
+                      "The kind of document, which decides how the picture is prepared (idCard)")
+          ->check(CLI::IsMember(sceneNames()))
+          ->type_name("KIND");
+    command.footer("Example:\n  " + std::string(picture.example));
+    command.callback([&request, &picture] {
+      request.action = [&picture](const Request& wanted, const Host& host) {
+        return answerPictures(picture, wanted.files, sceneNamed(wanted.scene), wanted.settings, host);
+      };
+    });
+  }
+}
+
+void addObservationCommands(CLI::App& app, std::string_view name, std::string_view description,
+                            std::span<const ObservationCommand> kinds, Request& request) {
+  CLI::App& command = addCommand(app, name, description, request);
+  command.require_subcommand(1);
+  for (const ObservationCommand& kind : kinds) {
+    CLI::App& sub = addCommand(command, kind.kind, description, request);
+    sub.add_option("FILE", request.file, "File to read; - for standard input (-)")->type_name("");
+    sub.footer(observationFormat);
+    sub.callback([&request, &kind] {
+      request.action = [&kind](const Request& wanted, const Host& host) {
+        return answerObservations(kind, wanted.file, wanted.settings, host);
+      };
+    });
+  }
+}
+
+void addOtherCommands(CLI::App& app, Request& request) {
+  CLI::App& stats = addCommand(app, "stats", "Measure a picture and show how it would be enhanced", request);
+  stats.add_option("IMAGE", request.file, "A picture file; - for standard input")->required()->type_name("");
+  stats.callback([&request] {
+    request.action = [](const Request& wanted, const Host& host) {
+      return showStatistics(wanted.file, wanted.settings, host);
+    };
+  });
+  addCommand(app, "doctor", "Show what is installed and what is missing", request).callback([&request] {
+    request.action = [](const Request& wanted, const Host& host) { return doctor(wanted.settings, host); };
+  });
+}
+
+/// The log goes to the error stream while a command runs.
+class LogToErrors {
+ public:
+  LogToErrors(OCRLogger::Level level, std::ostream& err) {
+    OCRLogger::setSink([&err](std::string_view line) { err << line << std::flush; });
+    OCRLogger::setLevel(level);
+  }
+  ~LogToErrors() {
+    OCRLogger::setLevel(OCRLogger::Level::none);
+    OCRLogger::setSink({});
+  }
+  LogToErrors(const LogToErrors&) = delete;
+  LogToErrors& operator=(const LogToErrors&) = delete;
+};
+
+}  // namespace
+
+int run(const std::vector<std::string>& words, const Host& host) {
+  Request request;
+  CLI::App app(overview, "pravik");
+  app.footer(examples);
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "pravik " + PravikVersion::fullDescription());
+  addSharedOptions(app, request.settings);
+  addPictureCommands(app, request);
+  addObservationCommands(app, "parse", "Records from text that something else has read", parseCommands(), request);
+  addObservationCommands(app, "scene", "Check that a text belongs to a kind of document", sceneCommands(), request);
+  addOtherCommands(app, request);
+
+  try {
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, host.out, host.err) == 0 ? allRecognized : usageError;
+  }
+  const LogToErrors log(request.settings.logLevel, host.err);
+  try {
+    return request.action(request, host);
+  } catch (const std::exception& error) {
+    host.err << "pravik: " << error.what() << '\n';
+    return usageError;
+  }
+}
+
+}  // namespace pravik::cli

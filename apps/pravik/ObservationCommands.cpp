@@ -1,0 +1,98 @@
+#include "apps/pravik/ObservationCommands.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "Parsers/IDCardBackParser.h"
+#include "Parsers/IDCardFrontParser.h"
+#include "apps/pravik/AnswerWriter.h"
+#include "apps/pravik/Checks.h"
+#include "apps/pravik/ObservationInput.h"
+
+namespace pravik::cli {
+namespace {
+
+using SceneType = PravikSDK::SceneType;
+
+template <class Parser>
+Answer parsed(const Observations& observations) {
+  const auto info = Parser{}.parse(observations);
+  if (!info) return answerOf(OCRError::insufficientText());
+  return {{"result", toJson(*info)}, {"checks", checksOf(*info)}};
+}
+
+template <SceneType scene>
+Answer validated(const Observations& observations) {
+  try {
+    validateScene(observations, scene);
+    return {{"result", {{"accepted", true}}}};
+  } catch (const OCRError& error) {
+    return answerOf(error);
+  }
+}
+
+constexpr std::array<ObservationCommand, 2> parseTable{
+    {{"id-front", parsed<IDCardFrontParser>}, {"id-back", parsed<IDCardBackParser>}}};
+
+constexpr std::array<ObservationCommand, 4> sceneTable{{{"idCard", validated<SceneType::idCard>},
+                                                        {"idCardFront", validated<SceneType::idCardFront>},
+                                                        {"idCardBack", validated<SceneType::idCardBack>},
+                                                        {"bankCard", validated<SceneType::bankCard>}}};
+
+constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
+                                                {"idCardFront", SceneType::idCardFront},
+                                                {"idCardBack", SceneType::idCardBack},
+                                                {"bankCard", SceneType::bankCard}}};
+
+Answer answerText(const ObservationCommand& command, const InputText& input) {
+  if (input.tooLong) return invalidInput("longer than 64 MiB");
+  const auto observations = parseObservations(input.text);
+  return observations ? command.answer(*observations) : invalidInput(observations.error());
+}
+
+void answerLines(const ObservationCommand& command, std::istream& in, AnswerWriter& writer, const Host& host) {
+  while (writer.works() && !host.stopped()) {
+    const auto line = nextLine(in);
+    if (!line) return;
+    writer.write(answerText(command, *line));
+  }
+}
+
+}  // namespace
+
+std::span<const ObservationCommand> parseCommands() {
+  return parseTable;
+}
+std::span<const ObservationCommand> sceneCommands() {
+  return sceneTable;
+}
+std::span<const NamedScene> namedScenes() {
+  return sceneNames;
+}
+
+ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, const Settings& settings,
+                              const Host& host) {
+  AnswerWriter writer(host.out, settings.format);
+  std::ifstream opened;
+  if (file != "-") {
+    opened.open(file, std::ios::binary);
+    std::error_code ignored;
+    if (!opened || std::filesystem::is_directory(file, ignored)) {
+      const int reason = opened ? EISDIR : errno;
+      writer.write(invalidInput("cannot read " + file + ": " + std::generic_category().message(reason)));
+      return writer.finish();
+    }
+  }
+  std::istream& in = file == "-" ? host.in : opened;
+  if (settings.format == Format::jsonl)
+    answerLines(command, in, writer, host);
+  else
+    writer.write(answerText(command, wholeText(in)));
+  const ExitStatus status = writer.finish();
+  return host.stopped() ? interrupted : status;
+}
+
+}  // namespace pravik::cli

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Core/TextRecognizer.h"
+#include "Pravik.h"
+#include "apps/pravik/Answer.h"
+#include "apps/pravik/Settings.h"
+
+namespace pravik::cli {
+
+/// What `pravik parse KIND` and `pravik scene KIND` do with the blocks of a picture that something else has read.
+struct ObservationCommand {
+  std::string_view kind;
+  Answer (*answer)(const Observations& observations);
+};
+
+/// The record of a card: parse id-front and so on.
+std::span<const ObservationCommand> parseCommands();
+/// Whether a text belongs to a kind of document: scene idCard and so on.
+std::span<const ObservationCommand> sceneCommands();
+
+/// A kind of document by the name of its case, such as "idCardFront".
+struct NamedScene {
+  std::string_view name;
+  PravikSDK::SceneType scene;
+};
+std::span<const NamedScene> namedScenes();
+
+/// Reads observations from the file, or from the standard input when it is "-": one object, or with the format jsonl
+/// one a line, each answered before the next is read.
+ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, const Settings& settings,
+                              const Host& host);
+
+}  // namespace pravik::cli

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "Platform/Platform.h"
+#include "Utils/OCRLogger.h"
+#include "backends/DefaultPlatform.h"
+
+namespace pravik::cli {
+
+/// What the tool ends with.
+enum ExitStatus : int {
+  allRecognized = 0,
+  someNotRecognized = 1,
+  usageError = 2,
+  incompleteInstallation = 3,
+  interrupted = 130,  ///< as a shell reports a program that Ctrl-C ended
+};
+
+/// How answers are written.
+enum class Format : std::uint8_t { table, json, jsonl };
+
+/// The options that all commands share.
+struct Settings {
+  Format format = Format::table;
+  OCRLogger::Level logLevel = OCRLogger::Level::none;
+  /// Where annotated pictures go; empty for none.
+  std::filesystem::path annotate;
+  /// Pictures that are read at the same time, at least 1.
+  int jobs = 1;
+  /// Where the text models are; empty for the usual place.
+  std::filesystem::path models;
+};
+
+/// Makes the platform that a command works with.
+using PlatformFactory = std::function<Platform(const DefaultPlatformOptions&)>;
+
+/// What a command asks of the world around it.
+struct Host {
+  std::istream& in;
+  std::ostream& out;
+  std::ostream& err;
+  PlatformFactory makePlatform;
+  /// What is wrong with the text models in a folder (empty for the usual place), one text for each file: those that
+  /// are not there, at no cost; those that cannot be used, by opening them.
+  std::function<std::vector<std::string>(const std::filesystem::path&)> missingModels;
+  std::function<std::vector<std::string>(const std::filesystem::path&)> brokenModels;
+  /// Whether `err` is a terminal that a person looks at.
+  bool showsProgress = false;
+  /// Set from outside when the person wants to stop.
+  const std::atomic<bool>* stop = nullptr;
+
+  bool stopped() const { return stop != nullptr && stop->load(); }
+};
+
+}  // namespace pravik::cli

@@ -1,0 +1,128 @@
+#include "apps/pravik/Table.h"
+
+#include <fmt/format.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+#include "apps/pravik/Checks.h"
+
+namespace pravik::cli {
+namespace {
+
+constexpr int indent = 2;
+constexpr int gap = 2;
+
+int columns(UChar32 character) {
+  const auto category = U_GET_GC_MASK(character);
+  if ((category & (U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CC_MASK | U_GC_CF_MASK)) != 0) return 0;
+  const int width = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+  return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
+
+struct Row {
+  std::string field;
+  std::string value;
+  std::string note;
+};
+
+std::string valueText(const Json& value) {
+  if (value.is_null()) return "-";
+  if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
+  if (value.is_string()) return value.get<std::string>().empty() ? "-" : value.get<std::string>();
+  return text(value);
+}
+
+std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer) {
+  std::map<std::string, std::string, std::less<>> failures;
+  const auto checks = answer.find("checks");
+  if (checks == answer.end()) return failures;
+  for (const auto& [check, passed] : checks->items())
+    if (const auto known = checkText(check); known && passed == false)
+      failures[std::string(known->field)] = fmt::format("! {}", known->failure);
+  return failures;
+}
+
+/// A nested object becomes rows of its own, their names joined with a dot.
+void appendRows(const Json& object, const std::string& prefix, std::vector<Row>& rows) {
+  for (const auto& [key, value] : object.items()) {
+    if (value.is_object())
+      appendRows(value, prefix + key + ".", rows);
+    else
+      rows.push_back({prefix + key, valueText(value), {}});
+  }
+}
+
+std::vector<Row> resultRows(const Answer& answer) {
+  std::vector<Row> rows;
+  appendRows(answer["result"], {}, rows);
+  const auto failures = failedChecks(answer);
+  for (Row& row : rows)
+    if (const auto failure = failures.find(row.field); failure != failures.end()) row.note = failure->second;
+  return rows;
+}
+
+std::vector<Row> errorRows(const Json& error) {
+  std::vector<Row> rows{{"error", error["message"].get<std::string>(), {}}};
+  if (const auto context = error.find("context"); context != error.end() && context->contains("reason"))
+    rows.push_back({"reason", (*context)["reason"].get<std::string>(), {}});
+  return rows;
+}
+
+/// Control characters must not reach the terminal: a code may say anything. Lines after the first stand below it.
+std::string printable(std::string_view text, int continuation) {
+  std::string lines;
+  const auto length = static_cast<std::int32_t>(text.size());
+  for (std::int32_t i = 0; i < length;) {
+    const std::int32_t start = i;
+    UChar32 character = 0;
+    U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
+    if (character == '\n')
+      lines += "\n" + std::string(static_cast<std::size_t>(continuation), ' ');
+    else if (character < 0 || u_iscntrl(character))
+      lines += "\uFFFD";
+    else
+      lines += text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start));
+  }
+  return lines;
+}
+
+}  // namespace
+
+int displayWidth(std::string_view text) {
+  int width = 0;
+  const auto length = static_cast<std::int32_t>(text.size());
+  for (std::int32_t i = 0; i < length;) {
+    UChar32 character = 0;
+    U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
+    width += columns(character);
+  }
+  return width;
+}
+
+std::string padded(std::string_view text, int width) {
+  return std::string(text) + std::string(static_cast<std::size_t>(std::max(0, width - displayWidth(text))), ' ');
+}
+
+std::string asTable(const Answer& answer) {
+  const std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer["error"]);
+  int fieldWidth = 0, valueWidth = 0;
+  for (const Row& row : rows) {
+    fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);
+    if (!row.note.empty()) valueWidth = std::max(valueWidth, displayWidth(row.value) + gap);
+  }
+  std::string table;
+  if (answer.contains("file")) table += printable(answer["file"].get<std::string>(), 0) + "\n";
+  for (const Row& row : rows) {
+    const std::string value = printable(row.value, indent + fieldWidth);
+    table += std::string(indent, ' ') + padded(row.field, fieldWidth);
+    table += row.note.empty() ? value : padded(value, valueWidth) + row.note;
+    table += '\n';
+  }
+  return table;
+}
+
+}  // namespace pravik::cli

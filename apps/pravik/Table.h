@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "apps/pravik/Answer.h"
+
+namespace pravik::cli {
+
+/// Columns that a text takes on a terminal: two for a wide character (East Asian Width W and F, Unicode Standard
+/// Annex 11), none for a combining mark or a control character.
+int displayWidth(std::string_view text);
+/// The text with spaces behind it up to the width; unchanged when it is wider.
+std::string padded(std::string_view text, int width);
+
+/// An answer for people: the file, then a line for each field with failed checks beside it, or the error in words.
+/// Ends with a line end.
+std::string asTable(const Answer& answer);
+
+}  // namespace pravik::cli
