@@ -31,6 +31,8 @@ class EdgeLine {
   /// The line through `point` along `direction` (of length 1), followed over the whole map.
   EdgeLine(const EdgeMap& edges, cv::Point2d point, cv::Point2d direction);
 
+  /// The part of the line on the map reaches from position 0 to here.
+  double length() const { return static_cast<double>(supported_.size()) - 1; }
   cv::Point2d direction() const { return direction_; }
   /// A quarter turn from the direction, from the x axis towards the y axis.
   cv::Point2d normal() const { return {-direction_.y, direction_.x}; }

@@ -19,6 +19,8 @@ constexpr double edgeOverTypical = 1.3;
 // Magnitudes are counted in this part of the typical gradient of their channel.
 constexpr int magnitudeUnit = 32;
 constexpr int greatestStrength = 4;
+// Pixels along the border of the picture that are left out: scans and edited photos often have a frame there.
+constexpr int frame = 4;
 
 /// Luma and two colour differences, all of 8 bits: what a desk has in one of them often leaves the others alone.
 std::vector<cv::Mat> opponentChannels(const cv::Mat& bgr) {
@@ -104,13 +106,13 @@ EdgeMap::EdgeMap(const cv::Mat& picture)
   const Gradient gradient = strongestGradient(picture);
   constexpr int threshold = static_cast<int>(edgeOverTypical * magnitudeUnit);
   const auto stride = static_cast<std::ptrdiff_t>(gradient.magnitude.step1());
-  for (int y = 1; y + 1 < picture.rows; ++y) {
+  for (int y = frame; y + frame < picture.rows; ++y) {
     const auto* dx = gradient.dx.ptr<short>(y);
     const auto* dy = gradient.dy.ptr<short>(y);
     const auto* magnitude = gradient.magnitude.ptr<short>(y);
     std::uint8_t* direction = directions_.ptr(y + margin) + margin;
     std::uint8_t* strength = strengths_.ptr(y);
-    for (int x = 1; x + 1 < picture.cols; ++x) {
+    for (int x = frame; x + frame < picture.cols; ++x) {
       if (magnitude[x] < threshold) continue;
       // The neighbour across the edge: straight when one component is at least tan(67.5 degrees) times the other.
       const int ax = std::abs(dx[x]), ay = std::abs(dy[x]);

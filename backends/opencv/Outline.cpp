@@ -14,13 +14,13 @@ constexpr double cardAspect = 85.60 / 53.98;
 /// of desks without a card, and rounded.
 struct Evidence {
   double leastSupport = 5;
-  double overrun = -12;
+  double overrun = -11;
   double shapeError = -23;
-  double skew = -11;
-  double sharpSupport = 2.3;
-  double leastSharpSupport = 6.4;
-  double roundness = 4;
-  double bias = -8.6;
+  double skew = -13;
+  double sharpSupport = 1;
+  double leastSharpSupport = 7;
+  double roundness = 3.5;
+  double bias = -6.2;
 };
 // Beyond these a figure is no card, however far it is.
 constexpr double worstShapeError = 0.4;

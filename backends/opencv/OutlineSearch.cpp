@@ -16,6 +16,12 @@ constexpr double leastMeanSupport = 0.5;
 constexpr double roundedShare = 0.07;
 // The share of a side's length beyond its corners that is searched for an overrun.
 constexpr double overrunShare = 0.12;
+// At least so many pixels are searched, beginning so many pixels beyond the corner.
+constexpr double leastOverrun = 6;
+constexpr double cornerGap = 3;
+// With fewer pixels of it in the picture, the overrun is guessed.
+constexpr double leastVisible = 3;
+constexpr double unseenOverrun = 0.4;
 // Corners may lie this share of the longer side outside of the picture.
 constexpr double margin = 0.01;
 
@@ -147,13 +153,21 @@ class Search {
     return true;
   }
 
+  /// Share of a stretch beyond a corner that is an edge; what the picture does not show may or may not be one.
+  static double overrun(const EdgeLine& line, double from, double to) {
+    from = std::max(from, 0.0);
+    to = std::min(to, line.length());
+    return to - from < leastVisible ? unseenOverrun : line.support(from, to).share;
+  }
+
+  /// Adds what one side contributes to the evidence.
   static void measure(Outline& outline, const EdgeLine& line, double from, double to, cv::Point2d middle) {
     if (from > to) std::swap(from, to);
-    const double length = to - from, beyond = std::max(6.0, overrunShare * length), gap = 3;
+    const double beyond = std::max(leastOverrun, overrunShare * (to - from));
     const bool inwards = (middle - line.at(from)).dot(line.normal()) > 0;
     outline.polarity += line.support(from, to).polarity * (inwards ? 0.25 : -0.25);
-    outline.overrun +=
-        (line.support(from - gap - beyond, from - gap).share + line.support(to + gap, to + gap + beyond).share) / 8;
+    outline.overrun += overrun(line, from - cornerGap - beyond, from - cornerGap) / 8 +
+                       overrun(line, to + cornerGap, to + cornerGap + beyond) / 8;
   }
 
   const std::vector<EdgeLine>& lines_;
