@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Parsers/CitizenNumber.h"
 #include "Pravik.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/RegexHelper.h"
@@ -35,7 +36,6 @@ constexpr std::array<BankKeyword, 11> bankKeywords{{{"银行", true},
                                                     {"储蓄卡", true},
                                                     {"贷记卡", true},
                                                     {"银联", true}}};
-constexpr const char* idNumberPattern = R"([1-9]\d{5}(?:19|20)\d{2}(?:0[1-9]|1[0-2])(?:0[1-9]|[12]\d|3[01])\d{3}[\dX])";
 constexpr const char* validityRangePattern = R"((\d{8})\s*[-—–]\s*(\d{8}|长期))";
 
 bool contains(std::string_view text, std::string_view word) {
@@ -65,7 +65,7 @@ SceneFeatures featuresOf(const std::string& text) {
   SceneFeatures features;
 
   const int front = countContained(text, frontKeywords);
-  features.looksFront = front >= 2 || (front >= 1 && RegexHelper::matches(idNumberPattern, compact));
+  features.looksFront = front >= 2 || (front >= 1 && RegexHelper::matches(citizenNumberPattern, compact));
   const int back = countContained(text, backKeywords);
   features.looksBack = back >= 2 || (back >= 1 && RegexHelper::matches(validityRangePattern, compact));
 
