@@ -93,9 +93,15 @@ class Band {
 
   double positionOf(int index) const { return stretch_.from + step * index; }
 
+  /// Whole pixels that a line of that slope has moved across the band at a position.
+  int drift(int index, double slope) const {
+    constexpr int upwards = 64;  // so that cutting off the fraction rounds down
+    return static_cast<int>(slope * positionOf(index) + (upwards + 0.5)) - upwards;
+  }
+
   /// The bits around a line of that slope at a position, the bits of the least offset lowest.
   std::uint32_t window(int index, double slope) const {
-    const int lowest = reach - offsetReach - 1 + static_cast<int>(std::lround(slope * positionOf(index)));
+    const int lowest = reach - offsetReach - 1 + drift(index, slope);
     const std::uint32_t bits = bits_[static_cast<std::size_t>(index)];
     const std::uint32_t moved =
         lowest >= 0 ? bits >> static_cast<unsigned>(lowest) : bits << static_cast<unsigned>(-lowest);
@@ -140,7 +146,7 @@ class Band {
     const double middle = (positionOf(run.from) + positionOf(run.to)) / 2;
     for (int i = run.from; i <= run.to; ++i) {
       const std::uint32_t bits = window(i, line.slope) >> static_cast<unsigned>(line.offset + offsetReach);
-      const double across = line.offset + static_cast<double>(std::lround(line.slope * positionOf(i)));
+      const double across = line.offset + drift(i, line.slope);
       for (int beside = -1; beside <= 1; ++beside) {
         if ((bits >> static_cast<unsigned>(beside + 1) & 1U) == 0) continue;
         const double t = positionOf(i) - middle, offset = across + beside;

@@ -6,8 +6,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include "Platform/ImageCodec.h"
+#include "backends/opencv/Halving.h"
 #include "backends/opencv/Mat.h"
-#include "backends/opencv/Reduction.h"
 
 namespace pravik {
 namespace {
@@ -263,7 +263,9 @@ std::optional<Bitmap> OpenCvImageRenderer::render(const Bitmap& bitmap, std::spa
 std::optional<Bitmap> OpenCvImageRenderer::greyThumbnail(const Bitmap& bitmap, int width, int height) const {
   if (width < 1 || height < 1) return std::nullopt;
   try {
-    return toBitmap(lumaOf(reducedByArea(asMat(bitmap), {width, height})));
+    cv::Mat thumbnail;
+    cv::resize(halvedTowards(asMat(bitmap), {width, height}), thumbnail, {width, height}, 0, 0, cv::INTER_AREA);
+    return toBitmap(lumaOf(thumbnail));
   } catch (const std::exception&) {
     return std::nullopt;
   }

@@ -5,11 +5,11 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "backends/opencv/Halving.h"
 #include "backends/opencv/LineSearch.h"
 #include "backends/opencv/Mat.h"
 #include "backends/opencv/OutlineRefiner.h"
 #include "backends/opencv/OutlineSearch.h"
-#include "backends/opencv/Reduction.h"
 
 namespace pravik {
 namespace {
@@ -25,8 +25,9 @@ constexpr double greatestOverlap = 0.1;
 cv::Mat reduced(const cv::Mat& picture) {
   const double scale = std::min(1.0, static_cast<double>(workingSide) / std::max(picture.cols, picture.rows));
   const cv::Size size(std::max(1, cvRound(scale * picture.cols)), std::max(1, cvRound(scale * picture.rows)));
-  cv::Mat bgr;
-  cv::cvtColor(reducedByArea(picture, size), bgr, picture.channels() == 1 ? cv::COLOR_GRAY2BGR : cv::COLOR_BGRA2BGR);
+  cv::Mat small, bgr;
+  cv::resize(halvedTowards(picture, size), small, size, 0, 0, cv::INTER_LINEAR);
+  cv::cvtColor(small, bgr, picture.channels() == 1 ? cv::COLOR_GRAY2BGR : cv::COLOR_BGRA2BGR);
   return bgr;
 }
 

@@ -63,15 +63,21 @@ class Search {
         leastSide_(std::max(16.0, static_cast<double>(request.minimumSize) * std::min(picture.width, picture.height))) {
     const std::size_t n = lines.size();
     crossing_.resize(n * n);
-    for (std::size_t a = 0; a < n; ++a)
-      for (std::size_t b = 0; b < n; ++b)
-        if (a != b) crossing_[a * n + b] = lines[a].position(lines[a].intersection(lines[b]));
+    cosine_.resize(n * n, 1.0);
+    for (std::size_t a = 0; a < n; ++a) {
+      for (std::size_t b = 0; b < n; ++b) {
+        if (a == b) continue;
+        crossing_[a * n + b] = lines[a].position(lines[a].intersection(lines[b]));
+        cosine_[a * n + b] = std::abs(lines[a].direction().dot(lines[b].direction()));
+      }
+    }
   }
 
   std::vector<Outline> run() {
+    const double leastCosine = std::cos(widestConvergence * CV_PI / 180);
     for (std::size_t a = 0; a < lines_.size(); ++a)
       for (std::size_t b = a + 1; b < lines_.size(); ++b)
-        if (angle(a, b) <= widestConvergence) pair(a, b);
+        if (cosine(a, b) >= leastCosine) pair(a, b);
     return std::move(found_);
   }
 
@@ -82,10 +88,8 @@ class Search {
     double support;
   };
 
-  double angle(std::size_t a, std::size_t b) const {
-    const double cosine = std::abs(lines_[a].direction().dot(lines_[b].direction()));
-    return std::acos(std::min(1.0, cosine)) * 180 / CV_PI;
-  }
+  /// Of the angle between two lines.
+  double cosine(std::size_t a, std::size_t b) const { return cosine_[a * lines_.size() + b]; }
 
   bool inside(cv::Point2d point) const {
     return point.x >= -slack_ && point.y >= -slack_ && point.x <= picture_.width + slack_ &&
@@ -100,10 +104,10 @@ class Search {
   }
 
   void pair(std::size_t a, std::size_t b) {
+    const double greatestCosine = std::sin(request_.quadratureTolerance * CV_PI / 180);
     rungs_.clear();
     for (std::size_t c = a + 1; c < lines_.size(); ++c) {
-      if (c == b || angle(a, c) < 90 - request_.quadratureTolerance || angle(b, c) < 90 - request_.quadratureTolerance)
-        continue;
+      if (c == b || cosine(a, c) > greatestCosine || cosine(b, c) > greatestCosine) continue;
       const double onA = crossing(a, c), onB = crossing(b, c);
       const double from = crossing(c, a), to = crossing(c, b);
       if (std::abs(to - from) < leastSide_ || !inside(lines_[a].at(onA)) || !inside(lines_[b].at(onB))) continue;
@@ -175,7 +179,9 @@ class Search {
   const RectangleRequest& request_;
   double slack_;
   double leastSide_;
+  // By two lines: where the second crosses the first, and the cosine of the angle between them.
   std::vector<double> crossing_;
+  std::vector<double> cosine_;
   std::vector<Rung> rungs_;
   std::vector<Outline> found_;
 };
