@@ -1,9 +1,11 @@
 #include "backends/opencv/PictureHeader.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <optional>
 
 #include "backends/opencv/ByteReader.h"
+#include "backends/opencv/TiffDirectory.h"
 
 namespace pravik {
 namespace {
@@ -22,40 +24,6 @@ ByteReader bigEndian(std::span<const std::uint8_t> bytes) {
 }
 ByteReader littleEndian(std::span<const std::uint8_t> bytes) {
   return {bytes, std::endian::little};
-}
-
-/// The first directory of TIFF data (TIFF 6.0, section 2); Exif data has the same form.
-struct TiffDirectory {
-  std::optional<std::uint32_t> width;
-  std::optional<std::uint32_t> height;
-  ImageOrientation orientation = ImageOrientation::up;
-};
-
-TiffDirectory readTiffDirectory(std::span<const std::uint8_t> tiff) {
-  constexpr std::uint16_t shortType = 3, widthTag = 0x100, heightTag = 0x101, orientationTag = 0x112;
-  const ByteReader bytes(tiff,
-                         ByteReader(tiff, std::endian::big).matches(0, "MM") ? std::endian::big : std::endian::little);
-  const std::size_t directory = bytes.u32(4);
-  const std::size_t count = bytes.u16(directory);
-  TiffDirectory found;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t entry = directory + 2 + 12 * i;
-    const std::uint32_t value = bytes.u16(entry + 2) == shortType ? bytes.u16(entry + 8) : bytes.u32(entry + 8);
-    switch (bytes.u16(entry)) {
-      case widthTag:
-        found.width = value;
-        break;
-      case heightTag:
-        found.height = value;
-        break;
-      case orientationTag:
-        if (value >= 1 && value <= 8) found.orientation = static_cast<ImageOrientation>(value);
-        break;
-      default:
-        break;
-    }
-  }
-  return found;
 }
 
 /// Damaged Exif data is no reason to refuse a picture: it stands up then.
@@ -110,14 +78,30 @@ PictureHeader readJpeg(std::span<const std::uint8_t> file) {
   return header;
 }
 
+/// The check sum of a chunk (PNG, annex D).
+std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
+  static const auto table = [] {
+    std::array<std::uint32_t, 256> sums{};
+    for (std::uint32_t i = 0; i < sums.size(); ++i) {
+      std::uint32_t sum = i;
+      for (int bit = 0; bit < 8; ++bit) sum = (sum & 1U) != 0 ? 0xEDB88320U ^ sum >> 1U : sum >> 1U;
+      sums[i] = sum;
+    }
+    return sums;
+  }();
+  std::uint32_t sum = ~0U;
+  for (const std::uint8_t byte : bytes) sum = table[(sum ^ byte) & 0xFFU] ^ sum >> 8U;
+  return ~sum;
+}
+
 PictureHeader readPng(std::span<const std::uint8_t> file) {
   const ByteReader bytes = bigEndian(file);
   PictureHeader header{.format = PictureFormat::png, .width = bytes.u32(16), .height = bytes.u32(20)};
-  for (std::size_t at = 8; !bytes.matches(at + 4, "IEND");) {
-    const std::size_t length = bytes.u32(at);
+  for (std::size_t at = 8, length = 0;; at += 12 + length) {
+    length = bytes.u32(at);
+    if (crc32(bytes.part(at + 4, length + 4)) != bytes.u32(at + 8 + length)) refuse("the picture is damaged");
     if (bytes.matches(at + 4, "eXIf")) header.orientation = exifOrientation(bytes.part(at + 8, length));
-    at += 12 + length;
-    bytes.part(at, 8);
+    if (bytes.matches(at + 4, "IEND")) break;
   }
   return header;
 }
@@ -148,6 +132,8 @@ PictureHeader readWebp(std::span<const std::uint8_t> file) {
   bytes.part(8, bytes.u32(4));
   PictureHeader header{.format = PictureFormat::webp, .width = 0, .height = 0};
   if (bytes.matches(12, "VP8X")) {
+    constexpr unsigned animated = 2;
+    if ((bytes.u8(20) & animated) != 0) refuse("an animated picture cannot be read");
     header.width = 1 + std::int64_t{bytes.u24(24)};
     header.height = 1 + std::int64_t{bytes.u24(27)};
   } else if (bytes.matches(12, "VP8L")) {
