@@ -32,6 +32,9 @@ const std::array<FieldColour, 10> fieldColours{{{"name", {0, 159, 230}},
 const cv::Scalar unusedColour{153, 153, 153};
 const cv::Scalar white = cv::Scalar::all(255), black{0, 0, 0, 255};
 
+/// Side of a swatch of the legend in pixels, at least.
+constexpr int smallestUnit = 8;
+
 /// What is printed on every card beside the values.
 constexpr std::array<std::string_view, 9> labels{"公民身份号码", "签发机关", "有效期限", "姓名", "性别",
                                                  "民族",         "出生",     "住址",     "："};
@@ -61,7 +64,7 @@ cv::Rect pixels(const Rect& box, const cv::Mat& canvas) {
   return {cv::Point(topLeft), cv::Size(cvRound(box.width * canvas.cols), cvRound(box.height * canvas.rows))};
 }
 
-/// A strip for below the picture: a swatch and a name for each field, as many as fit beside each other.
+/// A strip for below the picture: a swatch and a name for each field, beside each other; `unit` is a swatch's side.
 cv::Mat legend(const std::vector<std::string>& fields, int width, int unit) {
   const double fontScale = unit / 30.0;
   const int textThickness = std::max(1, unit / 16);
@@ -69,13 +72,23 @@ cv::Mat legend(const std::vector<std::string>& fields, int width, int unit) {
   int x = unit / 2;
   for (const std::string& field : fields) {
     const std::string name = field.empty() ? "not used" : field;
-    const cv::Size size = cv::getTextSize(name, cv::FONT_HERSHEY_SIMPLEX, fontScale, textThickness, nullptr);
     cv::rectangle(strip, {x, unit / 2, unit, unit}, colourOf(field), cv::FILLED);
     cv::putText(strip, name, {x + unit * 3 / 2, unit * 4 / 3}, cv::FONT_HERSHEY_SIMPLEX, fontScale, black,
                 textThickness, cv::LINE_AA);
-    x += size.width + unit * 5 / 2;
+    x += cv::getTextSize(name, cv::FONT_HERSHEY_SIMPLEX, fontScale, textThickness, nullptr).width + unit * 5 / 2;
   }
-  return strip;
+  if (x <= width || unit <= smallestUnit) return strip;
+  return legend(fields, width, std::max(smallestUnit, unit * width / x));
+}
+
+/// The fields in the order of their table, what fed none at the end.
+std::vector<std::string> inLegendOrder(std::vector<std::string> fields) {
+  const auto place = [](const std::string& field) {
+    return std::ranges::find(fieldColours, field, &FieldColour::field);
+  };
+  std::ranges::sort(fields, {}, place);
+  fields.erase(std::ranges::unique(fields).begin(), fields.end());
+  return fields;
 }
 
 }  // namespace
@@ -102,14 +115,14 @@ Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
   else
     canvas = asMat(picture.bitmap).clone();
   const Json result = isRecognized(answer) ? answer["result"] : Json::object();
-  const int unit = std::max(8, std::max(canvas.cols, canvas.rows) / 50);
+  const int unit = std::max(smallestUnit, std::max(canvas.cols, canvas.rows) / 50);
   std::vector<std::string> shown;
   for (const ReadBlock& block : picture.blocks) {
     const std::string field = fieldFedBy(block.text, result);
     cv::rectangle(canvas, pixels(block.boundingBox, canvas), colourOf(field), std::max(1, unit / 8));
-    if (std::ranges::find(shown, field) == shown.end()) shown.push_back(field);
+    shown.push_back(field);
   }
-  cv::vconcat(canvas, legend(shown, canvas.cols, unit), canvas);
+  cv::vconcat(canvas, legend(inLegendOrder(std::move(shown)), canvas.cols, unit), canvas);
   return toBitmap(canvas);
 }
 

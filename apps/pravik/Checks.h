@@ -19,6 +19,12 @@ Json checksOf(const IDCardFrontInfo& info);
 /// {"startBeforeEnd":…}: a card without an end date passes; null where there is nothing to compare.
 Json checksOf(const IDCardBackInfo& info);
 
+/// {"result":…,"checks":…}: a card's record and what it tells about itself.
+template <class Info>
+Answer recordAnswer(const Info& info) {
+  return {{"result", toJson(info)}, {"checks", checksOf(info)}};
+}
+
 /// How a failed check is told to a person.
 struct CheckText {
   std::string_view check;

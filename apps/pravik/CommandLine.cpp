@@ -32,9 +32,10 @@ constexpr const char* examples =
     "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
     "  pravik doctor                                         what is installed and what is missing\n";
 constexpr const char* observationFormat =
-    "Reads {\"observations\":[{\"text\":...,\"confidence\":...,\"boundingBox\":{\"x\":...,\"y\":...,\"width\":...,"
-    "\"height\":...}}]}; boxes are fractions of the picture, measured from its lower left corner. With --format jsonl "
-    "one object a line, each answered at once.";
+    "The input is one JSON object, or with --format jsonl one a line, each answered at once:\n"
+    "  {\"observations\":[{\"text\":...,\"confidence\":...,\n"
+    "                    \"boundingBox\":{\"x\":...,\"y\":...,\"width\":...,\"height\":...}}]}\n"
+    "Boxes are fractions of the picture, measured from its lower left corner.";
 
 /// What the words on the command line ask for.
 struct Request {
@@ -71,7 +72,7 @@ void addChoice(CLI::App& app, const std::string& option, Value& value, const std
   for (const auto& [name, ignored] : choices) names.push_back(name);
   app.add_option_function<std::string>(
          option, [&value, &choices](const std::string& name) { value = choices.at(name); }, description)
-      ->check(CLI::IsMember(names))
+      ->check(CLI::IsMember(names).description(""))
       ->type_name(typeName);
 }
 
@@ -84,7 +85,7 @@ void addSharedOptions(CLI::App& app, Settings& settings) {
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
       ->type_name("DIR");
   app.add_option("--jobs", settings.jobs, "Pictures to read at the same time (1)")
-      ->check(CLI::Range(1, maximumJobs))
+      ->check(CLI::Range(1, maximumJobs).description(""))
       ->type_name("N");
   app.add_option("--models", settings.models, "Folder of the text models")->type_name("DIR");
 }
@@ -92,6 +93,7 @@ void addSharedOptions(CLI::App& app, Settings& settings) {
 CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view description, Request& request) {
   CLI::App& command = *app.add_subcommand(std::string(name), std::string(description));
   addSharedOptions(command, request.settings);
+  command.footer("");
   return command;
 }
 
@@ -103,8 +105,8 @@ void addPictureCommands(CLI::App& app, Request& request) {
       command
           .add_option("--scene", request.scene,
                       "The kind of document, which decides how the picture is prepared (idCard)")
-          ->check(CLI::IsMember(sceneNames()))
-          ->type_name("KIND");
+          ->check(CLI::IsMember(sceneNames()).description(""))
+          ->type_name("idCard|idCardFront|idCardBack|bankCard");
     command.footer("Example:\n  " + std::string(picture.example));
     command.callback([&request, &picture] {
       request.action = [&picture](const Request& wanted, const Host& host) {
@@ -117,9 +119,9 @@ void addPictureCommands(CLI::App& app, Request& request) {
 void addObservationCommands(CLI::App& app, std::string_view name, std::string_view description,
                             std::span<const ObservationCommand> kinds, Request& request) {
   CLI::App& command = addCommand(app, name, description, request);
-  command.require_subcommand(1);
+  command.require_subcommand(0, 1);
   for (const ObservationCommand& kind : kinds) {
-    CLI::App& sub = addCommand(command, kind.kind, description, request);
+    CLI::App& sub = addCommand(command, kind.kind, kind.description, request);
     sub.add_option("FILE", request.file, "File to read; - for standard input (-)")->type_name("");
     sub.footer(observationFormat);
     sub.callback([&request, &kind] {
@@ -164,7 +166,7 @@ int run(const std::vector<std::string>& words, const Host& host) {
   Request request;
   CLI::App app(overview, "pravik");
   app.footer(examples);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);
   app.set_version_flag("--version", "pravik " + PravikVersion::fullDescription());
   addSharedOptions(app, request.settings);
   addPictureCommands(app, request);
@@ -176,6 +178,10 @@ int run(const std::vector<std::string>& words, const Host& host) {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {
     return app.exit(error, host.out, host.err) == 0 ? allRecognized : usageError;
+  }
+  if (!request.action) {
+    host.err << app.help();
+    return usageError;
   }
   const LogToErrors log(request.settings.logLevel, host.err);
   try {

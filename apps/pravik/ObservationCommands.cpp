@@ -20,8 +20,7 @@ using SceneType = PravikSDK::SceneType;
 template <class Parser>
 Answer parsed(const Observations& observations) {
   const auto info = Parser{}.parse(observations);
-  if (!info) return answerOf(OCRError::insufficientText());
-  return {{"result", toJson(*info)}, {"checks", checksOf(*info)}};
+  return info ? recordAnswer(*info) : answerOf(OCRError::insufficientText());
 }
 
 template <SceneType scene>
@@ -35,12 +34,14 @@ Answer validated(const Observations& observations) {
 }
 
 constexpr std::array<ObservationCommand, 2> parseTable{
-    {{"id-front", parsed<IDCardFrontParser>}, {"id-back", parsed<IDCardBackParser>}}};
+    {{"id-front", "The portrait side of an identity card", true, parsed<IDCardFrontParser>},
+     {"id-back", "The emblem side of an identity card", true, parsed<IDCardBackParser>}}};
 
-constexpr std::array<ObservationCommand, 4> sceneTable{{{"idCard", validated<SceneType::idCard>},
-                                                        {"idCardFront", validated<SceneType::idCardFront>},
-                                                        {"idCardBack", validated<SceneType::idCardBack>},
-                                                        {"bankCard", validated<SceneType::bankCard>}}};
+constexpr std::array<ObservationCommand, 4> sceneTable{
+    {{"idCard", "Either side of an identity card", false, validated<SceneType::idCard>},
+     {"idCardFront", "The portrait side of an identity card", false, validated<SceneType::idCardFront>},
+     {"idCardBack", "The emblem side of an identity card", false, validated<SceneType::idCardBack>},
+     {"bankCard", "A bank card", false, validated<SceneType::bankCard>}}};
 
 constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
                                                 {"idCardFront", SceneType::idCardFront},
@@ -50,7 +51,10 @@ constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
 Answer answerText(const ObservationCommand& command, const InputText& input) {
   if (input.tooLong) return invalidInput("longer than 64 MiB");
   const auto observations = parseObservations(input.text);
-  return observations ? command.answer(*observations) : invalidInput(observations.error());
+  if (!observations) return invalidInput(observations.error());
+  Answer answer = command.tellsKind ? Answer{{"kind", command.kind}} : Answer::object();
+  answer.update(command.answer(*observations));
+  return answer;
 }
 
 void answerLines(const ObservationCommand& command, std::istream& in, AnswerWriter& writer, const Host& host) {

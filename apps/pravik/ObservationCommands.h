@@ -14,6 +14,9 @@ namespace pravik::cli {
 /// What `pravik parse KIND` and `pravik scene KIND` do with the blocks of a picture that something else has read.
 struct ObservationCommand {
   std::string_view kind;
+  std::string_view description;
+  /// Whether the kind stands in its answers.
+  bool tellsKind;
   Answer (*answer)(const Observations& observations);
 };
 

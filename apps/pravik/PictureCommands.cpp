@@ -25,8 +25,7 @@ using SceneType = PravikSDK::SceneType;
 
 template <class Info>
 Answer cardAnswer(const Result<Info>& result) {
-  if (!result) return answerOf(result.error());
-  return {{"result", toJson(*result)}, {"checks", checksOf(*result)}};
+  return result ? recordAnswer(*result) : answerOf(result.error());
 }
 
 Answer idFront(const PravikSDK& sdk, const Image& image, SceneType) {

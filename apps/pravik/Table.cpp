@@ -81,7 +81,7 @@ std::string printable(std::string_view text, int continuation) {
     UChar32 character = 0;
     U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
     if (character == '\n')
-      lines += "\n" + std::string(static_cast<std::size_t>(continuation), ' ');
+      lines.append(1, '\n').append(static_cast<std::size_t>(continuation), ' ');
     else if (character < 0 || u_iscntrl(character))
       lines += "\uFFFD";
     else

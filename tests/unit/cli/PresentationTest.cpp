@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include "apps/pravik/Annotation.h"
+#include "apps/pravik/Checks.h"
+#include "apps/pravik/Table.h"
+
+namespace pravik::cli {
+namespace {
+
+TEST(Checks, theCheckCharacterFollowsTheStandard) {
+  const std::vector<std::pair<std::string, bool>> cases{{"11010519491231002X", true},   // the example of GB 11643-1999
+                                                        {"440524188001010014", true},   // and its second one
+                                                        {"110105194912310020", false},  // another last character
+                                                        {"11010519491231003X", false},  // one digit changed
+                                                        {"11010591491231002X", false},  // two neighbours changed places
+                                                        {"1101051949123100X", false},   // too short
+                                                        {"11010519491231002x", false},  // the record has a capital X
+                                                        {"", false}};
+  for (const auto& [number, valid] : cases) EXPECT_EQ(hasValidCheckCharacter(number), valid) << number;
+}
+
+TEST(Checks, theNumberIsComparedWithWhatIsPrinted) {
+  const IDCardFrontInfo agreeing{.name = {},
+                                 .gender = "女",
+                                 .ethnicity = {},
+                                 .birthDate = "1949年12月31日",
+                                 .birthYear = "1949",
+                                 .birthMonth = "12",
+                                 .birthDay = "31",
+                                 .address = {},
+                                 .idNumber = "11010519491231002X"};
+  EXPECT_EQ(checksOf(agreeing).dump(), R"({"checkDigit":true,"birthDateMatches":true,"genderMatches":true})");
+  IDCardFrontInfo other = agreeing;
+  other.gender = "男";
+  other.birthDay = "30";
+  EXPECT_EQ(checksOf(other).dump(), R"({"checkDigit":true,"birthDateMatches":false,"genderMatches":false})");
+  other.gender.clear();
+  EXPECT_EQ(checksOf(other)["genderMatches"], nullptr);
+}
+
+TEST(Checks, aCardMustStartBeforeItEnds) {
+  const auto check = [](std::optional<std::string> start, std::optional<std::string> end, bool longTerm) {
+    return checksOf(IDCardBackInfo{"", "", std::move(start), std::move(end), longTerm})["startBeforeEnd"];
+  };
+  EXPECT_EQ(check("20150301", "20350301", false), true);
+  EXPECT_EQ(check("20350301", "20150301", false), false);
+  EXPECT_EQ(check("20150301", "20150301", false), false);
+  EXPECT_EQ(check("20150301", std::nullopt, true), true);
+  EXPECT_EQ(check(std::nullopt, std::nullopt, true), nullptr);
+}
+
+TEST(Table, widthsAreThoseOfATerminal) {
+  const std::vector<std::pair<std::string, int>> cases{{"", 0},        {"abc", 3}, {"张三", 4}, {"Ａ：", 4}, {"é", 1},
+                                                       {"e\u0301", 1}, {"·", 1},   {"ab张", 4}, {"\xFF", 1}};
+  for (const auto& [text, width] : cases) EXPECT_EQ(displayWidth(text), width) << text;
+  EXPECT_EQ(padded("张", 4) + "|", "张  |");
+  EXPECT_EQ(padded("张三丰", 4), "张三丰");
+}
+
+TEST(Table, failedChecksStandBesideTheirFieldInOneColumn) {
+  const Answer answer{{"file", "a.jpg"},
+                      {"result", {{"gender", "男"}, {"idNumber", "110"}, {"endDate", nullptr}, {"isLongTerm", true}}},
+                      {"checks", {{"checkDigit", false}, {"genderMatches", false}, {"birthDateMatches", true}}}};
+  EXPECT_EQ(asTable(answer),
+            "a.jpg\n"
+            "  gender      男   ! differs from the identity number\n"
+            "  idNumber    110  ! the check character is wrong\n"
+            "  endDate     -\n"
+            "  isLongTerm  yes\n");
+}
+
+TEST(Table, errorsAreToldInWords) {
+  EXPECT_EQ(asTable(answerOf(OCRError::invalidImage(), "no such file")),
+            "  error   无效的图像，请提供有效的 UIImage\n"
+            "  reason  no such file\n");
+}
+
+TEST(Table, controlCharactersDoNotReachTheTerminal) {
+  EXPECT_EQ(asTable({{"result", {{"payload", "a\033[2Jb\nc\u009b"}}}}),
+            "  payload  a\uFFFD[2Jb\n"
+            "           c\uFFFD\n");
+}
+
+TEST(Annotation, aBlockBelongsToTheFieldThatItFed) {
+  const Json result{{"name", "汉武"},
+                    {"gender", "男"},
+                    {"ethnicity", "汉"},
+                    {"birthDate", "1990年03月07日"},
+                    {"birthYear", "1990"},
+                    {"address", "湖北省武汉市江岸区解放路12号"},
+                    {"idNumber", "11010119900307123X"}};
+  const std::vector<std::pair<std::string, std::string>> cases{{"姓名 汉武", "name"},
+                                                               {"性别 男", "gender"},
+                                                               {"民族 汉", "ethnicity"},
+                                                               {"出生 1990 年 3 月 7 日", "birthDate"},
+                                                               {"住址 湖北省武汉市江", "address"},
+                                                               {"岸区解放路12号", "address"},
+                                                               {"公民身份号码 110101 19900307 123X", "idNumber"},
+                                                               {"公民身份号码", ""},
+                                                               {"路人甲", ""},
+                                                               {"", ""}};
+  for (const auto& [block, field] : cases) EXPECT_EQ(fieldFedBy(block, result), field) << block;
+  EXPECT_EQ(
+      fieldFedBy("有效期限 2015.03.01-2035.03.01", {{"validityPeriod", "20150301-20350301"}, {"endDate", "20350301"}}),
+      "validityPeriod");
+}
+
+TEST(Annotation, boxesAreDrawnWhereTheyAreAndTheLegendStandsBelow) {
+  auto pixels = allocatePixels(PixelFormat::grey8, 200, 100);
+  const ReadPicture picture{Bitmap(PixelFormat::grey8, 200, 100, 200, pixels),
+                            {{"6901234567892", {0.25, 0.5, 0.5, 0.25}}}};
+  const Bitmap drawn = annotatedPicture(picture, {{"result", {{"payload", "6901234567892"}}}});
+  EXPECT_EQ(drawn.width(), 200);
+  EXPECT_GT(drawn.height(), 100);
+  const auto isColoured = [&](int x, int y) { return drawn.row(y)[4 * x + 2] > 150; };
+  EXPECT_TRUE(isColoured(100, 25)) << "the upper edge";
+  EXPECT_TRUE(isColoured(50, 40)) << "the left edge";
+  EXPECT_FALSE(isColoured(100, 40)) << "inside";
+  EXPECT_FALSE(isColoured(100, 70)) << "below";
+}
+
+}  // namespace
+}  // namespace pravik::cli
