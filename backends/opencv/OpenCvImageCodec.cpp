@@ -31,12 +31,6 @@ void requireSize(std::uintmax_t bytes) {
                              std::to_string(maximumPictureFileBytes >> 20U) + " MiB");
 }
 
-void requirePixels(const PictureHeader& header) {
-  if (header.height > maximumPicturePixels / header.width)
-    throw std::runtime_error("too large: " + std::to_string(header.width) + " x " + std::to_string(header.height) +
-                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
-}
-
 /// The pixels as they are stored: one to four channels of 8 or 16 bits.
 cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format) {
   // Only a decoder that is asked for unchanged pixels hands out transparency; JPEG has none.
@@ -123,7 +117,6 @@ Image OpenCvImageCodec::decode(std::span<const std::uint8_t> file) const {
   silenceOpenCv();
   requireSize(file.size());
   const PictureHeader header = readPictureHeader(file);
-  requirePixels(header);
   try {
     return {.bitmap = decodeUpright(file, header)};
   } catch (const cv::Exception&) {

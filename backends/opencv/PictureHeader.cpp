@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <string>
 
+#include "Platform/ImageCodec.h"
 #include "backends/opencv/ByteReader.h"
 #include "backends/opencv/TiffDirectory.h"
 
@@ -17,6 +19,13 @@ constexpr int maximumJpegScans = 500;
 
 [[noreturn]] void refuse(const char* reason) {
   throw std::runtime_error(reason);
+}
+
+void requireSize(const PictureHeader& header) {
+  if (header.width < 1 || header.height < 1) refuse("the picture is damaged");
+  if (header.height > maximumPicturePixels / header.width)
+    throw std::runtime_error("too large: " + std::to_string(header.width) + " x " + std::to_string(header.height) +
+                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
 }
 
 ByteReader bigEndian(std::span<const std::uint8_t> bytes) {
@@ -97,6 +106,8 @@ std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
 PictureHeader readPng(std::span<const std::uint8_t> file) {
   const ByteReader bytes = bigEndian(file);
   PictureHeader header{.format = PictureFormat::png, .width = bytes.u32(16), .height = bytes.u32(20)};
+  // Before the rest of a file is walked through.
+  requireSize(header);
   for (std::size_t at = 8, length = 0;; at += 12 + length) {
     length = bytes.u32(at);
     if (crc32(bytes.part(at + 4, length + 4)) != bytes.u32(at + 8 + length)) refuse("the picture is damaged");
@@ -174,7 +185,7 @@ PictureHeader readByFormat(std::span<const std::uint8_t> file) {
 
 PictureHeader readPictureHeader(std::span<const std::uint8_t> file) {
   const PictureHeader header = readByFormat(file);
-  if (header.width < 1 || header.height < 1) refuse("the picture is damaged");
+  requireSize(header);
   return header;
 }
 

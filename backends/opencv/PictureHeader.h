@@ -21,7 +21,8 @@ struct PictureHeader {
 };
 
 /// Reads the size and the orientation without decoding a pixel. Throws std::runtime_error with a readable text when the
-/// bytes are not one of the formats, are damaged, or end before the picture does.
+/// bytes are not one of the formats, are damaged, end before the picture does, or promise more pixels than
+/// `maximumPicturePixels`.
 PictureHeader readPictureHeader(std::span<const std::uint8_t> file);
 
 }  // namespace pravik

@@ -39,8 +39,9 @@ TiffDirectory readTiffDirectory(std::span<const std::uint8_t> tiff) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t entry = directory + 2 + 12 * i;
     const std::uint16_t tag = bytes.u16(entry);
-    if (tag == widthTag) found.width = valueOf(bytes, entry, 0);
-    if (tag == heightTag) found.height = valueOf(bytes, entry, 0);
+    // Of a size given twice the larger counts, so that no decoder meets more pixels than were promised.
+    if (tag == widthTag) found.width = std::max(found.width.value_or(0), valueOf(bytes, entry, 0));
+    if (tag == heightTag) found.height = std::max(found.height.value_or(0), valueOf(bytes, entry, 0));
     if (tag == stripOffsetsTag || tag == tileOffsetsTag) offsets = entry;
     if (tag == stripLengthsTag || tag == tileLengthsTag) lengths = entry;
     if (tag == orientationTag) {
