@@ -53,7 +53,7 @@ BENCHMARK(classifyDirections)->Name("text/direction/1600x1200")->Unit(benchmark:
 
 void readLines(benchmark::State& state) {
   const std::vector<cv::Mat> lines = Photo().lines();
-  const ppocr::LineReader reader(modelPath(recognitionModelFile), modelPath(keyListFile), allCores);
+  const ppocr::LineReader reader(modelPath(recognitionModelFile), allCores);
   for (auto _ : state) benchmark::DoNotOptimize(reader.read(lines));
   state.counters["lines"] = static_cast<double>(lines.size());
 }

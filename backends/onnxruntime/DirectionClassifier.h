@@ -1,6 +1,7 @@
 #pragma once
 
 #include <opencv2/core/mat.hpp>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,12 @@ class DirectionClassifier {
   /// Throws std::runtime_error as Model does.
   DirectionClassifier(const std::string& modelPath, int threadCount);
 
-  /// How likely each line (BGR) stands on its head, 0 to 1.
-  std::vector<float> upsideDown(const std::vector<cv::Mat>& lines) const;
+  /// Whether the lines (BGR) of a picture stand on their head. They are judged together, by the longest of them: a
+  /// short line, such as the house number at the end of an address, often looks like another one upside down.
+  bool areUpsideDown(const std::vector<cv::Mat>& lines) const;
+
+  /// How likely each line stands on its head, 0 to 1.
+  std::vector<float> upsideDown(std::span<const cv::Mat> lines) const;
 
  private:
   Model model_;

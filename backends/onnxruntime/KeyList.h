@@ -9,12 +9,8 @@ namespace pravik::ppocr {
 /// separates characters; the last class is the space.
 class KeyList {
  public:
-  /// Characters without the blank and the space, in the order of the classes.
-  explicit KeyList(const std::vector<std::string>& characters);
-
-  /// Reads a file with one character a line. Throws std::runtime_error that names the file when it cannot be read or
-  /// holds no characters.
-  static KeyList load(const std::string& path);
+  /// Characters without the blank and the space, one a line, in the order of the classes.
+  explicit KeyList(const std::string& lines);
 
   /// Number of classes, the blank and the space included.
   int size() const { return static_cast<int>(texts_.size()); }

@@ -27,13 +27,12 @@ int paddedWidth(const cv::Mat& line) {
 
 }  // namespace
 
-LineReader::LineReader(const std::string& modelPath, const std::string& keyListPath, int threadCount)
-    : model_(modelPath, threadCount, 3), keys_(KeyList::load(keyListPath)) {
+LineReader::LineReader(const std::string& modelPath, int threadCount)
+    : model_(modelPath, threadCount, 3), keys_(model_.metadata("character")) {
   const auto classes = model_.outputShape().back();
   if (classes != keys_.size())
-    throw std::runtime_error("the key list " + keyListPath + " does not fit the model " + modelPath + ": it holds " +
-                             std::to_string(keys_.size() - 2) + " characters instead of " +
-                             std::to_string(classes - 2));
+    throw std::runtime_error("the model file " + modelPath + " has " + std::to_string(classes) +
+                             " classes but names characters for " + std::to_string(keys_.size()));
 }
 
 TextCandidate LineReader::candidate(const float* probabilities, std::size_t steps) const {

@@ -13,8 +13,8 @@ namespace pravik::ppocr {
 /// Reads straightened lines of text with the recognition model.
 class LineReader {
  public:
-  /// Throws std::runtime_error as Model and KeyList do, and when the two do not fit each other.
-  LineReader(const std::string& modelPath, const std::string& keyListPath, int threadCount);
+  /// Throws std::runtime_error as Model does, and when the file does not name a character for every class.
+  LineReader(const std::string& modelPath, int threadCount);
 
   /// The readings of lines (BGR), in the same order; an unreadable line has an empty text. Confidence is the mean of
   /// the characters' probabilities.

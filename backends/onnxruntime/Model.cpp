@@ -97,4 +97,10 @@ Tensor Model::run(const Tensor& input) const {
   return {output->GetTensorTypeAndShapeInfo().GetShape(), {output, output->GetTensorData<float>()}};
 }
 
+std::string Model::metadata(const char* name) const {
+  Ort::AllocatorWithDefaultOptions allocator;
+  const auto text = session_->session.GetModelMetadata().LookupCustomMetadataMapAllocated(name, allocator);
+  return text ? text.get() : std::string();
+}
+
 }  // namespace pravik::ppocr

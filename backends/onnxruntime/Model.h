@@ -30,6 +30,9 @@ class Model {
   /// Throws std::runtime_error when the model refuses the input.
   Tensor run(const Tensor& input) const;
 
+  /// A text that the file carries under this name; empty when it carries none.
+  std::string metadata(const char* name) const;
+
   /// The shape of the output as the file declares it; -1 where it depends on the input.
   const std::vector<std::int64_t>& outputShape() const { return outputShape_; }
 

@@ -7,7 +7,6 @@
 #include <functional>
 
 #include "backends/onnxruntime/DirectionClassifier.h"
-#include "backends/onnxruntime/KeyList.h"
 #include "backends/onnxruntime/LineReader.h"
 #include "backends/onnxruntime/TextDetector.h"
 
@@ -33,18 +32,9 @@ std::vector<ModelFileStatus> checkModels(const std::string& modelDirectory) {
   const auto detection = modelPath(modelDirectory, detectionModelFile);
   const auto direction = modelPath(modelDirectory, directionModelFile);
   const auto recognition = modelPath(modelDirectory, recognitionModelFile);
-  const auto keys = modelPath(modelDirectory, keyListFile);
-  const auto keyProblem = problemOf([&] { ppocr::KeyList::load(keys); });
-  const auto openRecognition = [&] {
-    if (keyProblem.empty())
-      ppocr::LineReader(recognition, keys, 1);
-    else
-      ppocr::Model(recognition, 1, 3);
-  };
   return {{detectionModelFile, detection, problemOf([&] { ppocr::TextDetector(detection, 1); })},
           {directionModelFile, direction, problemOf([&] { ppocr::DirectionClassifier(direction, 1); })},
-          {recognitionModelFile, recognition, problemOf(openRecognition)},
-          {keyListFile, keys, keyProblem}};
+          {recognitionModelFile, recognition, problemOf([&] { ppocr::LineReader(recognition, 1); })}};
 }
 
 std::string onnxRuntimeVersion() {

@@ -7,9 +7,8 @@ namespace pravik {
 
 /// The files that an OnnxTextEngine needs, by their names inside the model folder.
 inline constexpr const char* detectionModelFile = "ch_PP-OCRv4_det_infer.onnx";
-inline constexpr const char* recognitionModelFile = "ch_PP-OCRv4_rec_infer.onnx";
+inline constexpr const char* recognitionModelFile = "PP-OCRv6_rec_small.onnx";
 inline constexpr const char* directionModelFile = "ch_ppocr_mobile_v2.0_cls_infer.onnx";
-inline constexpr const char* keyListFile = "ppocr_keys_v1.txt";
 
 /// Where the engine looks for one of these files.
 std::string modelPath(const std::string& modelDirectory, const char* file);

@@ -20,8 +20,8 @@ namespace {
 
 using ppocr::TextBox;
 
-/// A line is turned only when the classifier is this sure: a needless turn loses the line.
-constexpr float turnThreshold = 0.9F;
+/// What is read with less confidence than this is a pattern that the detector took for text.
+constexpr float noiseConfidence = 0.5F;
 
 int threads(const OnnxTextEngineOptions& options) {
   return options.threadCount > 0 ? options.threadCount
@@ -44,8 +44,7 @@ class OnnxTextEngine::Models {
   explicit Models(const OnnxTextEngineOptions& options)
       : detector(modelPath(options.modelDirectory, detectionModelFile), threads(options)),
         classifier(modelPath(options.modelDirectory, directionModelFile), threads(options)),
-        reader(modelPath(options.modelDirectory, recognitionModelFile), modelPath(options.modelDirectory, keyListFile),
-               threads(options)) {}
+        reader(modelPath(options.modelDirectory, recognitionModelFile), threads(options)) {}
 
   ppocr::TextDetector detector;
   ppocr::DirectionClassifier classifier;
@@ -68,6 +67,7 @@ std::shared_ptr<const OnnxTextEngine::Models> OnnxTextEngine::models() const {
 std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, const TextRequest& request) const {
   ppocr::requireLanguages(request.recognitionLanguages);
   const auto models = this->models();
+  const bool isAccurate = request.recognitionLevel == RecognitionLevel::accurate;
   const cv::Mat picture = ppocr::view(bitmap);
   auto boxes = models->detector.detect(picture, request.recognitionLevel);
   const auto minimumHeight = request.minimumTextHeight * static_cast<float>(picture.rows);
@@ -76,16 +76,23 @@ std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, cons
 
   std::vector<cv::Mat> lines;
   for (const auto& box : boxes) lines.push_back(ppocr::cropOf(picture, box));
-  if (request.recognitionLevel == RecognitionLevel::accurate) {
-    const auto upsideDown = models->classifier.upsideDown(lines);
-    for (std::size_t i = 0; i < lines.size(); ++i)
-      if (upsideDown[i] > turnThreshold) cv::rotate(lines[i], lines[i], cv::ROTATE_180);
+  if (isAccurate) {
+    if (models->classifier.areUpsideDown(lines)) {
+      std::ranges::reverse(boxes);
+      std::ranges::reverse(lines);
+      for (std::size_t i = 0; i < boxes.size(); ++i) {
+        boxes[i] = ppocr::turned(boxes[i]);
+        cv::rotate(lines[i], lines[i], cv::ROTATE_180);
+      }
+    }
   }
   auto readings = models->reader.read(lines);
+  if (isAccurate) ppocr::lookAgain(models->reader, picture, boxes, readings);
+
   std::vector<RecognizedText> texts;
   for (std::size_t i = 0; i < boxes.size(); ++i) {
-    auto& text = texts.emplace_back(std::nullopt, normalised(boxes[i], picture.size()));
-    if (!readings[i].text.empty()) text.topCandidate = std::move(readings[i]);
+    if (readings[i].confidence < noiseConfidence) continue;
+    texts.push_back({std::move(readings[i]), normalised(boxes[i], picture.size())});
   }
   return texts;
 }

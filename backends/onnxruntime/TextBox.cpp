@@ -26,6 +26,20 @@ cv::Rect2f TextBox::bounds() const {
   return {left, top, right - left, bottom - top};
 }
 
+TextBox turned(const TextBox& box) {
+  const auto& [topLeft, topRight, bottomRight, bottomLeft] = box.corners;
+  return {{bottomRight, bottomLeft, topLeft, topRight}, box.score};
+}
+
+TextBox withMargin(const TextBox& box, float heights) {
+  const auto& [topLeft, topRight, bottomRight, bottomLeft] = box.corners;
+  const float margin = heights * std::min(box.width(), box.height());
+  const cv::Point2f along = (topRight - topLeft) * (margin / std::max(box.width(), 1.F));
+  const cv::Point2f down = (bottomLeft - topLeft) * (margin / std::max(box.height(), 1.F));
+  return {{topLeft - along - down, topRight + along - down, bottomRight + along + down, bottomLeft - along + down},
+          box.score};
+}
+
 std::array<cv::Point2f, 4> orderedCorners(const cv::RotatedRect& rectangle) {
   std::array<cv::Point2f, 4> points;
   rectangle.points(points.data());

@@ -20,6 +20,11 @@ struct TextBox {
   cv::Rect2f bounds() const;
 };
 
+/// The same box seen upside down: the line in it starts at the corner where it ended.
+TextBox turned(const TextBox& box);
+/// The box with a margin of this many of its heights on all sides.
+TextBox withMargin(const TextBox& box, float heights);
+
 /// The corners of a rectangle in the order that TextBox wants.
 std::array<cv::Point2f, 4> orderedCorners(const cv::RotatedRect& rectangle);
 
