@@ -4,6 +4,7 @@
 #include <ZXing/ReadBarcode.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace pravik {
 
@@ -109,10 +110,13 @@ std::optional<CodeReading> readCode(const cv::Mat& grey, const CodeFormat& forma
   // ZXing takes Chinese text without a declared character set for Latin-1.
   if (!result.hasECI() && !isUtf8(result.bytes()) && isGb2312(result.bytes())) result.setCharacterSet("GB18030");
 
-  CodeReading reading{{format.identifier}, result.text(), {}};
-  if (!format.accepts(reading.payload)) return std::nullopt;
-  for (const auto& corner : result.position()) reading.outline.emplace_back(corner.x, corner.y);
-  return reading;
+  std::string payload = result.text();
+  if (!format.accepts(payload)) return std::nullopt;
+  CodeOutline outline;
+  std::ranges::transform(result.position(), outline.begin(),
+                         [](auto corner) { return cv::Point2d(corner.x, corner.y); });
+  if (format.linear) outline = grownAlongBars(grey, outline);
+  return CodeReading{{format.identifier}, std::move(payload), outline};
 }
 
 }  // namespace pravik

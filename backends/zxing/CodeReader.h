@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/BarcodeDetector.h"
+#include "backends/zxing/BarExtent.h"
 
 namespace pravik {
 
@@ -24,8 +25,8 @@ struct CodeReading {
   BarcodeSymbology symbology;
   /// UTF-8.
   std::string payload;
-  /// Four points around the code, or around the rows of it that were read; pixels from the top left.
-  std::vector<cv::Point2d> outline;
+  /// Around the code; pixels from the top left.
+  CodeOutline outline;
 };
 
 /// Looks for one code of one format on a grey picture, at any of four orientations. A reading whose text does not fit

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "backends/opencv/Mat.h"
 #include "backends/zxing/CodeReader.h"
 #include "backends/zxing/CodeRegions.h"
 
@@ -38,13 +39,9 @@ using Formats = std::vector<const CodeFormat*>;
 using Readings = std::vector<CodeReading>;
 
 cv::Mat greyOf(const Bitmap& bitmap) {
-  const int type = bitmap.format() == PixelFormat::bgra8 ? CV_8UC4 : CV_8UC1;
-  // The matrix is only read, but OpenCV has no view of constant pixels.
-  const cv::Mat pixels(bitmap.height(), bitmap.width(), type, const_cast<std::uint8_t*>(bitmap.row(0)),
-                       static_cast<std::size_t>(bitmap.stride()));
-  if (type == CV_8UC1) return pixels;
+  if (bitmap.format() == PixelFormat::grey8) return asMat(bitmap);
   cv::Mat grey;
-  cv::cvtColor(pixels, grey, cv::COLOR_BGRA2GRAY);
+  cv::cvtColor(asMat(bitmap), grey, cv::COLOR_BGRA2GRAY);
   return grey;
 }
 
@@ -84,13 +81,21 @@ cv::Mat averagedAlongBars(const cv::Mat& grey) {
   return smooth;
 }
 
+CodeOutline mapped(const CodeOutline& outline, const cv::Matx33d& map) {
+  std::vector<cv::Point2d> points(outline.begin(), outline.end());
+  cv::perspectiveTransform(points, points, map);
+  CodeOutline result;
+  std::ranges::copy(points, result.begin());
+  return result;
+}
+
 /// Reads every format once. The outlines are those of the picture.
 Readings read(const PictureView& view, const Formats& formats) {
   Readings readings;
   for (const CodeFormat* format : formats) {
     auto reading = readCode(view.grey, *format);
     if (!reading) continue;
-    cv::perspectiveTransform(reading->outline, reading->outline, view.toPicture);
+    reading->outline = mapped(reading->outline, view.toPicture);
     readings.push_back(std::move(*reading));
   }
   return readings;
@@ -173,7 +178,7 @@ Readings readStraightened(const Bitmap& bitmap, const Formats& formats, const Re
 }
 
 /// The smallest upright rectangle around the outline, normalised with the origin at the lower left.
-Rect boundingBox(const std::vector<cv::Point2d>& outline, const Bitmap& bitmap) {
+Rect boundingBox(const CodeOutline& outline, const Bitmap& bitmap) {
   const auto [left, right] = std::ranges::minmax(outline, {}, &cv::Point2d::x);
   const auto [top, bottom] = std::ranges::minmax(outline, {}, &cv::Point2d::y);
   const auto part = [](double value, int whole) { return std::clamp(value / whole, 0.0, 1.0); };
