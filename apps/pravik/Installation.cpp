@@ -6,6 +6,7 @@
 
 #include <array>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <opencv2/core/utility.hpp>
 #include <ostream>
@@ -19,17 +20,10 @@
 namespace pravik::cli {
 namespace {
 
-struct PinnedModel {
-  const char* file;
-  const char* sha256;
-};
-
-/// The files that tools/setup fetches. Others of the same shape work too, but are worth a remark.
-constexpr std::array<PinnedModel, 4> pinnedModels{
-    {{detectionModelFile, "30a86f5731181461d08021402766601e4302a9b9b9666be8aff402696339cdff"},
-     {recognitionModelFile, "06b3e6af6c59a1ba5d53790ed8c2e4b2de389870b6cf5a97f349f3412cb269c0"},
-     {directionModelFile, "491843a3c65de46295864c6815e41127eaa812c4dac1e19c6850ec49da9d3640"},
-     {keyListFile, "28b2362ad4ab2dc38769aa72feb535e3a9ddb3fd2a7585a05920e6393b1dc7f7"}}};
+constexpr std::array modelFiles{detectionModelFile, recognitionModelFile, directionModelFile};
+/// Written by tools/setup into the folder of the models: the digest and the name of each file, as sha256sum prints
+/// them.
+constexpr const char* pinnedDigests = "SHA256SUMS";
 
 std::filesystem::path folderOf(const std::filesystem::path& models) {
   return models.empty() ? defaultModelDirectory() : models;
@@ -59,13 +53,21 @@ std::string icuVersion() {
   return text.data();
 }
 
+/// The pinned digest of a model by its name.
+std::map<std::string, std::string> readPinnedDigests(const std::filesystem::path& folder) {
+  std::map<std::string, std::string> pinned;
+  std::ifstream file(folder / pinnedDigests);
+  for (std::string digest, name; file >> digest >> name;) pinned[name] = digest;
+  return pinned;
+}
+
 /// The version of a model is its content.
-std::string modelVersion(const ModelFileStatus& model) {
+std::string modelVersion(const ModelFileStatus& model, const std::map<std::string, std::string>& pinned) {
   const std::string digest = sha256(model.path);
   if (digest.empty()) return {};
-  for (const PinnedModel& pinned : pinnedModels)
-    if (model.name == pinned.file && digest == pinned.sha256) return "SHA-256 as pinned";
-  return "SHA-256 " + digest + ", not the pinned file";
+  const auto known = pinned.find(model.name);
+  if (known == pinned.end()) return "SHA-256 " + digest;
+  return "SHA-256 " + digest + (known->second == digest ? ", as pinned" : ", not the pinned file");
 }
 
 Json toJson(const Part& part) {
@@ -74,11 +76,16 @@ Json toJson(const Part& part) {
           {"problem", part.problem.empty() ? Json(nullptr) : Json(part.problem)}};
 }
 
+const char* state(const Part& part) {
+  if (part.problem.empty()) return "ok       ";
+  return part.version.empty() ? "MISSING  " : "BROKEN   ";
+}
+
 void writeTable(const std::vector<Part>& parts, std::ostream& out) {
   int width = 0;
   for (const Part& part : parts) width = std::max(width, displayWidth(part.name));
   for (const Part& part : parts) {
-    out << (part.problem.empty() ? "ok       " : "MISSING  ") << padded(part.name, width + 2) << part.version;
+    out << state(part) << padded(part.name, width + 2) << part.version;
     if (!part.problem.empty()) out << (part.version.empty() ? "" : "  ") << part.problem;
     out << '\n';
   }
@@ -101,17 +108,18 @@ std::vector<Part> installedParts(const std::filesystem::path& models) {
                           {"OpenCV", cv::getVersionString(), {}},
                           {"ONNX Runtime", onnxRuntimeVersion(), {}},
                           {"ZXing-C++", ZXingBarcodeDetector::libraryVersion(), {}}};
+  const auto pinned = readPinnedDigests(folderOf(models));
   for (const ModelFileStatus& model : checkModels(folderOf(models).string()))
-    parts.push_back({model.name, modelVersion(model), model.problem});
+    parts.push_back({model.name, modelVersion(model, pinned), model.problem});
   return parts;
 }
 
 std::vector<std::string> missingModels(const std::filesystem::path& models) {
   const std::filesystem::path folder = folderOf(models);
   std::vector<std::string> missing;
-  for (const PinnedModel& model : pinnedModels) {
+  for (const char* file : modelFiles) {
     std::error_code error;
-    const std::filesystem::path path = modelPath(folder.string(), model.file);
+    const std::filesystem::path path = modelPath(folder.string(), file);
     if (!std::filesystem::is_regular_file(path, error)) missing.push_back(path.string() + ": no such file");
   }
   return missing;

@@ -22,7 +22,7 @@ struct Part {
 };
 
 /// The libraries and the text models in the folder, which is the usual one when it is empty. Each model is opened as
-/// the engine would and compared with the SHA-256 of the pinned file.
+/// the engine would, and compared with the SHA-256 that tools/setup pins.
 std::vector<Part> installedParts(const std::filesystem::path& models);
 
 /// The model files that are not there, as text for a person; costs next to nothing.
