@@ -40,7 +40,6 @@ void AnswerWriter::write(const Answer& answer) {
 
 ExitStatus AnswerWriter::finish() {
   if (format_ == Format::json) out_ << (first_ ? "[]\n" : "\n]\n") << std::flush;
-  if (!works()) return usageError;
   return allRecognized_ ? ExitStatus::allRecognized : someNotRecognized;
 }
 

@@ -14,8 +14,7 @@ class AnswerWriter {
   AnswerWriter(std::ostream& out, Format format);
 
   void write(const Answer& answer);
-  /// Must be called once, at the end. Returns allRecognized, someNotRecognized when an error was among the answers, or
-  /// usageError when the output could not be written.
+  /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error was among the answers.
   ExitStatus finish();
 
   /// False as soon as the output can take no more.

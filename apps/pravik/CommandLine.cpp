@@ -5,6 +5,7 @@
 #include <exception>
 #include <map>
 #include <ostream>
+#include <stdexcept>
 
 #include "PravikVersion.h"
 #include "apps/pravik/Installation.h"
@@ -185,7 +186,9 @@ int run(const std::vector<std::string>& words, const Host& host) {
   }
   const LogToErrors log(request.settings.logLevel, host.err);
   try {
-    return request.action(request, host);
+    const ExitStatus status = request.action(request, host);
+    if (!host.out) throw std::runtime_error("the output could not be written");
+    return status;
   } catch (const std::exception& error) {
     host.err << "pravik: " << error.what() << '\n';
     return usageError;

@@ -1,7 +1,7 @@
+#include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <csignal>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -14,20 +14,27 @@ namespace {
 std::atomic<bool> stop{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-/// The first Ctrl-C lets the pictures under way finish; the next one ends the program.
-void requestStop(int signal) {
+/// The first Ctrl-C lets the pictures under way finish; the next one ends the program. A read that waits for input is
+/// broken off.
+void requestStop(int /*signal*/) {
   stop = true;
-  std::signal(signal, SIG_DFL);
+}
+
+void stopOn(int signal) {
+  struct sigaction action{};
+  action.sa_handler = requestStop;
+  action.sa_flags = SA_RESETHAND;
+  sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
   std::ios::sync_with_stdio(false);
-  std::signal(SIGINT, requestStop);
-  std::signal(SIGTERM, requestStop);
+  stopOn(SIGINT);
+  stopOn(SIGTERM);
   // A reader that goes away (pravik ... | head) ends the program without a word.
-  std::signal(SIGPIPE, SIG_DFL);
+  signal(SIGPIPE, SIG_DFL);
   const pravik::cli::Host host{.in = std::cin,
                                .out = std::cout,
                                .err = std::cerr,

@@ -58,5 +58,12 @@ TEST(CommandLine, theLogGoesToTheErrorStreamAndEndsWithTheCommand) {
   EXPECT_EQ(OCRLogger::level(), OCRLogger::Level::none);
 }
 
+TEST(CommandLine, anOutputThatTakesNothingIsAnError) {
+  CommandRun command;
+  command.outputFails = true;
+  EXPECT_EQ(command({"code", "--format", "jsonl", "a.jpg"}), usageError);
+  EXPECT_NE(command.err.find("could not be written"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace pravik::cli

@@ -52,6 +52,7 @@ struct CommandRun {
   std::string input;
   std::vector<std::string> missing, broken;
   bool showsProgress = false;
+  bool outputFails = false;
   std::atomic<bool> stop{false};
   /// What the platform was made with.
   DefaultPlatformOptions options;
@@ -60,6 +61,7 @@ struct CommandRun {
   int operator()(const std::vector<std::string>& words) {
     std::istringstream in(input);
     std::ostringstream outStream, errStream;
+    if (outputFails) outStream.setstate(std::ios::badbit);
     const int status = run(words, {.in = in,
                                    .out = outStream,
                                    .err = errStream,
