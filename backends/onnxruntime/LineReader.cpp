@@ -13,8 +13,8 @@ namespace {
 
 /// Widths are rounded up to a multiple of this, so that lines of about the same length share a run.
 constexpr int widthStep = 64;
-/// The model was trained on lines padded to this width.
-constexpr int minimumWidth = 320;
+/// Short lines are padded to this width. The model was trained on 320, but reads them as well with less.
+constexpr int minimumWidth = 160;
 /// A longer line is squeezed.
 constexpr int maximumWidth = 2560;
 /// Columns of input that go through the model at once: bounds the memory of a run.

@@ -1,7 +1,6 @@
 #include "backends/onnxruntime/Model.h"
 
 #include <onnxruntime_cxx_api.h>
-#include <onnxruntime_session_options_config_keys.h>
 
 #include <filesystem>
 #include <fstream>
@@ -35,9 +34,8 @@ Ort::SessionOptions sessionOptions(int threadCount) {
   Ort::SessionOptions options;
   options.SetIntraOpNumThreads(threadCount);
   options.SetGraphOptimizationLevel(GraphOptimizationLevel::ORT_ENABLE_ALL);
-  // Every picture has other sizes: a remembered memory plan and an arena would only grow.
+  // Every picture has other sizes: a remembered memory plan would not fit the next one.
   options.DisableMemPattern();
-  options.DisableCpuMemArena();
   return options;
 }
 

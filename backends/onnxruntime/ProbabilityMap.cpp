@@ -11,8 +11,11 @@ namespace {
 constexpr double pixelThreshold = 0.3;
 /// A box whose pixels are less likely than this on average is noise.
 constexpr double boxThreshold = 0.6;
-/// How far a core grows back to its line.
-constexpr float growth = 1.5F;
+/// A box about as wide as high needs more: patterns of a background make such boxes, and a lone character is sure.
+constexpr double squareBoxThreshold = 0.85;
+constexpr float squareAspect = 1.8F;
+/// How far a core grows back to its line. Less would cut the outer strokes of a lone character.
+constexpr float growth = 1.8F;
 /// A core thinner than this many pixels of the map is noise.
 constexpr float minimumCoreSide = 3;
 
@@ -40,7 +43,9 @@ std::vector<TextBox> boxesOf(const cv::Mat& map) {
     const cv::RotatedRect core = cv::minAreaRect(contour);
     if (std::min(core.size.width, core.size.height) < minimumCoreSide) continue;
     const double score = meanInside(map, contour);
-    if (score < boxThreshold) continue;
+    const bool isSquare =
+        std::max(core.size.width, core.size.height) < squareAspect * std::min(core.size.width, core.size.height);
+    if (score < (isSquare ? squareBoxThreshold : boxThreshold)) continue;
     boxes.push_back({orderedCorners(grown(core)), static_cast<float>(score)});
   }
   return boxes;

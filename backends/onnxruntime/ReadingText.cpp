@@ -12,7 +12,7 @@ constexpr std::string_view middleDot = "·";
 
 /// Marks that look like a middle dot; between two Chinese characters no print has any other, so there the model's
 /// choice between them says nothing.
-constexpr std::array<std::string_view, 9> dots{".", "•", "‧", "ㆍ", "・", "．", "●", "°", "。"};
+constexpr std::array<std::string_view, 6> dots{".", "•", "‧", "ㆍ", "・", "．"};
 
 /// The code point of a three-byte UTF-8 character, 0 for any other length.
 char32_t threeByteCodePoint(std::string_view text) {

@@ -35,6 +35,17 @@ bool isDoubtful(const TextCandidate& reading) {
   return reading.confidence < doubtfulConfidence || characterCount(reading.text) == 1;
 }
 
+/// A line that is read again, by its number, and all that was read so far.
+struct Reread {
+  std::size_t line;
+  std::vector<TextCandidate> readings;
+};
+
+/// Whether the first two looks gave the same text, so that a third would not change it.
+bool repeats(const std::vector<TextCandidate>& readings) {
+  return readings.size() > 1 && readings[0].text == readings[1].text;
+}
+
 cv::Mat lineOf(const cv::Mat& picture, const TextBox& box, const Look& look) {
   cv::Mat line = cropOf(picture, withMargin(box, look.margin));
   if (look.stretch != 1) cv::resize(line, line, {}, look.stretch, 1, cv::INTER_CUBIC);
@@ -62,21 +73,21 @@ TextCandidate agreedReading(const std::vector<TextCandidate>& readings) {
 
 void lookAgain(const LineReader& reader, const cv::Mat& picture, const std::vector<TextBox>& boxes,
                std::vector<TextCandidate>& readings) {
-  std::vector<std::size_t> doubtful;
-  std::vector<cv::Mat> lines;
-  for (std::size_t i = 0; i < boxes.size(); ++i) {
-    if (!isDoubtful(readings[i]) && !deservesSecondLook(readings[i].text)) continue;
-    doubtful.push_back(i);
-    for (const Look& look : furtherLooks) lines.push_back(lineOf(picture, boxes[i], look));
+  std::vector<Reread> rereads;
+  for (std::size_t i = 0; i < boxes.size(); ++i)
+    if (isDoubtful(readings[i]) || deservesSecondLook(readings[i].text)) rereads.push_back({i, {readings[i]}});
+  for (const Look& look : furtherLooks) {
+    std::vector<Reread*> open;
+    std::vector<cv::Mat> lines;
+    for (Reread& reread : rereads) {
+      if (repeats(reread.readings)) continue;
+      open.push_back(&reread);
+      lines.push_back(lineOf(picture, boxes[reread.line], look));
+    }
+    const auto further = reader.read(lines);
+    for (std::size_t i = 0; i < open.size(); ++i) open[i]->readings.push_back(further[i]);
   }
-  const auto further = reader.read(lines);
-  for (std::size_t i = 0; i < doubtful.size(); ++i) {
-    TextCandidate& reading = readings[doubtful[i]];
-    std::vector<TextCandidate> all{reading};
-    for (std::size_t look = 0; look < furtherLooks.size(); ++look)
-      all.push_back(further[i * furtherLooks.size() + look]);
-    reading = agreedReading(all);
-  }
+  for (const Reread& reread : rereads) readings[reread.line] = agreedReading(reread.readings);
 }
 
 }  // namespace pravik::ppocr
