@@ -8,8 +8,8 @@
 namespace pravik::ppocr {
 namespace {
 
-/// What the key list covers: all but a handful of the common simplified characters, and ASCII. Of the traditional
-/// characters it lacks a third (從, 說, 吳, 鄧 among them), so that traditional Chinese is no language of these models.
+/// Simplified Chinese and what ASCII can write. The model knows traditional characters too, but readings are given in
+/// simplified ones, so that traditional Chinese is no language of this engine.
 constexpr std::array<std::string_view, 5> languages{"zh-hans", "zh-cn", "zh-sg", "zh", "en"};
 
 std::string lowered(std::string tag) {

@@ -12,7 +12,7 @@ constexpr double pixelThreshold = 0.3;
 /// A box whose pixels are less likely than this on average is noise.
 constexpr double boxThreshold = 0.6;
 /// A box about as wide as high needs more: patterns of a background make such boxes, and a lone character is sure.
-constexpr double squareBoxThreshold = 0.85;
+constexpr double squareBoxThreshold = 0.7;
 constexpr float squareAspect = 1.8F;
 /// How far a core grows back to its line. Less would cut the outer strokes of a lone character.
 constexpr float growth = 1.8F;

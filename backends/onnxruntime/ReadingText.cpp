@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "backends/onnxruntime/SimplifiedForm.h"
+
 namespace pravik::ppocr {
 namespace {
 
@@ -48,7 +50,7 @@ std::string readingText(std::span<const CtcCharacter> characters, const KeyList&
     if (isBetweenChinese && std::ranges::find(dots, key) != dots.end())
       text += middleDot;
     else
-      text += narrow(key);
+      text += isChinese(key) ? simplifiedForm(key) : narrow(key);
   }
   return text;
 }

@@ -12,8 +12,8 @@ namespace {
 
 /// The model halves its input five times.
 constexpr int sideStep = 32;
-/// Pixels that are searched: the digits of a card that fills a third of the picture are still 8 pixels high.
-constexpr double accuratePixels = 832 * 624;
+/// Pixels that are searched: with fewer, lone characters of a card are lost.
+constexpr double accuratePixels = 960 * 720;
 constexpr double fastPixels = 640 * 480;
 /// A small picture is enlarged by this at most: its text does not become clearer.
 constexpr double maximumEnlargement = 2;

@@ -14,6 +14,7 @@
 #include "backends/onnxruntime/ReadingOrder.h"
 #include "backends/onnxruntime/ReadingText.h"
 #include "backends/onnxruntime/SecondLook.h"
+#include "backends/onnxruntime/SimplifiedForm.h"
 #include "backends/onnxruntime/TextDetector.h"
 
 namespace pravik {
@@ -40,6 +41,13 @@ TEST(ReadingTextTest, makesInterchangeableSpellingsOne) {
   };
   EXPECT_EQ(text({1, 2, 1}), "阿·阿");
   EXPECT_EQ(text({3, 4, 3}), "7.7");
+}
+
+TEST(ReadingTextTest, givesTraditionalFormsAsSimplifiedAndKeepsRareCharacters) {
+  for (const auto& [read, given] : {std::pair("強", "强"), {"別", "别"}, {"韻", "韵"}, {"黃", "黄"}})
+    EXPECT_EQ(simplifiedForm(read), given);
+  // In simplified print, or in no set at all: names have them.
+  for (const char* kept : {"乾", "著", "堃", "婳", "仫", "喆"}) EXPECT_EQ(simplifiedForm(kept), kept);
 }
 
 TEST(ProbabilityMapTest, findsTiltedLinesAndLeavesNoiseOut) {
