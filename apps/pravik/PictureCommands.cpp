@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -114,7 +115,7 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
     return list;
   }();
 
-  const auto answer = [&](int worker, std::size_t item) -> Answer {
+  const auto answerOne = [&](int worker, std::size_t item) -> Answer {
     const auto image = readPicture(files[item], *platform.imageCodec, host.in);
     if (!image) return answerOf(OCRError::invalidImage(), image.error());
     Reader& reader = *readers[static_cast<std::size_t>(worker)];
@@ -122,6 +123,14 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
     if (const auto picture = reader.recording->take(); picture && annotates)
       writeAnnotated(*picture, result, annotated[item], *platform.imageCodec);
     return result;
+  };
+  // Whatever happens to one picture, a full disk or no memory for it, the others are still read.
+  const auto answer = [&](int worker, std::size_t item) -> Answer {
+    try {
+      return answerOne(worker, item);
+    } catch (const std::exception& error) {
+      return answerOf(OCRError::recognitionFailed(error.what()));
+    }
   };
 
   AnswerWriter writer(host.out, settings.format);

@@ -128,12 +128,13 @@ PictureHeader readBmp(std::span<const std::uint8_t> file) {
   header.width = static_cast<std::int32_t>(bytes.u32(18));
   // Rows from the top have a negative height.
   header.height = std::abs(std::int64_t{static_cast<std::int32_t>(bytes.u32(22))});
+  // Before the size is multiplied.
+  requireSize(header);
   const std::uint16_t bitsPerPixel = bytes.u16(28);
   const bool uncompressed = bytes.u32(30) == 0;
   const std::int64_t rowBytes = (header.width * bitsPerPixel + 31) / 32 * 4;
   const std::int64_t room = static_cast<std::int64_t>(bytes.size()) - bytes.u32(10);
-  if (uncompressed && header.width > 0 && header.width <= INT32_MAX && rowBytes * header.height > room)
-    refuse("the file is truncated");
+  if (uncompressed && rowBytes * header.height > room) refuse("the file is truncated");
   return header;
 }
 
