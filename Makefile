@@ -36,7 +36,8 @@ test: build
 
 test-asan test-tsan: test-%: setup
 	$(call build-preset,$*,unit-tests)
-	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
+	@TSAN_OPTIONS=suppressions=$(CURDIR)/tests/tsan.suppressions \
+		ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
 
 bench: build
 	@build/release/bench/pravik-bench
