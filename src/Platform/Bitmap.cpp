@@ -24,8 +24,8 @@ Bitmap Bitmap::crop(const PixelRect& area) const {
 }
 
 std::shared_ptr<std::uint8_t> allocatePixels(PixelFormat format, int width, int height) {
-  const std::size_t size =
-      static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * static_cast<std::size_t>(bytesPerPixel(format));
+  const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+                           static_cast<std::size_t>(bytesPerPixel(format));
   std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[size]());
   std::shared_ptr<std::uint8_t[]> array(std::move(bytes));
   return {array, array.get()};

@@ -12,7 +12,9 @@ namespace pravik {
 enum class PixelFormat : std::uint8_t { bgra8, grey8 };
 
 /// Bytes of one pixel.
-constexpr int bytesPerPixel(PixelFormat format) { return format == PixelFormat::bgra8 ? 4 : 1; }
+constexpr int bytesPerPixel(PixelFormat format) {
+  return format == PixelFormat::bgra8 ? 4 : 1;
+}
 
 /// An immutable picture in memory, at least 1 x 1 pixels, rows from the top. Copies and crops share the pixels.
 class Bitmap {

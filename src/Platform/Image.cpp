@@ -13,14 +13,22 @@ struct SourceMap {
 
 SourceMap sourceMap(ImageOrientation orientation, int lastX, int lastY) {
   switch (orientation) {
-    case ImageOrientation::up: return {0, 1, 0, 0, 0, 1};
-    case ImageOrientation::upMirrored: return {lastX, -1, 0, 0, 0, 1};
-    case ImageOrientation::down: return {lastX, -1, 0, lastY, 0, -1};
-    case ImageOrientation::downMirrored: return {0, 1, 0, lastY, 0, -1};
-    case ImageOrientation::leftMirrored: return {0, 0, 1, 0, 1, 0};
-    case ImageOrientation::right: return {0, 0, 1, lastY, -1, 0};
-    case ImageOrientation::rightMirrored: return {lastX, 0, -1, lastY, -1, 0};
-    case ImageOrientation::left: return {lastX, 0, -1, 0, 1, 0};
+    case ImageOrientation::up:
+      return {0, 1, 0, 0, 0, 1};
+    case ImageOrientation::upMirrored:
+      return {lastX, -1, 0, 0, 0, 1};
+    case ImageOrientation::down:
+      return {lastX, -1, 0, lastY, 0, -1};
+    case ImageOrientation::downMirrored:
+      return {0, 1, 0, lastY, 0, -1};
+    case ImageOrientation::leftMirrored:
+      return {0, 0, 1, 0, 1, 0};
+    case ImageOrientation::right:
+      return {0, 0, 1, lastY, -1, 0};
+    case ImageOrientation::rightMirrored:
+      return {lastX, 0, -1, lastY, -1, 0};
+    case ImageOrientation::left:
+      return {lastX, 0, -1, 0, 1, 0};
   }
   return {0, 1, 0, 0, 0, 1};
 }
