@@ -3,11 +3,13 @@
 #include <memory>
 
 #include "Platform/BarcodeDetector.h"
+#include "Platform/CaptureSystem.h"
 #include "Platform/Dispatch.h"
 #include "Platform/ImageCodec.h"
 #include "Platform/ImageRenderer.h"
 #include "Platform/PhotoLibrary.h"
 #include "Platform/RectangleDetector.h"
+#include "Platform/Stage.h"
 #include "Platform/TextEngine.h"
 
 namespace pravik {
@@ -21,6 +23,9 @@ struct Platform {
   std::shared_ptr<BarcodeDetector> barcodeDetector;
   std::shared_ptr<Dispatch> dispatch;
   std::shared_ptr<PhotoLibrary> photoLibrary;
+  std::shared_ptr<CaptureSystem> captureSystem;
+  /// Where scanners are shown when the caller names no stage.
+  std::shared_ptr<Stage> stage;
 
   /// The platform that PravikSDK::shared() is created from. An application sets it once at start-up, before
   /// the first use of the shared instance.
