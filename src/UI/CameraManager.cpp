@@ -1,0 +1,199 @@
+#include "UI/CameraManager.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "CodeScanResult.h"
+#include "UI/GuardedCall.h"
+#include "Utils/OCRLogger.h"
+
+namespace pravik {
+namespace {
+
+/// Holds a device for configuration while it lives.
+class ConfigurationLock {
+ public:
+  explicit ConfigurationLock(CaptureDevice& device) : device_(device) { device_.lockForConfiguration(); }
+  ~ConfigurationLock() { device_.unlockForConfiguration(); }
+  ConfigurationLock(const ConfigurationLock&) = delete;
+  ConfigurationLock& operator=(const ConfigurationLock&) = delete;
+  ConfigurationLock(ConfigurationLock&&) = delete;
+  ConfigurationLock& operator=(ConfigurationLock&&) = delete;
+
+ private:
+  CaptureDevice& device_;
+};
+
+void focusAndExposeContinuously(CaptureDevice& device) {
+  try {
+    const ConfigurationLock lock(device);
+    if (device.supportsContinuousAutoFocus()) device.setContinuousAutoFocus();
+    if (device.supportsContinuousAutoExposure()) device.setContinuousAutoExposure();
+  } catch (const std::exception&) {
+    // A camera that cannot be set keeps its settings, which serve as well.
+  }
+}
+
+void setTorch(CaptureDevice* device, bool on) {
+  if (device == nullptr || !device->hasTorch()) return;
+  try {
+    const ConfigurationLock lock(*device);
+    device->setTorch(on);
+  } catch (const std::exception&) {
+    // The button goes on showing what the torch does.
+  }
+}
+
+std::string joinedNames(const std::vector<MetadataObjectType>& types) {
+  std::string names;
+  for (const MetadataObjectType& type : types) names += (names.empty() ? "" : ", ") + type.rawValue;
+  return names;
+}
+
+}  // namespace
+
+CameraManager::CameraManager(std::shared_ptr<CaptureSystem> captureSystem, std::shared_ptr<Dispatch> dispatch)
+    : captureSystem_(std::move(captureSystem)),
+      dispatch_(std::move(dispatch)),
+      sessionQueue_(dispatch_->makeSerialQueue("com.pravik.camera.session")) {}
+
+CameraManager::~CameraManager() {
+  previewLayer_->session.reset();
+  if (!session_) return;
+  sessionQueue_->async([session = std::move(session_)] {
+    if (session->isRunning()) session->stopRunning();
+  });
+}
+
+void CameraManager::configure() {
+  onSessionQueue(&CameraManager::configureSession);
+}
+
+void CameraManager::start() {
+  onSessionQueue(&CameraManager::startSession);
+}
+
+void CameraManager::stop() {
+  onSessionQueue(&CameraManager::stopSession);
+}
+
+void CameraManager::capturePhoto() {
+  onSessionQueue(&CameraManager::takePhoto);
+}
+
+void CameraManager::setCodeTypes(std::vector<MetadataObjectType> types) {
+  sessionQueue_->async([weak = weak_from_this(), types = std::move(types)] {
+    if (const auto camera = weak.lock()) camera->applyCodeTypes(types);
+  });
+}
+
+void CameraManager::onSessionQueue(void (CameraManager::*work)()) {
+  sessionQueue_->async([weak = weak_from_this(), work] {
+    if (const auto camera = weak.lock()) (camera.get()->*work)();
+  });
+}
+
+void CameraManager::configureSession() {
+  if (isConfigured_) return;
+  if (!session_ && captureSystem_) session_ = captureSystem_->makeSession();
+  if (session_) {
+    session_->beginConfiguration();
+    session_->usePhotoPreset();
+  }
+  const std::shared_ptr<CaptureDevice> camera = device();
+  if (!camera || !session_->canAddInput(*camera)) {
+    OCRLogger::error([] { return std::string("无法配置后置摄像头"); });
+    if (session_) session_->commitConfiguration();
+    return;
+  }
+  session_->addInput(camera);
+  focusAndExposeContinuously(*camera);
+  addOutputs();
+  session_->commitConfiguration();
+  dispatch_->async([preview = previewLayer_, weak = std::weak_ptr(session_)] { preview->session = weak.lock(); });
+  isConfigured_ = true;
+}
+
+void CameraManager::addOutputs() {
+  session_->addVideoOutput(sessionQueue_, [weak = weak_from_this()](const VideoFrame& frame) {
+    const auto camera = weak.lock();
+    if (camera && camera->onVideoFrame) guardedCall([&] { camera->onVideoFrame(frame); });
+  });
+  session_->addPhotoOutput();
+  session_->addMetadataOutput(sessionQueue_, [weak = weak_from_this()](const std::vector<MetadataObject>& objects) {
+    if (const auto camera = weak.lock()) camera->deliverCode(objects);
+  });
+}
+
+void CameraManager::startSession() {
+  if (isConfigured_ && !session_->isRunning()) session_->startRunning();
+}
+
+void CameraManager::stopSession() {
+  if (isConfigured_ && session_->isRunning()) session_->stopRunning();
+}
+
+void CameraManager::takePhoto() {
+  if (!isConfigured_ || !session_->isRunning()) {
+    OCRLogger::warning([] { return std::string("capturePhoto: session 未就绪（模拟器 / 权限未授权），跳过拍照"); });
+    return deliverPhoto({});
+  }
+  session_->capturePhoto(session_->supportsAutomaticFlash(), [weak = weak_from_this()](const CapturedPhoto& photo) {
+    if (const auto camera = weak.lock()) camera->deliverPhoto(photo);
+  });
+}
+
+void CameraManager::deliverPhoto(const CapturedPhoto& photo) {
+  if (photo.error) OCRLogger::error([&] { return "拍照失败: " + *photo.error; });
+  if (onPhotoCaptured) guardedCall([&] { onPhotoCaptured(photo.error ? std::nullopt : photo.image); });
+}
+
+void CameraManager::applyCodeTypes(const std::vector<MetadataObjectType>& types) {
+  if (!isConfigured_) return;
+  const std::vector<MetadataObjectType> offered = session_->availableMetadataObjectTypes();
+  std::vector<MetadataObjectType> kept;
+  std::ranges::copy_if(types, std::back_inserter(kept), [&](const MetadataObjectType& type) {
+    return std::ranges::find(offered, type) != offered.end();
+  });
+  if (kept.empty()) return;
+  session_->setMetadataObjectTypes(kept);
+  OCRLogger::debug([&] { return "条码检测已启用: " + joinedNames(kept); });
+}
+
+void CameraManager::deliverCode(const std::vector<MetadataObject>& objects) {
+  if (objects.empty() || objects.front().stringValue.value_or("").empty() || !onCodeDetected) return;
+  const MetadataObject& code = objects.front();
+  guardedCall([&] { onCodeDetected(*code.stringValue, pravikDisplayName(code.type)); });
+}
+
+void CameraManager::toggleTorch() {
+  setTorch(device().get(), !isTorchOn());
+}
+
+void CameraManager::turnOffTorch() {
+  setTorch(device().get(), false);
+}
+
+bool CameraManager::isTorchOn() const {
+  const std::shared_ptr<CaptureDevice> camera = device();
+  return camera && camera->hasTorch() && camera->isTorchOn();
+}
+
+void CameraManager::lockExposureToPoint(Point point) {
+  const std::shared_ptr<CaptureDevice> camera = device();
+  if (!camera || !camera->supportsExposurePointOfInterest() || !camera->supportsContinuousAutoExposure()) return;
+  try {
+    const ConfigurationLock lock(*camera);
+    camera->setExposurePointOfInterest({std::clamp(point.x, 0.0, 1.0), std::clamp(point.y, 0.0, 1.0)});
+    camera->setContinuousAutoExposure();
+  } catch (const std::exception& error) {
+    OCRLogger::debug([&] { return std::string("曝光点锁定失败: ") + error.what(); });
+  }
+}
+
+std::shared_ptr<CaptureDevice> CameraManager::device() const {
+  return captureSystem_ ? captureSystem_->backCamera() : nullptr;
+}
+
+}  // namespace pravik
