@@ -13,7 +13,9 @@ FONTS = {
     "song-bold": ("/usr/share/fonts/opentype/noto/NotoSerifCJK-Bold.ttc", 2),
     "ocr-b": ("/usr/share/fonts/opentype/ocr-b/OCRB.otf", 0),
     "mono-bold": ("/usr/share/fonts/truetype/dejavu/DejaVuSansMono-Bold.ttf", 0),
+    "mono": ("/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf", 0),
     "sans": ("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", 0),
+    "sans-bold": ("/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf", 0),
 }
 
 

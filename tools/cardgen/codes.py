@@ -148,6 +148,8 @@ def symbol(payload, symbology, arguments=()):
 class Label:
     """A printed label that carries one code; `rng` settles its size, paper and words."""
 
+    foil = False
+
     def __init__(self, code, rng):
         self._code = code
         symbology = code["symbology"]

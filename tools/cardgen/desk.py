@@ -25,7 +25,7 @@ KEYBOARD_LIGHT = ((196, 198, 202), (236, 236, 238), (70, 70, 74))
 MAX_TEXTURE_PIXELS = 2400
 
 
-def _noise(rng, rows, columns, cells_y, cells_x):
+def smooth_noise(rng, rows, columns, cells_y, cells_x):
     """Smooth noise in about -1..1: random values on a coarse grid, interpolated."""
     grid = rng.uniform(-1, 1, (max(2, int(cells_y) + 1), max(2, int(cells_x) + 1))).astype(np.float32)
     return np.asarray(Image.fromarray(grid).resize((columns, rows), Image.Resampling.BICUBIC))
@@ -33,8 +33,8 @@ def _noise(rng, rows, columns, cells_y, cells_x):
 
 def _flat(rng, colour, width, height, scale, depth=6.0):
     rows, columns = round(height * scale), round(width * scale)
-    shade = depth * _noise(rng, rows, columns, height / 60, width / 60)
-    shade += 0.5 * depth * _noise(rng, rows, columns, height / 8, width / 8)
+    shade = depth * smooth_noise(rng, rows, columns, height / 60, width / 60)
+    shade += 0.5 * depth * smooth_noise(rng, rows, columns, height / 8, width / 8)
     shade += 0.4 * depth * rng.standard_normal((rows, columns), dtype=np.float32)
     return np.array(colour, np.float32) + shade[..., None]
 
@@ -53,9 +53,9 @@ def wood(rng, width, height, scale):
     colour = np.array(WOOD_COLOURS[rng.integers(len(WOOD_COLOURS))], np.float32)
     x = np.linspace(0, width, columns, dtype=np.float32)[None, :]
     y = np.linspace(0, height, rows, dtype=np.float32)[:, None]
-    bend = 9 * _noise(rng, rows, columns, height / 50, width / 180)
+    bend = 9 * smooth_noise(rng, rows, columns, height / 50, width / 180)
     rings = np.sin((y + bend + 0.02 * x) * rng.uniform(0.7, 1.6))
-    grain = _noise(rng, rows, columns, height / 0.6, width / 30)
+    grain = smooth_noise(rng, rows, columns, height / 0.6, width / 30)
     shade = rng.uniform(8, 18) * rings + rng.uniform(6, 14) * grain
     plank = rng.uniform(70, 140)
     joints = np.abs((y + rng.uniform(0, plank)) % plank - plank / 2) < 0.5
@@ -70,7 +70,7 @@ def cloth(rng, width, height, scale):
     y = np.linspace(0, height, rows, dtype=np.float32)[:, None]
     thread = 2 * math.pi / max(rng.uniform(0.8, 1.8), 2.6 / scale)
     shade = 9 * np.sin(x * thread) * np.sin(y * thread)
-    shade = shade + 12 * _noise(rng, rows, columns, height / 45, width / 45)
+    shade = shade + 12 * smooth_noise(rng, rows, columns, height / 45, width / 45)
     shade = shade + 5 * rng.standard_normal((rows, columns), dtype=np.float32)
     picture = colour + shade[..., None]
     if rng.random() < 0.5:
@@ -85,7 +85,7 @@ def speckled(rng, width, height, scale):
     """Stone or leather: blotches on several scales."""
     rows, columns = round(height * scale), round(width * scale)
     colour = np.array(PLAIN_COLOURS[rng.integers(len(PLAIN_COLOURS))], np.float32)
-    shade = sum(weight * _noise(rng, rows, columns, height / cell, width / cell)
+    shade = sum(weight * smooth_noise(rng, rows, columns, height / cell, width / cell)
                 for weight, cell in ((16, 40), (12, 9), (14, 2.5), (10, 0.9)))
     return colour + shade[..., None]
 

@@ -70,7 +70,7 @@ class FrontCard:
     """The portrait side of one record; `rng` settles its fonts and ornaments."""
 
     width, height, corner = WIDTH, HEIGHT, CORNER
-    finest, gloss = FINEST, 1.0
+    finest, gloss, foil = FINEST, 1.0, False
 
     def __init__(self, record, rng):
         self._record = record
@@ -125,7 +125,7 @@ class BackCard:
     """The emblem side of one record; `rng` settles its fonts and ornaments."""
 
     width, height, corner = WIDTH, HEIGHT, CORNER
-    finest, gloss = FINEST, 1.0
+    finest, gloss, foil = FINEST, 1.0, False
 
     def __init__(self, record, rng):
         self._record = record

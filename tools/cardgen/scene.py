@@ -1,7 +1,7 @@
 """From a flat card to a photo: chooses a desk, a light and a camera by level, and takes the picture.
 
 A subject is anything flat with `width`, `height`, `corner` and `finest` (its smallest detail that must survive)
-in millimetres, `gloss` in 0..1 and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps
+in millimetres, `gloss` in 0..1, `foil` (whether metal on it mirrors lamps) and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps
 (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can move the camera over one desk.
 """
 
@@ -29,6 +29,10 @@ MIN_DRAW_PIXELS_PER_MM = 15.0
 BORDER_MM = 1.0
 LIGHT_GRID = (36, 48)
 PHOTO_QUALITY = (75, 93)
+# How much of the picture a lamp's mirror image hides at its middle, in levels; above 250 all of it.
+FULL_GLARE, MILD_GLARE = (180, 320), (40, 130)
+# Share of the photos of foil in which a lamp mirrors mildly.
+FOIL_GLARE_SHARE = 0.4
 
 
 @dataclasses.dataclass(frozen=True)
@@ -109,14 +113,14 @@ def _soft_shadow(x, y, rng, deepest):
 
 
 def choose_sensor(level, size, rng):
-    """Lens and exposure; `hard` brings one or two serious faults."""
+    """Lens and exposure, and the strength of glare or None; `hard` brings one or two serious faults."""
     zoom = size[0] / 1600
     white = tuple(rng.uniform(0.94, 1.05, 3))
     blur, noise = zoom * rng.uniform(0.25, 0.85), rng.uniform(0.8, 4.0)
     quality = int(rng.integers(*PHOTO_QUALITY))
     sensor = camera.Sensor(blur=blur, noise=noise, white=white, quality=quality)
     if level == "photo":
-        return sensor, False
+        return sensor, None
     faults = rng.choice(("dark", "bright", "motion", "noise", "defocus", "glare"), rng.integers(1, 3), replace=False)
     if "dark" in faults:
         sensor = dataclasses.replace(sensor, gain=rng.uniform(0.22, 0.5), noise=rng.uniform(3, 8))
@@ -129,7 +133,7 @@ def choose_sensor(level, size, rng):
         sensor = dataclasses.replace(sensor, noise=rng.uniform(8, 20))
     if "defocus" in faults:
         sensor = dataclasses.replace(sensor, blur=zoom * rng.uniform(1.2, 2.4))
-    return sensor, "glare" in faults
+    return sensor, FULL_GLARE if "glare" in faults else None
 
 
 def _draw_subject(subject, matrix):
@@ -175,8 +179,8 @@ def _cast_shadow(surface, subject, scale, rng):
     surface.paste((12, 11, 12), (0, 0), shade.filter(ImageFilter.GaussianBlur(softness * scale)))
 
 
-def shoot(subject, kind, pose, light, sensor, rng, glare=False):
-    """The photo of the subject on a desk of that kind, before coding."""
+def shoot(subject, kind, pose, light, sensor, rng, glare=None):
+    """The photo of the subject on a desk of that kind, before coding; `glare` is the strength of a lamp's mirror image."""
     matrix = pose.homography()
     picture = _draw_desk(subject, kind, matrix, pose.size, rng)
     flat, mask, to_picture = _draw_subject(subject, matrix)
@@ -189,7 +193,7 @@ def shoot(subject, kind, pose, light, sensor, rng, glare=False):
         _sheen(placed, subject.gloss, rng)
     picture.paste(placed, tuple(int(v) for v in low), camera.warp(mask, to_picture, window, low))
     if glare:
-        _glare(picture, corners, rng)
+        _glare(picture, corners, rng, glare)
     return camera.expose(picture, light, sensor, rng)
 
 
@@ -202,14 +206,14 @@ def _sheen(picture, gloss, rng):
     picture.paste((255, 255, 255), (0, 0), mask.resize(picture.size, Image.Resampling.BICUBIC))
 
 
-def _glare(picture, corners, rng):
-    """A bright, saturated patch where a lamp mirrors in the card."""
+def _glare(picture, corners, rng, strength):
+    """A bright patch where a lamp mirrors in the card."""
     middle = corners.mean(axis=0) + rng.uniform(-0.4, 0.4, 2) * np.ptp(corners, axis=0)
     radius = np.ptp(corners, axis=0)[0] * rng.uniform(0.08, 0.2)
     x, y = np.meshgrid(np.linspace(-2.4, 2.4, 96), np.linspace(-2.4, 2.4, 96))
     angle, flatness = rng.uniform(0, math.pi), rng.uniform(1.0, 2.0)
     along, across = x * math.cos(angle) + y * math.sin(angle), y * math.cos(angle) - x * math.sin(angle)
-    spot = np.clip(rng.uniform(180, 320) * np.exp(-(along ** 2 + flatness * across ** 2)), 0, 250)
+    spot = np.clip(rng.uniform(*strength) * np.exp(-(along ** 2 + flatness * across ** 2)), 0, 250)
     side = max(2, int(radius * 4.8))
     mask = Image.fromarray(spot.astype(np.uint8)).resize((side, side), Image.Resampling.BICUBIC)
     picture.paste((255, 255, 255), tuple(int(v) for v in middle - side / 2), mask)
@@ -224,4 +228,6 @@ def photograph(subject, level, rng, size=None):
     pose = choose_pose(subject, level, size, rng)
     light = choose_light(level, rng)
     sensor, glare = choose_sensor(level, size, rng)
+    if subject.foil and not glare and rng.random() < FOIL_GLARE_SHARE:
+        glare = MILD_GLARE
     return camera.jpeg(shoot(subject, kind, pose, light, sensor, rng, glare), sensor.quality)
