@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/DispatchExecutor.h"
+#include "RunOnPool.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik {
@@ -18,23 +19,7 @@ using SceneType = PravikSDK::SceneType;
 constexpr double rawTextLineThreshold = 0.025;
 
 bool isUsable(const Image& image) {
-  return image.bitmap && std::int64_t{image.bitmap->width()} * image.bitmap->height() <= maximumPicturePixels;
-}
-
-/// Runs blocking work on the concurrent pool, so that whoever awaits it is not held up; without a dispatch at once.
-template <class T>
-Task<T> runOnPool(std::shared_ptr<Dispatch> dispatch, std::function<Result<T>()> work) {
-  return suspendUntilCalled<T>([dispatch = std::move(dispatch), work = std::move(work)](auto completion) {
-    auto run = [work, completion = std::move(completion)] {
-      try {
-        completion(work());
-      } catch (const std::exception& error) {
-        completion(tl::unexpected(OCRError::recognitionFailed(error.what())));
-      }
-    };
-    if (!dispatch) return run();
-    dispatch->asyncGlobal(std::move(run));
-  });
+  return image.bitmap && hasAllowedSize(*image.bitmap);
 }
 
 /// What reading one side of an identity card needs. Taken by value, so that a call outlives the SDK that began it.
@@ -101,6 +86,10 @@ Result<CodeScanResult> readCode(const BarcodeDetector* detector, const Image& im
   return result;
 }
 
+Task<BankCardInfo> infoOf(Task<BankCardReading> reading) {
+  co_return (co_await std::move(reading)).info;
+}
+
 /// Runs a task on the pool and hands its end to `completion` on the main queue.
 template <class Info>
 void runWithCompletion(std::shared_ptr<Dispatch> dispatch, Task<Info> task,
@@ -126,7 +115,9 @@ PravikSDK::PravikSDK(Platform platform)
     : dispatch_(platform.dispatch),
       barcodeDetector_(std::move(platform.barcodeDetector)),
       recognizer_(std::move(platform.textEngine), platform.dispatch),
-      preprocessor_(std::move(platform.imageRenderer), std::move(platform.rectangleDetector)) {}
+      preprocessor_(std::move(platform.imageRenderer), std::move(platform.rectangleDetector)),
+      photoLibrary_(std::move(platform.photoLibrary)),
+      accumulator_(std::make_shared<CrossAttemptAccumulator>()) {}
 
 PravikSDK& PravikSDK::shared() {
   static PravikSDK sdk(Platform::current());
@@ -161,12 +152,38 @@ Task<std::string> PravikSDK::recognizeRawText(Image image, SceneType scene) cons
   return readRawText(dispatch_, recognizer_, preprocessor_, std::move(image), scene);
 }
 
+Task<BankCardReading> PravikSDK::readBankCard(Image image) const {
+  return pravik::readBankCard({.dispatch = dispatch_,
+                               .recognizer = recognizer_,
+                               .preprocessor = preprocessor_,
+                               .parser = bankParser_,
+                               .debugPictures = debugSaveImagesToAlbum ? photoLibrary_ : nullptr,
+                               .accumulator = accumulator_},
+                              std::move(image));
+}
+
+Task<BankCardInfo> PravikSDK::recognizeBankCard(Image image) const {
+  return infoOf(readBankCard(std::move(image)));
+}
+
+std::optional<BankCardInfo> PravikSDK::tryCrossAttemptFusion() const {
+  return accumulator_->tryFusion();
+}
+
+void PravikSDK::resetCrossAttemptAccumulator() {
+  accumulator_->reset();
+}
+
 void PravikSDK::recognizeIDCardFront(Image image, std::function<void(Result<IDCardFrontInfo>)> completion) const {
   runWithCompletion(dispatch_, recognizeIDCardFront(std::move(image)), std::move(completion));
 }
 
 void PravikSDK::recognizeIDCardBack(Image image, std::function<void(Result<IDCardBackInfo>)> completion) const {
   runWithCompletion(dispatch_, recognizeIDCardBack(std::move(image)), std::move(completion));
+}
+
+void PravikSDK::recognizeBankCard(Image image, std::function<void(Result<BankCardInfo>)> completion) const {
+  runWithCompletion(dispatch_, recognizeBankCard(std::move(image)), std::move(completion));
 }
 
 }  // namespace pravik

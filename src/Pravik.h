@@ -3,16 +3,20 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "BankCardInfo.h"
+#include "BankCardPipeline.h"
 #include "CodeScanResult.h"
 #include "Core/ImagePreprocessor.h"
 #include "Core/TextRecognizer.h"
+#include "CrossAttemptAccumulator.h"
 #include "IDCardBackInfo.h"
 #include "IDCardFrontInfo.h"
 #include "OCRError.h"
 #include "OCRScanMode.h"
+#include "Parsers/BankCardParser.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
 #include "Platform/Platform.h"
@@ -43,6 +47,15 @@ class PravikSDK {
   Task<IDCardFrontInfo> recognizeIDCardFront(Image image) const;
   /// Reads the emblem side; insufficientText when neither the issuing office nor the validity was found.
   Task<IDCardBackInfo> recognizeIDCardBack(Image image) const;
+  /// Reads a bank card in up to four stages. Its number may fail the Luhn check: luhnCheck() of its digits tells.
+  /// invalidImage when the image has too many pixels, insufficientText when no stage found a number.
+  Task<BankCardInfo> recognizeBankCard(Image image) const;
+  /// The same with the stage that gave the number.
+  Task<BankCardReading> readBankCard(Image image) const;
+  /// The card whose number the failed photos since the last reset give together; absent when they give none.
+  std::optional<BankCardInfo> tryCrossAttemptFusion() const;
+  /// Forgets the failed photos: the next one is of another card.
+  void resetCrossAttemptAccumulator();
   /// Reads a code: the first that the detector reports. insufficientText when there is none, or when the mode is
   /// that of a card.
   Task<CodeScanResult> recognizeCode(Image image, OCRScanMode mode) const;
@@ -53,6 +66,11 @@ class PravikSDK {
   /// The same operations with a callback, which is called exactly once, on the main queue.
   void recognizeIDCardFront(Image image, std::function<void(Result<IDCardFrontInfo>)> completion) const;
   void recognizeIDCardBack(Image image, std::function<void(Result<IDCardBackInfo>)> completion) const;
+  void recognizeBankCard(Image image, std::function<void(Result<BankCardInfo>)> completion) const;
+
+  /// Whether the pictures of every stage of reading a bank card are saved to the platform's photo library. They show
+  /// whole cards. To be set before a recognition starts.
+  bool debugSaveImagesToAlbum = false;
 
  private:
   std::shared_ptr<Dispatch> dispatch_;
@@ -61,6 +79,9 @@ class PravikSDK {
   ImagePreprocessor preprocessor_;
   IDCardFrontParser frontParser_;
   IDCardBackParser backParser_;
+  BankCardParser bankParser_;
+  std::shared_ptr<PhotoLibrary> photoLibrary_;
+  std::shared_ptr<CrossAttemptAccumulator> accumulator_;
 };
 
 /// Checks that a recognised text belongs to the expected kind of document. Lenient: a text with features of both

@@ -17,6 +17,11 @@ enum class ImageFileFormat : std::uint8_t { png, jpeg };
 inline constexpr std::int64_t maximumPicturePixels = 100'000'000;
 inline constexpr std::uintmax_t maximumPictureFileBytes = std::uintmax_t{64} << 20U;
 
+/// Whether a picture is small enough to be worked on.
+inline bool hasAllowedSize(const Bitmap& bitmap) {
+  return std::int64_t{bitmap.width()} * bitmap.height() <= maximumPicturePixels;
+}
+
 /// Turns files into pictures and back. Failures are std::runtime_error with a text that a user can read
 /// ("no such file", "is a directory", "not a picture", "too large: 20000 x 20000 pixels").
 class ImageCodec {

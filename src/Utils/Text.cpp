@@ -158,6 +158,16 @@ std::vector<std::string_view> splitAtWhitespace(std::string_view text) {
   return pieces;
 }
 
+std::vector<std::string_view> splitAtLineFeeds(std::string_view text) {
+  std::vector<std::string_view> lines;
+  for (auto end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end + 1);
+  }
+  lines.push_back(text);
+  return lines;
+}
+
 std::string asciiDigits(std::string_view text) {
   std::string digits;
   forEachCodePoint(text, [&](const CodePoint& point) {
@@ -215,6 +225,14 @@ std::string uppercased(std::string_view text) {
   icu::StringByteSink<std::string> sink(&result);
   UErrorCode status = U_ZERO_ERROR;
   icu::CaseMap::utf8ToUpper("", 0, text, sink, nullptr, status);
+  return result;
+}
+
+std::string lowercased(std::string_view text) {
+  std::string result;
+  icu::StringByteSink<std::string> sink(&result);
+  UErrorCode status = U_ZERO_ERROR;
+  icu::CaseMap::utf8ToLower("", 0, text, sink, nullptr, status);
   return result;
 }
 

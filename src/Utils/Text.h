@@ -24,6 +24,8 @@ std::string_view trimmed(std::string_view text, std::u32string_view codePoints);
 std::string_view trimmedStart(std::string_view text, std::u32string_view codePoints);
 /// The pieces between space separators and tabs; never an empty one.
 std::vector<std::string_view> splitAtWhitespace(std::string_view text);
+/// The lines between line feeds; empty ones too, at least one.
+std::vector<std::string_view> splitAtLineFeeds(std::string_view text);
 
 /// Only the decimal digits, those of every script as the ASCII digit.
 std::string asciiDigits(std::string_view text);
@@ -39,7 +41,8 @@ std::string removingAll(std::string_view text, std::string_view part);
 /// The pieces one after the other with the separator between them.
 std::string joined(std::span<const std::string> pieces, std::string_view separator);
 
-/// Upper case by the rules of Unicode, independent of the language.
+/// Upper and lower case by the rules of Unicode, independent of the language.
 std::string uppercased(std::string_view text);
+std::string lowercased(std::string_view text);
 
 }  // namespace pravik
