@@ -15,7 +15,8 @@
 namespace pravik {
 
 /// The flow of pictures out of one camera. All members but previewPicture() are called on one serial queue, which is
-/// also where the session is stopped and usually destroyed; it calls no handler once it is gone.
+/// also where the session is stopped and usually destroyed; it calls no handler once it is gone. Nothing is thrown: a
+/// camera that cannot start does not run.
 class CaptureSession {
  public:
   using FrameHandler = std::function<void(const VideoFrame&)>;
