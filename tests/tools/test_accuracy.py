@@ -7,10 +7,17 @@ import unittest
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "accuracy"))
 
+import bankcards  # noqa: E402
 import reading  # noqa: E402
 
 BACK = {"issuingAuthority": "太康县公安局", "validityPeriod": "20150301-长期", "startDate": "20150301", "endDate": None,
         "isLongTerm": True}
+CARD = {"cardNumber": "6222 0212 3456 7890 128", "rawCardNumber": "6222021234567890128", "bankName": "交通银行",
+        "cardType": "借记卡", "cardholderName": None}
+
+
+def card_answer(luhn=True, stage="first", **changes):
+    return {"result": CARD | changes, "checks": {"luhn": luhn}, "stage": stage}
 
 
 class ReadingTest(unittest.TestCase):
@@ -30,6 +37,34 @@ class ReadingTest(unittest.TestCase):
         for answer, wrong in cases:
             with self.subTest(answer=answer):
                 self.assertEqual(reading.wrong_fields(truth, answer), wrong)
+
+    def test_card_numbers_are_compared_by_their_digits(self):
+        truth = {"kind": "bank-card", "result": CARD}
+        for changes, wrong in (({"cardNumber": CARD["rawCardNumber"], "rawCardNumber": "1"}, []),
+                               ({"cardNumber": "6222 0212 3456 7890 127"}, ["cardNumber"]),
+                               ({"bankName": None, "cardholderName": "LI SI"}, ["bankName", "cardholderName"])):
+            with self.subTest(changes=changes):
+                self.assertEqual(reading.wrong_fields(truth, card_answer(**changes)), wrong)
+
+
+class BankCardReportTest(unittest.TestCase):
+    def test_shares(self):
+        truth = {"kind": "bank-card", "result": CARD}
+        wrong = "6222 0212 3456 7890 110"
+        tally = bankcards.Tally()
+        for answer in (card_answer(), card_answer(stage="retry", cardholderName="HOT LINE"),
+                       card_answer(cardNumber=wrong), card_answer(luhn=False, cardNumber=wrong, stage="band"),
+                       {"error": {"code": "no_card_number_found"}}):
+            tally.add(truth, answer)
+        shares = {"number exact": 40, bankcards.WRONG_PASSING: 20, bankcards.WRONG_MARKED: 20, "no number": 20,
+                  "bank": 80, "type": 80, "holder invented": 20, "whole record": 20, "read by first": 40,
+                  "read by retry": 20, "read by band": 20, "read by fusion": 0, "read by none": 20}
+        for row in bankcards.ROWS:
+            with self.subTest(row=row):
+                self.assertEqual(tally.cell(row).split(), [f"{shares[row]:.1f}", "5"] if row in shares else ["-", "0"])
+        doubled = tally + tally
+        self.assertEqual((doubled.hold["number exact"], doubled.all["bank"], dict(doubled.errors)),
+                         (4, 10, {"no_card_number_found": 2}))
 
 
 if __name__ == "__main__":

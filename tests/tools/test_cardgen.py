@@ -13,8 +13,11 @@ sys.dont_write_bytecode = True
 CARDGEN = pathlib.Path(__file__).resolve().parents[2] / "tools" / "cardgen"
 sys.path.insert(0, str(CARDGEN))
 
+import bankcard  # noqa: E402
+import banks  # noqa: E402
 import camera  # noqa: E402
 import codes  # noqa: E402
+import emboss  # noqa: E402
 import idcard  # noqa: E402
 import numpy as np  # noqa: E402
 import people  # noqa: E402
@@ -83,6 +86,42 @@ class CardTest(unittest.TestCase):
             self.assertEqual(idcard.BackCard(record, random.Random(1)).printed_validity(), printed)
 
 
+class BankCardTest(unittest.TestCase):
+    def test_check_digit_of_known_numbers(self):
+        for number in ("4111111111111111", "5555555555554444", "79927398713"):
+            self.assertEqual(bankcard.check_digit(number[:-1]), number[-1])
+
+    def test_records_are_consistent(self):
+        seen = set()
+        for index in range(800):
+            look = bankcard.LOOKS[index % len(bankcard.LOOKS)]
+            said = bankcard.account(look, random.Random(index))
+            record = said.record()
+            with self.subTest(record=record):
+                digits = record["rawCardNumber"]
+                self.assertRegex(digits, r"^(62\d{14}|62\d{17}|4(?!00)\d{15}|5[1-5]\d{14})$")
+                self.assertEqual(bankcard.check_digit(digits[:-1]), digits[-1])
+                self.assertRegex(record["cardNumber"], r"^\d{4}( \d{4}){3}( \d{3})?$")
+                self.assertEqual(record["cardNumber"].replace(" ", ""), digits)
+                self.assertIn(record["bankName"], {*banks.BANKS, None})
+                self.assertEqual(record["cardType"] is None, said.type_words == "" and len(digits) == 16)
+                self.assertRegex(record["cardholderName"] or "LI SI", "^[A-Z]{2,15} [A-Z]{2,15}( [A-Z]{2,15})?$")
+            seen.add((look, digits[0], len(digits), record["cardType"]))
+        self.assertTrue({(look, "6", 19, "借记卡") for look in bankcard.LOOKS} <= seen)
+        self.assertTrue({("gold", "4", 16, "信用卡"), ("silver", "5", 16, None), ("flat", "6", 16, "预付卡")} <= seen)
+
+    def test_relief_is_lit_from_the_upper_left(self):
+        canvas = Canvas(10, 10, 20, (90, 90, 90))
+        mask = Canvas(10, 10, 20, (0, 0, 0))
+        mask.rectangle(4, 4, 6, 6, (255, 255, 255))
+        worn_off = emboss.Relief(foil="silver", wear=1.0, depth=1.0, streak=0.0, seed=1)
+        emboss.raise_characters(canvas.image, mask.image.convert("L"), 20, worn_off)
+        lit, shaded, far = (canvas.image.getpixel(place)[0] for place in ((79, 100), (121, 100), (20, 20)))
+        self.assertGreater(lit, far + 30)
+        self.assertLess(shaded, far - 10)
+        self.assertEqual(far, 90)
+
+
 class CodeTest(unittest.TestCase):
     def test_check_digits(self):
         for digits, check in (("629104150021", "3"), ("9638507", "4"), ("1234567890123", "1")):
@@ -141,6 +180,18 @@ class CommandTest(unittest.TestCase):
                 pictures.append(pathlib.Path(scratch, folder, "id-front-photo-0000.jpg").read_bytes())
             self.assertEqual(pictures[0], pictures[1])
             self.assertNotEqual(pictures[0], pictures[2])
+
+    def test_bank_cards_come_in_one_look_or_in_all_in_turn(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            for look in (("--count", "4"), ("--count", "1", "--look", "gold")):
+                done = self.draw(scratch, "--kind", "bank-card", "--level", "clean", *look)
+                self.assertEqual(done.returncode, 0, done.stderr)
+            lines = [json.loads(line) for line in pathlib.Path(scratch, "truth.jsonl").read_text("utf-8").splitlines()]
+            self.assertEqual([(line["file"], line["look"]) for line in lines],
+                             [(f"bank-card-{look}-clean-{index:04d}.jpg", look) for look, index in
+                              (("flat", 0), ("silver", 1), ("gold", 2), ("worn", 3), ("gold", 0))])
+            self.assertTrue(all(pathlib.Path(scratch, line["file"]).exists() for line in lines))
+            self.assertEqual(self.draw(scratch, "--kind", "code", "--level", "clean", "--look", "flat").returncode, 2)
 
     def test_several_runs_share_one_truth_file(self):
         with tempfile.TemporaryDirectory() as scratch:

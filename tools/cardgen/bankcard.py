@@ -36,12 +36,14 @@ SAYS_ITS_TYPE = {"debit": 0.6, "credit": 0.7, "prepaid": 1.0}
 SHOWS_HOLDER = {"flat": {"debit": 0.12, "credit": 0.8, "prepaid": 0.0},
                 "embossed": {"debit": 0.3, "credit": 0.93, "prepaid": 0.0}}
 SHOWS_DATE = {"debit": 0.45, "credit": 1.0, "prepaid": 0.6}
+# Longer names would meet the words in the lower right corner.
+MAX_HOLDER_LENGTH = 18
 BANK_FORMS = {"chinese": 42, "both": 36, "english": 12, "abbreviation": 10}
 
 # Left and right end of what is printed; rows are middles of lines, all in millimetres.
 LEFT, RIGHT = 6.5, 79.1
 BANK_ROW, ENGLISH_ROW, TYPE_ROW, CLASS_ROW, SCHEME_ROW, HOTLINE_ROW = 8.0, 12.9, 20.0, 25.0, 47.2, 51.4
-CHIP = (9.6, 17.6, 12.2, 9.6)  # left, top, width, height
+CHIP = (9.6, 16.6, 12.0, 9.4)  # left, top, width, height
 
 # Embossed rows: digits of 1/7 inch pitch, letters of 1/10 inch.
 NUMBER_ROW, NUMBER_PITCH, DATE_ROW, HOLDER_ROW, LETTER_PITCH = 32.4, 3.63, 40.4, 47.0, 2.5
@@ -102,8 +104,11 @@ def _number(rng, prefixes, length):
 
 def _holder(rng):
     """An invented name of two or three words in capitals."""
-    given = rng.sample(banks.SYLLABLES, rng.choices((1, 2), weights=(30, 70))[0])
-    return " ".join((rng.choice(banks.SURNAMES), *(given if rng.random() < 0.6 else ("".join(given),))))
+    while True:
+        given = rng.sample(banks.SYLLABLES, rng.choices((1, 2), weights=(30, 70))[0])
+        name = " ".join((rng.choice(banks.SURNAMES), *(given if rng.random() < 0.6 else ("".join(given),))))
+        if len(name) <= MAX_HOLDER_LENGTH:
+            return name
 
 
 def account(look, rng):
@@ -153,8 +158,8 @@ class BankCard:
         worn = self._look == "worn"
         self._relief = emboss.Relief(
             foil=rng.choice(list(emboss.FOILS)) if worn else self._look,
-            wear=rng.uniform(0.3, 0.7) if worn else rng.choice((0.0, rng.uniform(0.0, 0.12))),
-            depth=rng.uniform(0.5, 0.8) if worn else rng.uniform(0.75, 1.1),
+            wear=rng.uniform(0.25, 0.6) if worn else rng.choice((0.0, rng.uniform(0.0, 0.12))),
+            depth=rng.uniform(0.6, 0.9) if worn else rng.uniform(0.75, 1.1),
             streak=rng.uniform(0.3, 1.0),
             seed=rng.getrandbits(32))
         self._number_style, self._stroke = _pick(rng, EMBOSSED_STYLES), rng.uniform(*DIGIT_STROKE)
@@ -321,6 +326,7 @@ def _chip(canvas, rng):
         y = top + share * height
         canvas.line([(left, y), (left + 0.32 * width, y)], groove, 0.16)
         canvas.line([(left + 0.68 * width, y), (left + width, y)], groove, 0.16)
-    canvas.rectangle(left + 0.32 * width, top + 0.2 * height, left + 0.68 * width, top + 0.8 * height, groove, radius=1.2)
-    canvas.rectangle(left + 0.335 * width, top + 0.22 * height, left + 0.665 * width, top + 0.78 * height,
-                     _mixed(metal, (255, 255, 255), 0.2), radius=1.1)
+    middle_x, middle_y = left + width / 2, top + height / 2
+    for inset, colour in ((0.0, groove), (0.16, _mixed(metal, (255, 255, 255), 0.2))):
+        across, down = 0.18 * width - inset, 0.3 * height - inset
+        canvas.rectangle(middle_x - across, middle_y - down, middle_x + across, middle_y + down, colour, radius=1.2)

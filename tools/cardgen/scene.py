@@ -1,8 +1,9 @@
 """From a flat card to a photo: chooses a desk, a light and a camera by level, and takes the picture.
 
 A subject is anything flat with `width`, `height`, `corner` and `finest` (its smallest detail that must survive)
-in millimetres, `gloss` in 0..1, `foil` (whether metal on it mirrors lamps) and `draw(pixels_per_mm)`; nothing here knows what is printed on it. The steps
-(`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can move the camera over one desk.
+in millimetres, `gloss` in 0..1, `foil` (whether metal on it mirrors lamps) and `draw(pixels_per_mm)`; nothing
+here knows what is printed on it. The steps (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip
+can move the camera over one desk.
 """
 
 import dataclasses
@@ -180,7 +181,7 @@ def _cast_shadow(surface, subject, scale, rng):
 
 
 def shoot(subject, kind, pose, light, sensor, rng, glare=None):
-    """The photo of the subject on a desk of that kind, before coding; `glare` is the strength of a lamp's mirror image."""
+    """The photo of the subject on a desk, before coding; `glare` is the strength of a lamp's mirror image or None."""
     matrix = pose.homography()
     picture = _draw_desk(subject, kind, matrix, pose.size, rng)
     flat, mask, to_picture = _draw_subject(subject, matrix)
