@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "Platform/AsioDispatch.h"
+#include "backends/FolderPhotoLibrary.h"
 #include "backends/onnxruntime/OnnxTextEngine.h"
 #include "backends/opencv/OpenCvImageCodec.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
@@ -40,6 +41,8 @@ Platform makeDefaultPlatform(const DefaultPlatformOptions& options) {
   platform.textEngine = std::make_shared<OnnxTextEngine>(
       OnnxTextEngineOptions{.modelDirectory = models.string(), .threadCount = options.threads});
   platform.barcodeDetector = std::make_shared<ZXingBarcodeDetector>(platform.rectangleDetector, platform.imageRenderer);
+  if (!options.photoFolder.empty())
+    platform.photoLibrary = std::make_shared<FolderPhotoLibrary>(options.photoFolder, platform.imageCodec);
   platform.dispatch = std::make_shared<AsioDispatch>();
   return platform;
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <exception>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -185,8 +186,10 @@ Task<std::optional<BankCardInfo>> readVariants(const BankCardPipeline& pipeline,
 
 Task<std::optional<BankCardInfo>> recognizeBankCardWithROI(const BankCardPipeline& pipeline, Image card,
                                                            Findings& findings) {
-  Band band = co_await runOnPool<Band>(
-      pipeline.dispatch, [=, centerY = findings.detectedCardNumberY] { return cutBand(pipeline, card, centerY); });
+  std::function<Result<Band>()> cut = [=, centerY = findings.detectedCardNumberY] {
+    return cutBand(pipeline, card, centerY);
+  };
+  Band band = co_await runOnPool(pipeline.dispatch, std::move(cut));
   if (!band.crop) {
     OCRLogger::warning([] { return std::string("ROI 裁剪失败"); });
     co_return std::nullopt;
@@ -227,13 +230,14 @@ std::optional<BankCardInfo> fused(const Findings& findings) {
 
 Task<BankCardReading> readBankCard(BankCardPipeline pipeline, Image image) {
   if (image.bitmap && !hasAllowedSize(*image.bitmap)) throw OCRError::invalidImage();
-  const Image card = co_await runOnPool<Image>(pipeline.dispatch, [=] { return straightened(pipeline, image); });
+  std::function<Result<Image>()> straighten = [=] { return straightened(pipeline, image); };
+  const Image card = co_await runOnPool(pipeline.dispatch, std::move(straighten));
   image.bitmap.reset();
   Findings findings;
 
   for (const WholeCardStage& stage : wholeCardStages) {
-    std::optional<Bitmap> prepared = co_await runOnPool<std::optional<Bitmap>>(
-        pipeline.dispatch, [=] { return preparedFor(stage, pipeline, card); });
+    std::function<Result<std::optional<Bitmap>>()> prepare = [=] { return preparedFor(stage, pipeline, card); };
+    std::optional<Bitmap> prepared = co_await runOnPool(pipeline.dispatch, std::move(prepare));
     if (!prepared) continue;
     const Observations observations =
         co_await pipeline.recognizer.recognize(*std::move(prepared), TextRecognizer::Options::bankCard);

@@ -1,14 +1,12 @@
 #include "Pravik.h"
 
-#include <asio/co_spawn.hpp>
 #include <cstdint>
-#include <exception>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "Platform/DispatchExecutor.h"
 #include "RunOnPool.h"
+#include "RunWithCompletion.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik {
@@ -88,25 +86,6 @@ Result<CodeScanResult> readCode(const BarcodeDetector* detector, const Image& im
 
 Task<BankCardInfo> infoOf(Task<BankCardReading> reading) {
   co_return (co_await std::move(reading)).info;
-}
-
-/// Runs a task on the pool and hands its end to `completion` on the main queue.
-template <class Info>
-void runWithCompletion(std::shared_ptr<Dispatch> dispatch, Task<Info> task,
-                       std::function<void(Result<Info>)> completion) {
-  if (!dispatch) return completion(syncWait(std::move(task)));
-  asio::co_spawn(DispatchExecutor(dispatch), std::move(task),
-                 [dispatch, completion = std::move(completion)](const std::exception_ptr& failure, Info info) {
-                   Result<Info> result = std::move(info);
-                   try {
-                     if (failure) std::rethrow_exception(failure);
-                   } catch (const OCRError& error) {
-                     result = tl::unexpected(error);
-                   } catch (const std::exception& error) {
-                     result = tl::unexpected(OCRError::recognitionFailed(error.what()));
-                   }
-                   dispatch->async([completion, result = std::move(result)] { completion(result); });
-                 });
 }
 
 }  // namespace

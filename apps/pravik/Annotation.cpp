@@ -19,7 +19,7 @@ struct FieldColour {
   std::string_view field;
   cv::Scalar bgr;
 };
-const std::array<FieldColour, 10> fieldColours{{{"name", {0, 159, 230}},
+const std::array<FieldColour, 13> fieldColours{{{"name", {0, 159, 230}},
                                                 {"gender", {233, 180, 86}},
                                                 {"ethnicity", {66, 228, 240}},
                                                 {"birthDate", {115, 158, 0}},
@@ -27,6 +27,9 @@ const std::array<FieldColour, 10> fieldColours{{{"name", {0, 159, 230}},
                                                 {"idNumber", {0, 94, 213}},
                                                 {"issuingAuthority", {178, 114, 0}},
                                                 {"validityPeriod", {0, 94, 213}},
+                                                {"cardNumber", {0, 94, 213}},
+                                                {"bankName", {178, 114, 0}},
+                                                {"cardholderName", {0, 159, 230}},
                                                 {"payload", {0, 94, 213}},
                                                 {"text", {178, 114, 0}}}};
 const cv::Scalar unusedColour{153, 153, 153};

@@ -25,6 +25,14 @@ Json toJson(const IDCardBackInfo& info) {
           {"isLongTerm", info.isLongTerm}};
 }
 
+Json toJson(const BankCardInfo& info) {
+  return {{"cardNumber", info.cardNumber},
+          {"rawCardNumber", info.rawCardNumber},
+          {"bankName", orNull(info.bankName)},
+          {"cardType", info.cardType ? Json(localizedName(*info.cardType)) : Json(nullptr)},
+          {"cardholderName", orNull(info.cardholderName)}};
+}
+
 Json toJson(const CodeScanResult& code) {
   return {{"payload", code.payload}, {"symbology", code.symbology}};
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "BankCardInfo.h"
 #include "CodeScanResult.h"
 #include "IDCardBackInfo.h"
 #include "IDCardFrontInfo.h"
@@ -19,6 +20,8 @@ using Answer = Json;
 Json toJson(const IDCardFrontInfo& info);
 /// An absent date is null.
 Json toJson(const IDCardBackInfo& info);
+/// The type is its localised name; what was not recognised is null.
+Json toJson(const BankCardInfo& info);
 Json toJson(const CodeScanResult& code);
 
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "Parsers/CardNumber.h"
+#include "Utils/Text.h"
+
 namespace pravik::cli {
 namespace {
 
@@ -11,11 +14,12 @@ constexpr std::size_t citizenNumberLength = 18;
 constexpr std::array<int, citizenNumberLength - 1> weights{7, 9, 10, 5, 8, 4, 2, 1, 6, 3, 7, 9, 10, 5, 8, 4, 2};
 constexpr std::string_view checkCharacters = "10X98765432";
 
-constexpr std::array<CheckText, 4> checkTexts{{
+constexpr std::array<CheckText, 5> checkTexts{{
     {"checkDigit", "idNumber", "the check character is wrong"},
     {"birthDateMatches", "birthDate", "differs from the identity number"},
     {"genderMatches", "gender", "differs from the identity number"},
     {"startBeforeEnd", "validityPeriod", "ends before it starts"},
+    {"luhn", "cardNumber", "the check digit is wrong"},
 }};
 
 bool isDigit(char c) {
@@ -59,6 +63,10 @@ Json checksOf(const IDCardBackInfo& info) {
   if (info.startDate && info.isLongTerm) startBeforeEnd = true;
   if (info.startDate && info.endDate) startBeforeEnd = *info.startDate < *info.endDate;
   return {{"startBeforeEnd", startBeforeEnd}};
+}
+
+Json checksOf(const BankCardInfo& info) {
+  return {{"luhn", luhnCheck(asciiDigits(info.cardNumber))}};
 }
 
 std::optional<CheckText> checkText(std::string_view check) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "BankCardInfo.h"
 #include "IDCardBackInfo.h"
 #include "IDCardFrontInfo.h"
 #include "apps/pravik/Answer.h"
@@ -18,6 +19,9 @@ bool hasValidCheckCharacter(std::string_view citizenNumber);
 Json checksOf(const IDCardFrontInfo& info);
 /// {"startBeforeEnd":…}: a card without an end date passes; null where there is nothing to compare.
 Json checksOf(const IDCardBackInfo& info);
+
+/// {"luhn":…}: whether the card number's check digit is right.
+Json checksOf(const BankCardInfo& info);
 
 /// {"result":…,"checks":…}: a card's record and what it tells about itself.
 template <class Info>

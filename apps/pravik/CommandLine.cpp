@@ -22,12 +22,13 @@ constexpr int maximumJobs = 256;
 const std::map<std::string, Format> formats{{"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}};
 
 constexpr const char* overview =
-    "Reads Chinese identity cards, codes and text from pictures.\n\n"
+    "Reads Chinese identity cards, bank cards, codes and text from pictures.\n\n"
     "Exit status: 0 all recognised, 1 at least one was not, 2 wrong usage, 3 the installation is incomplete.";
 constexpr const char* examples =
     "Examples:\n"
     "  pravik id-front card.jpg                              one card, as a table\n"
     "  pravik id-back --format jsonl --jobs 2 cards/*.jpg    many cards, one line of JSON each\n"
+    "  pravik bank-card --same-card a.jpg b.jpg              several photos of one bank card\n"
     "  pravik code --annotate marked label.png               also draw where the code was found\n"
     "  pravik text page.jpg                                  all text\n"
     "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
@@ -44,6 +45,7 @@ struct Request {
   std::vector<std::string> files;
   std::string file = "-";
   std::string scene = "idCard";
+  PictureOptions options;
   /// What to do; set by the command that was named.
   std::function<ExitStatus(const Request&, const Host&)> action;
 };
@@ -98,11 +100,19 @@ CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view desc
   return command;
 }
 
+void addBankCardOptions(CLI::App& command, PictureOptions& options) {
+  command.add_flag("--same-card", options.sameCard, "All pictures show one card: one answer for all of them");
+  command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");
+  command.add_option("--debug-images", options.debugImages, "Write the pictures of every stage (they show the card)")
+      ->type_name("DIR");
+}
+
 void addPictureCommands(CLI::App& app, Request& request) {
   for (const PictureCommand& picture : pictureCommands()) {
     CLI::App& command = addCommand(app, picture.kind, picture.description, request);
     command.add_option("IMAGE", request.files, "Picture files; - for standard input")->required()->type_name("");
-    if (picture.hasScene)
+    if (picture.options == OwnOptions::bankCard) addBankCardOptions(command, request.options);
+    if (picture.options == OwnOptions::scene)
       command
           .add_option("--scene", request.scene,
                       "The kind of document, which decides how the picture is prepared (idCard)")
@@ -111,7 +121,9 @@ void addPictureCommands(CLI::App& app, Request& request) {
     command.footer("Example:\n  " + std::string(picture.example));
     command.callback([&request, &picture] {
       request.action = [&picture](const Request& wanted, const Host& host) {
-        return answerPictures(picture, wanted.files, sceneNamed(wanted.scene), wanted.settings, host);
+        PictureOptions options = wanted.options;
+        options.scene = sceneNamed(wanted.scene);
+        return answerPictures(picture, wanted.files, options, wanted.settings, host);
       };
     });
   }

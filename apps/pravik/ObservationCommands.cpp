@@ -6,6 +6,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "Parsers/BankCardParser.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
 #include "apps/pravik/AnswerWriter.h"
@@ -33,9 +34,10 @@ Answer validated(const Observations& observations) {
   }
 }
 
-constexpr std::array<ObservationCommand, 2> parseTable{
+constexpr std::array<ObservationCommand, 3> parseTable{
     {{"id-front", "The portrait side of an identity card", true, parsed<IDCardFrontParser>},
-     {"id-back", "The emblem side of an identity card", true, parsed<IDCardBackParser>}}};
+     {"id-back", "The emblem side of an identity card", true, parsed<IDCardBackParser>},
+     {"bank-card", "A bank card", true, parsed<BankCardParser>}}};
 
 constexpr std::array<ObservationCommand, 4> sceneTable{
     {{"idCard", "Either side of an identity card", false, validated<SceneType::idCard>},

@@ -22,44 +22,58 @@
 namespace pravik::cli {
 namespace {
 
-using SceneType = PravikSDK::SceneType;
-
 template <class Info>
 Answer cardAnswer(const Result<Info>& result) {
   return result ? recordAnswer(*result) : answerOf(result.error());
 }
 
-Answer idFront(const PravikSDK& sdk, const Image& image, SceneType) {
+Answer idFront(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
   return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));
 }
 
-Answer idBack(const PravikSDK& sdk, const Image& image, SceneType) {
+Answer idBack(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
   return cardAnswer(syncWait(sdk.recognizeIDCardBack(image)));
 }
 
-Answer code(const PravikSDK& sdk, const Image& image, SceneType) {
+constexpr std::array<std::string_view, 4> stageNames{"first", "retry", "band", "fusion"};
+
+Answer bankCard(const PravikSDK& sdk, const Image& image, const PictureOptions& options) {
+  const auto reading = syncWait(sdk.readBankCard(image));
+  if (!reading) return answerOf(reading.error());
+  Answer answer = recordAnswer(reading->info);
+  if (options.tellsStage) answer["stage"] = stageNames[static_cast<std::size_t>(reading->stage)];
+  return answer;
+}
+
+Answer code(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
   const auto result = syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode));
   return result ? Answer{{"result", toJson(*result)}} : answerOf(result.error());
 }
 
-Answer rawText(const PravikSDK& sdk, const Image& image, SceneType scene) {
-  const auto result = syncWait(sdk.recognizeRawText(image, scene));
+Answer rawText(const PravikSDK& sdk, const Image& image, const PictureOptions& options) {
+  const auto result = syncWait(sdk.recognizeRawText(image, options.scene));
   return result ? Answer{{"result", {{"text", *result}}}} : answerOf(result.error());
 }
 
-constexpr std::array<PictureCommand, 4> table{
-    {{"id-front", "Read the portrait side of identity cards", "pravik id-front card.jpg", true, false, idFront},
+constexpr std::array<PictureCommand, 5> table{
+    {{"id-front", "Read the portrait side of identity cards", "pravik id-front card.jpg", true, OwnOptions::none,
+      idFront},
      {"id-back", "Read the emblem side of identity cards", "pravik id-back --format jsonl --jobs 2 cards/*.jpg", true,
-      false, idBack},
-     {"code", "Read QR codes and bar codes", "pravik code label.png", false, false, code},
-     {"text", "Read all text, line by line", "pravik text --scene bankCard page.jpg", true, true, rawText}}};
+      OwnOptions::none, idBack},
+     {"bank-card", "Read bank cards", "pravik bank-card --same-card first.jpg second.jpg", true, OwnOptions::bankCard,
+      bankCard},
+     {"code", "Read QR codes and bar codes", "pravik code label.png", false, OwnOptions::none, code},
+     {"text", "Read all text, line by line", "pravik text --scene bankCard page.jpg", true, OwnOptions::scene,
+      rawText}}};
 
 /// What one of the pictures that are read at the same time is read with.
 struct Reader {
   std::shared_ptr<Recording> recording = std::make_shared<Recording>();
   PravikSDK sdk;
 
-  explicit Reader(const Platform& platform) : sdk(recorded(platform, recording)) {}
+  Reader(const Platform& platform, const PictureOptions& options) : sdk(recorded(platform, recording)) {
+    sdk.debugSaveImagesToAlbum = !options.debugImages.empty();
+  }
 };
 
 int engineThreads(int jobs) {
@@ -86,69 +100,139 @@ Answer withSource(const std::string& file, const PictureCommand& command, const 
   return whole;
 }
 
+/// A folder that pictures are written to, or what is wrong with it.
+std::optional<ExitStatus> problemWith(const std::filesystem::path& folder, std::string_view pictures,
+                                      const Host& host) {
+  if (folder.empty()) return std::nullopt;
+  const std::string problem = problemWithFolder(folder);
+  if (problem.empty()) return std::nullopt;
+  host.err << "pravik: cannot write " << pictures << " to " << folder.string() << ": " << problem << '\n';
+  return usageError;
+}
+
+/// What every picture of a batch is answered with.
+struct Batch {
+  const PictureCommand& command;
+  const std::vector<std::string>& files;
+  const PictureOptions& options;
+  const Host& host;
+  Platform platform;
+  /// Where each annotated picture goes; empty when none are wanted.
+  std::vector<std::filesystem::path> annotated;
+};
+
+Answer answerOne(const Batch& batch, Reader& reader, std::size_t item) {
+  const auto image = readPicture(batch.files[item], *batch.platform.imageCodec, batch.host.in);
+  if (!image) return answerOf(OCRError::invalidImage(), image.error());
+  Answer result = batch.command.answer(reader.sdk, *image, batch.options);
+  if (const auto picture = reader.recording->take(); picture && !batch.annotated.empty())
+    writeAnnotated(*picture, result, batch.annotated[item], *batch.platform.imageCodec);
+  return result;
+}
+
+/// Whatever happens to one picture, a full disk or no memory for it, the others are still read.
+Answer answerSafely(const Batch& batch, Reader& reader, std::size_t item) {
+  try {
+    return answerOne(batch, reader, item);
+  } catch (const std::exception& error) {
+    return answerOf(OCRError::recognitionFailed(error.what()));
+  }
+}
+
+/// An end of a batch: how many pictures were answered, and whether the engine failed on any.
+struct BatchEnd {
+  std::size_t done = 0;
+  bool anyEngineFailed = false;
+};
+
+BatchEnd answerEach(const Batch& batch, int jobs, AnswerWriter& writer) {
+  std::vector<std::unique_ptr<Reader>> readers;
+  for (int i = 0; i < jobs; ++i) readers.push_back(std::make_unique<Reader>(batch.platform, batch.options));
+  Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
+  BatchEnd end;
+  const auto answer = [&](int worker, std::size_t item) {
+    return answerSafely(batch, *readers[static_cast<std::size_t>(worker)], item);
+  };
+  const auto take = [&](std::size_t item, const Answer& result) {
+    progress.hide();
+    writer.write(withSource(batch.files[item], batch.command, result));
+    progress.show(item + 1);
+    end.anyEngineFailed = end.anyEngineFailed || engineFailed(result);
+    return writer.works();
+  };
+  end.done = runInOrder<Answer>(batch.files.size(), jobs, [&] { return batch.host.stopped(); }, answer, take);
+  progress.hide();
+  return end;
+}
+
+bool isSound(const Answer& answer) {
+  return isRecognized(answer) && answer["checks"]["luhn"] == true;
+}
+
+/// One answer for all pictures: that of the first whose number passes the Luhn check; else what the fragments of the
+/// failed ones give together; else the first number that was read at all; else the last error.
+BatchEnd answerSameCard(const Batch& batch, AnswerWriter& writer) {
+  Reader reader(batch.platform, batch.options);
+  Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
+  BatchEnd end;
+  Answer best;
+  std::string source;
+  for (const std::string& file : batch.files) {
+    if (batch.host.stopped()) return end;
+    const Answer answer = answerSafely(batch, reader, end.done);
+    end.anyEngineFailed = end.anyEngineFailed || engineFailed(answer);
+    progress.show(++end.done);
+    if (best.is_null() || isSound(answer) || !isRecognized(best)) {
+      best = answer;
+      source = file;
+    }
+    if (isSound(answer)) break;
+  }
+  progress.hide();
+  if (!isSound(best)) {
+    if (const auto fused = reader.sdk.tryCrossAttemptFusion()) {
+      best = recordAnswer(*fused);
+      if (batch.options.tellsStage) best["stage"] = "fusion";
+    }
+  }
+  Answer whole = withSource(source, batch.command, best);
+  whole["photos"] =
+      std::vector<std::string>(batch.files.begin(), batch.files.begin() + static_cast<std::ptrdiff_t>(end.done));
+  writer.write(whole);
+  end.done = batch.files.size();
+  return end;
+}
+
 }  // namespace
 
 std::span<const PictureCommand> pictureCommands() {
   return table;
 }
 
-ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::string>& files, SceneType scene,
-                          const Settings& settings, const Host& host) {
+ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::string>& files,
+                          const PictureOptions& options, const Settings& settings, const Host& host) {
   if (command.readsText)
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
+  if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
+  if (const auto problem = problemWith(options.debugImages, "debug pictures", host)) return *problem;
 
-  const bool annotates = !settings.annotate.empty();
-  if (annotates)
-    if (const std::string problem = problemWithFolder(settings.annotate); !problem.empty()) {
-      host.err << "pravik: cannot write annotated pictures to " << settings.annotate.string() << ": " << problem
-               << '\n';
-      return usageError;
-    }
-  const auto annotated = annotates ? annotatedPaths(settings.annotate, files) : std::vector<std::filesystem::path>{};
-
-  const int jobs = std::min(settings.jobs, static_cast<int>(files.size()));
-  const Platform platform = host.makePlatform({.modelDirectory = settings.models, .threads = engineThreads(jobs)});
-  const std::vector<std::unique_ptr<Reader>> readers = [&] {
-    std::vector<std::unique_ptr<Reader>> list;
-    for (int i = 0; i < jobs; ++i) list.push_back(std::make_unique<Reader>(platform));
-    return list;
-  }();
-
-  const auto answerOne = [&](int worker, std::size_t item) -> Answer {
-    const auto image = readPicture(files[item], *platform.imageCodec, host.in);
-    if (!image) return answerOf(OCRError::invalidImage(), image.error());
-    Reader& reader = *readers[static_cast<std::size_t>(worker)];
-    Answer result = command.answer(reader.sdk, *image, scene);
-    if (const auto picture = reader.recording->take(); picture && annotates)
-      writeAnnotated(*picture, result, annotated[item], *platform.imageCodec);
-    return result;
-  };
-  // Whatever happens to one picture, a full disk or no memory for it, the others are still read.
-  const auto answer = [&](int worker, std::size_t item) -> Answer {
-    try {
-      return answerOne(worker, item);
-    } catch (const std::exception& error) {
-      return answerOf(OCRError::recognitionFailed(error.what()));
-    }
-  };
+  const int jobs = options.sameCard ? 1 : std::min(settings.jobs, static_cast<int>(files.size()));
+  Batch batch{
+      .command = command,
+      .files = files,
+      .options = options,
+      .host = host,
+      .platform = host.makePlatform(
+          {.modelDirectory = settings.models, .threads = engineThreads(jobs), .photoFolder = options.debugImages}),
+      .annotated = {}};
+  if (!settings.annotate.empty()) batch.annotated = annotatedPaths(settings.annotate, files);
 
   AnswerWriter writer(host.out, settings.format);
-  Progress progress(host.err, files.size(), host.showsProgress);
-  bool anyEngineFailed = false;
-  const auto take = [&](std::size_t item, const Answer& result) {
-    progress.hide();
-    writer.write(withSource(files[item], command, result));
-    progress.show(item + 1);
-    anyEngineFailed = anyEngineFailed || engineFailed(result);
-    return writer.works();
-  };
-  const std::size_t done = runInOrder<Answer>(files.size(), jobs, [&] { return host.stopped(); }, answer, take);
-  progress.hide();
-
+  const BatchEnd end = options.sameCard ? answerSameCard(batch, writer) : answerEach(batch, jobs, writer);
   const ExitStatus status = writer.finish();
-  if (done < files.size() && host.stopped()) return interrupted;
-  if (command.readsText && anyEngineFailed)
+  if (end.done < files.size() && host.stopped()) return interrupted;
+  if (command.readsText && end.anyEngineFailed)
     if (const auto broken = host.brokenModels(settings.models); !broken.empty())
       return reportIncomplete(broken, host.err);
   return status;

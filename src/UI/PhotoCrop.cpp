@@ -1,0 +1,37 @@
+#include "UI/PhotoCrop.h"
+
+#include <cmath>
+
+namespace pravik {
+namespace {
+
+constexpr double margin = 0.05;
+constexpr double leastWidth = 100;
+constexpr double leastHeight = 50;
+
+Rect grown(const Rect& rect) {
+  const double dx = rect.width * margin;
+  const double dy = rect.height * margin;
+  return {rect.x - dx, rect.y - dy, rect.width + 2 * dx, rect.height + 2 * dy};
+}
+
+/// All pixels that a rectangle touches.
+PixelRect touchedPixels(const Rect& rect) {
+  const auto left = static_cast<int>(std::floor(rect.x));
+  const auto top = static_cast<int>(std::floor(rect.y));
+  return {left, top, static_cast<int>(std::ceil(rect.maxX())) - left, static_cast<int>(std::ceil(rect.maxY())) - top};
+}
+
+}  // namespace
+
+std::optional<Image> cropImageToCutout(const Image& image, const std::optional<Rect>& cutout) {
+  if (!cutout || !(cutout->width > 0 && cutout->height > 0) || !image.bitmap) return std::nullopt;
+  const double width = image.bitmap->width();
+  const double height = image.bitmap->height();
+  const Rect scaled{cutout->x * width, cutout->y * height, cutout->width * width, cutout->height * height};
+  const Rect part = intersection(grown(scaled), {0, 0, width, height});
+  if (!(part.width > leastWidth && part.height > leastHeight)) return std::nullopt;
+  return Image{image.bitmap->crop(touchedPixels(part)), image.orientation, image.scale};
+}
+
+}  // namespace pravik
