@@ -91,12 +91,15 @@ Task<BankCardInfo> infoOf(Task<BankCardReading> reading) {
 }  // namespace
 
 PravikSDK::PravikSDK(Platform platform)
-    : dispatch_(platform.dispatch),
+    : platform_(platform),
+      dispatch_(platform.dispatch),
       barcodeDetector_(std::move(platform.barcodeDetector)),
       recognizer_(std::move(platform.textEngine), platform.dispatch),
       preprocessor_(std::move(platform.imageRenderer), std::move(platform.rectangleDetector)),
       photoLibrary_(std::move(platform.photoLibrary)),
-      accumulator_(std::make_shared<CrossAttemptAccumulator>()) {}
+      accumulator_(std::make_shared<CrossAttemptAccumulator>()) {
+  platform_.stage.reset();
+}
 
 PravikSDK& PravikSDK::shared() {
   static PravikSDK sdk(Platform::current());

@@ -16,6 +16,7 @@
 #include "IDCardFrontInfo.h"
 #include "OCRError.h"
 #include "OCRScanMode.h"
+#include "OCRScannerResult.h"
 #include "Parsers/BankCardParser.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
@@ -68,11 +69,27 @@ class PravikSDK {
   void recognizeIDCardBack(Image image, std::function<void(Result<IDCardBackInfo>)> completion) const;
   void recognizeBankCard(Image image, std::function<void(Result<BankCardInfo>)> completion) const;
 
+  /// Whether the camera may be used now.
+  bool checkCameraPermission() const;
+  /// Asks the user, unless that was decided before; whether the camera may be used.
+  Task<bool> requestCameraPermission() const;
+
+  /// Shows a scanner on a stage and suspends until it reports. The host keeps the stage: when it goes, or lets go of
+  /// the scanner without a word, the scan is cancelled. Throws cancelled when the user closes the scanner,
+  /// cameraPermissionDenied, the error of the last permitted recognition, or recognitionFailed without a stage.
+  Task<OCRScannerResult<BankCardInfo>> scanBankCard(const std::shared_ptr<Stage>& from) const;
+  Task<OCRScannerResult<IDCardFrontInfo>> scanIDCardFront(const std::shared_ptr<Stage>& from) const;
+  Task<OCRScannerResult<IDCardBackInfo>> scanIDCardBack(const std::shared_ptr<Stage>& from) const;
+  /// QR and bar codes.
+  Task<OCRScannerResult<CodeScanResult>> scanQRCode(const std::shared_ptr<Stage>& from) const;
+
   /// Whether the pictures of every stage of reading a bank card are saved to the platform's photo library. They show
   /// whole cards. To be set before a recognition starts.
   bool debugSaveImagesToAlbum = false;
 
  private:
+  /// Without its stage, which would otherwise be kept alive by the scanners that it shows.
+  Platform platform_;
   std::shared_ptr<Dispatch> dispatch_;
   std::shared_ptr<const BarcodeDetector> barcodeDetector_;
   TextRecognizer recognizer_;

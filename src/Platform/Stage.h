@@ -29,6 +29,7 @@ class Stage {
   /// Hides or shows the host's own navigation bar, if it has one.
   virtual void setNavigationBarHidden(bool hidden) = 0;
 
+  /// Shows an alert over the screen; also called while the screen loads.
   virtual void presentAlert(Alert alert) = 0;
   /// Opens the page of the system's settings where the user decides what this program may use.
   virtual void openSettings() = 0;

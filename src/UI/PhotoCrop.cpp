@@ -1,6 +1,10 @@
 #include "UI/PhotoCrop.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace pravik {
 namespace {
@@ -15,11 +19,14 @@ Rect grown(const Rect& rect) {
   return {rect.x - dx, rect.y - dy, rect.width + 2 * dx, rect.height + 2 * dy};
 }
 
-/// All pixels that a rectangle touches.
-PixelRect touchedPixels(const Rect& rect) {
+/// All pixels of a bitmap that a rectangle touches.
+PixelRect touchedPixels(const Rect& rect, const Bitmap& bitmap) {
   const auto left = static_cast<int>(std::floor(rect.x));
   const auto top = static_cast<int>(std::floor(rect.y));
-  return {left, top, static_cast<int>(std::ceil(rect.maxX())) - left, static_cast<int>(std::ceil(rect.maxY())) - top};
+  // The far edges are sums and may lie a rounding error outside.
+  const int right = std::min(static_cast<int>(std::ceil(rect.maxX())), bitmap.width());
+  const int bottom = std::min(static_cast<int>(std::ceil(rect.maxY())), bitmap.height());
+  return {left, top, right - left, bottom - top};
 }
 
 }  // namespace
@@ -31,7 +38,14 @@ std::optional<Image> cropImageToCutout(const Image& image, const std::optional<R
   const Rect scaled{cutout->x * width, cutout->y * height, cutout->width * width, cutout->height * height};
   const Rect part = intersection(grown(scaled), {0, 0, width, height});
   if (!(part.width > leastWidth && part.height > leastHeight)) return std::nullopt;
-  return Image{image.bitmap->crop(touchedPixels(part)), image.orientation, image.scale};
+  return Image{image.bitmap->crop(touchedPixels(part, *image.bitmap)), image.orientation, image.scale};
+}
+
+std::string sizeDescription(const Image& image) {
+  double width = image.bitmap ? image.bitmap->width() / image.scale : 0;
+  double height = image.bitmap ? image.bitmap->height() / image.scale : 0;
+  if (image.orientation >= ImageOrientation::leftMirrored) std::swap(width, height);
+  return fmt::format("({:.1f}, {:.1f})", width, height);
 }
 
 }  // namespace pravik
