@@ -204,7 +204,8 @@ class BankCard:
         """Prints the bank's name; returns how wide it is."""
         if self._said.bank is None:
             return 0
-        chinese, english, abbreviation = banks.BANKS[self._said.bank]
+        chinese = self._said.bank
+        english, abbreviation = banks.BANKS[chinese]
         at, anchor = (RIGHT, "r") if self._bank_right else (LEFT, "l")
         if self._bank_form == "english" and english:
             size = min(3.6, 3.6 * 62 / canvas.text_width(english, "sans-bold", 3.6))

@@ -15,6 +15,8 @@ FOILS = {
 # The plastic swells this far around a stroke before it is flat again, in millimetres.
 SWELL_MM = 0.17
 SHADOW_MM = 0.22
+# A slope this steep, in heights a millimetre, turns fully to the light.
+FULL_SLOPE = 2.8
 # Reach of the relief around a character.
 MARGIN_MM = 1.5
 
@@ -118,7 +120,7 @@ def raise_characters(picture, mask, scale, relief):
 def _lit(height, scale):
     """How much the slope turns to the light at the upper left, about -1..1."""
     down, right = np.gradient(height)
-    return np.clip((down + right) * scale * 0.36, -1, 1)
+    return np.clip((down + right) * scale / FULL_SLOPE, -1, 1)
 
 
 def _shade_plastic(pixels, height, lit, depth, scale):
