@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(All, Samples, testing::ValuesIn(truths()), nameOf);
 TEST(SampleSet, holdsEveryKind) {
   std::set<std::string> kinds;
   for (const json& truth : truths()) kinds.insert(truth["kind"]);
-  EXPECT_EQ(kinds, (std::set<std::string>{"code", "id-back", "id-front"}));
+  EXPECT_EQ(kinds, (std::set<std::string>{"bank-card", "code", "id-back", "id-front"}));
 }
 
 TEST(SampleSet, isReadAlikeOneByOneAndTogether) {
