@@ -1,0 +1,175 @@
+#include "UI/CameraManager.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "support/FakeCamera.h"
+#include "support/LogCapture.h"
+#include "support/ManualDispatch.h"
+#include "support/Pictures.h"
+
+namespace pravik {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+struct Camera {
+  std::shared_ptr<test::FakeCaptureSystem> system = std::make_shared<test::FakeCaptureSystem>();
+  std::shared_ptr<test::FakeCaptureSession> session = system->session;
+  std::shared_ptr<test::ManualDispatch> dispatch = std::make_shared<test::ManualDispatch>();
+  std::shared_ptr<CameraManager> manager = std::make_shared<CameraManager>(system, dispatch);
+  std::vector<std::optional<Image>> photos;
+  Strings codes;
+
+  Camera() {
+    manager->onPhotoCaptured = [this](std::optional<Image> photo) { photos.push_back(std::move(photo)); };
+    manager->onCodeDetected = [this](const std::string& payload, const std::string& type) {
+      codes.push_back(type + ": " + payload);
+    };
+  }
+  void run() {
+    manager->configure();
+    manager->start();
+    dispatch->runAll();
+  }
+};
+
+TEST(CameraManager, setsUpTheSessionOnceOnItsQueue) {
+  Camera c;
+  c.manager->configure();
+  EXPECT_TRUE(c.session->calls.empty()) << "only on the session's queue";
+  c.run();
+  c.manager->start();
+  c.manager->stop();
+  c.manager->stop();
+  c.dispatch->runAll();
+  EXPECT_EQ(c.session->calls, (Strings{"begin", "photo preset", "input", "video output", "photo output",
+                                       "metadata output", "commit", "start", "stop"}));
+  EXPECT_TRUE(c.system->device->focuses && c.system->device->exposes);
+  EXPECT_EQ(c.system->device->locks, 0);
+  EXPECT_EQ(c.manager->previewLayer()->session, c.session);
+}
+
+TEST(CameraManager, staysWithoutACameraAndSaysSoOnce) {
+  const test::LogCapture log(OCRLogger::Level::warning);
+  Camera refused;
+  refused.session->acceptsInput = false;
+  Camera absent;
+  absent.system->device = nullptr;
+  Camera without;
+  without.manager = std::make_shared<CameraManager>(nullptr, without.dispatch);
+  without.manager->onPhotoCaptured = [&](std::optional<Image> photo) { without.photos.push_back(std::move(photo)); };
+  for (Camera* c : {&refused, &absent, &without}) {
+    c->run();
+    c->manager->setCodeTypes({{"AVMetadataObjectTypeQRCode"}});
+    c->manager->capturePhoto();
+    c->manager->toggleTorch();
+    c->manager->turnOffTorch();
+    c->manager->lockExposureToPoint({0.5, 0.5});
+    c->dispatch->runAll();
+    EXPECT_FALSE(c->session->running);
+    ASSERT_EQ(c->photos.size(), 1U);
+    EXPECT_FALSE(c->photos[0]);
+  }
+  EXPECT_EQ(refused.session->calls, (Strings{"begin", "photo preset", "commit"}));
+  ASSERT_EQ(log.lines.size(), 6U);
+  EXPECT_TRUE(log.lines[0].ends_with("无法配置后置摄像头"));
+  EXPECT_TRUE(log.lines[1].ends_with("capturePhoto: session 未就绪（模拟器 / 权限未授权），跳过拍照"));
+}
+
+TEST(CameraManager, deliversFramesAndPhotosOfARunningCamera) {
+  Camera c;
+  int frames = 0;
+  c.manager->onVideoFrame = [&](const VideoFrame&) {
+    ++frames;
+    throw std::runtime_error("the host is broken");
+  };
+  c.run();
+  c.session->photos = {{Image{.bitmap = test::plainPicture(8, 6, 0, 0, 0)}, std::nullopt}, {}, {std::nullopt, "busy"}};
+  for (int i = 0; i < 3; ++i) c.manager->capturePhoto();
+  c.session->sendFrame({});
+  c.session->sendFrame({});
+  c.dispatch->runAll();
+  EXPECT_EQ(frames, 2) << "an exception ends nothing";
+  ASSERT_EQ(c.photos.size(), 3U);
+  ASSERT_TRUE(c.photos[0]);
+  EXPECT_EQ(c.photos[0]->bitmap->width(), 8);
+  EXPECT_FALSE(c.photos[1] || c.photos[2]);
+  EXPECT_EQ(c.session->photoFlashes, (std::vector{true, true, true}));
+
+  c.manager->capturePhoto();
+  c.manager.reset();
+  c.dispatch->runAll();
+  EXPECT_EQ(c.photos.size(), 3U);
+  EXPECT_FALSE(c.session->running) << "it stops with its manager";
+}
+
+TEST(CameraManager, looksForTheCodesThatTheCameraOffers) {
+  const test::LogCapture log(OCRLogger::Level::debug);
+  Camera c;
+  c.session->offeredTypes = {{"AVMetadataObjectTypeEAN13Code"}, {"AVMetadataObjectTypeQRCode"}};
+  c.run();
+  c.manager->setCodeTypes({{"AVMetadataObjectTypeAztecCode"}});
+  c.dispatch->runAll();
+  EXPECT_TRUE(c.session->types.empty() && log.lines.empty());
+  c.manager->setCodeTypes(
+      {{"AVMetadataObjectTypeQRCode"}, {"AVMetadataObjectTypeAztecCode"}, {"AVMetadataObjectTypeEAN13Code"}});
+  c.dispatch->runAll();
+  ASSERT_EQ(log.lines.size(), 1U);
+  EXPECT_TRUE(log.lines[0].ends_with("条码检测已启用: AVMetadataObjectTypeQRCode, AVMetadataObjectTypeEAN13Code"));
+
+  const MetadataObject code{{"AVMetadataObjectTypeQRCode"}, "hello"};
+  c.session->sendMetadata({{{"face"}, std::nullopt}, code});
+  c.session->sendMetadata({{{"AVMetadataObjectTypeQRCode"}, ""}, code});
+  c.session->sendMetadata({});
+  c.dispatch->runAll();
+  EXPECT_TRUE(c.codes.empty()) << "only the first object counts";
+  c.session->sendMetadata({code, {{"AVMetadataObjectTypeEAN13Code"}, "4006381333931"}});
+  c.dispatch->runAll();
+  EXPECT_EQ(c.codes, (Strings{"QR Code: hello"}));
+}
+
+TEST(CameraManager, setsTorchAndExposureWhereTheDeviceCan) {
+  const test::LogCapture log(OCRLogger::Level::debug);
+  Camera c;
+  test::FakeCaptureDevice& device = *c.system->device;
+  c.manager->toggleTorch();
+  EXPECT_TRUE(c.manager->isTorchOn());
+  c.manager->toggleTorch();
+  EXPECT_FALSE(c.manager->isTorchOn());
+  c.manager->toggleTorch();
+  c.manager->turnOffTorch();
+  EXPECT_FALSE(c.manager->isTorchOn());
+
+  c.manager->lockExposureToPoint({-0.5, 1.5});
+  EXPECT_EQ(device.exposurePoints, (std::vector<Point>{{0, 1}}));
+  EXPECT_TRUE(device.exposes);
+  device.lockFailure = "in use";
+  c.manager->lockExposureToPoint({0.5, 0.5});
+  c.manager->toggleTorch();
+  ASSERT_EQ(log.lines.size(), 1U);
+  EXPECT_TRUE(log.lines[0].ends_with("曝光点锁定失败: in use"));
+  device.lockFailure.reset();
+  device.canExposeAtPoint = false;
+  device.withTorch = false;
+  c.manager->lockExposureToPoint({0.5, 0.5});
+  c.manager->toggleTorch();
+  EXPECT_EQ(device.exposurePoints.size(), 1U);
+  EXPECT_FALSE(device.torchOn);
+}
+
+TEST(PreviewView, mapsTheScreenToTheCamerasPicture) {
+  PreviewView preview;
+  EXPECT_EQ(preview.metadataOutputRectOfInterest({0, 0, 10, 10}), Rect{}) << "no picture yet";
+  const auto session = std::make_shared<test::FakeCaptureSession>();
+  preview.session = session;
+  preview.frame = {0, 0, 100, 200};
+  session->preview = test::plainPicture(40, 40, 0, 0, 0);
+  EXPECT_EQ(preview.metadataOutputRectOfInterest({0, 0, 100, 200}), (Rect{0.25, 0, 0.5, 1})) << "the sides stick out";
+  session->preview = test::plainPicture(10, 40, 0, 0, 0);
+  EXPECT_EQ(preview.metadataOutputRectOfInterest({50, 100, 50, 100}), (Rect{0.5, 0.5, 0.5, 0.25}));
+}
+
+}  // namespace
+}  // namespace pravik

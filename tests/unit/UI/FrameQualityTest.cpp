@@ -1,0 +1,102 @@
+#include "UI/FrameQuality.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+
+#include "support/Pictures.h"
+
+namespace pravik {
+namespace {
+
+struct Pixel {
+  std::uint8_t blue, green, red;
+};
+constexpr Pixel grey{128, 128, 128};
+constexpr Pixel white{255, 255, 255};
+constexpr Pixel black{0, 0, 0};
+
+/// A frame of 100 x 100: the samples are 15 columns of 15 rows, from 20 in steps of 4.
+VideoFrame frameOf(const std::function<Pixel(int, int)>& pixel, int width = 100, int height = 100) {
+  const int stride = 4 * width + 8;
+  auto pixels = std::shared_ptr<std::uint8_t[]>(new std::uint8_t[static_cast<std::size_t>(stride * height)]());
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const Pixel value = pixel(x, y);
+      std::uint8_t* bytes = pixels.get() + y * stride + 4 * x;
+      bytes[0] = value.blue;
+      bytes[1] = value.green;
+      bytes[2] = value.red;
+    }
+  }
+  return {Bitmap(PixelFormat::bgra8, width, height, stride, {pixels, pixels.get()})};
+}
+
+VideoFrame plain(Pixel pixel) {
+  return frameOf([=](int, int) { return pixel; });
+}
+
+/// Numbers the samples from 0 to 224, row by row, and paints the first `count` of them.
+VideoFrame firstSamples(int count, Pixel pixel) {
+  return frameOf([=](int x, int y) { return (y - 20) / 4 * 15 + (x - 20) / 4 < count ? pixel : grey; });
+}
+
+TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
+  struct Case {
+    const char* what;
+    VideoFrame frame;
+    FrameQuality expected;
+  };
+  const Case cases[] = {
+      {"an even grey", plain(grey), {0, 0, 0, true}},
+      {"white", plain(white), {1, 0, 1, false}},
+      {"black", plain(black), {0, 1, 0, false}},
+      {"luma 246 is glare", plain({246, 246, 246}), {1, 0, 1, false}},
+      {"just below is not", plain({255, 246, 242}), {0, 0, 0, true}},
+      {"luma 15 is not dark", plain({15, 15, 15}), {0, 0, 0, true}},
+      {"just below is", plain({14, 15, 15}), {0, 1, 0, false}},
+      {"a third of one row",
+       frameOf([](int x, int y) { return y == 40 && x >= 20 && x < 40 ? white : grey; }),
+       {5 / 225.0F, 0, 5 / 15.0F, false}},
+      {"only what is not sampled, and the borders",
+       frameOf([](int x, int y) {
+         const bool central = x >= 20 && x < 80 && y >= 20 && y < 80;
+         return central && x % 4 == 0 && y % 4 == 0 ? grey : white;
+       }),
+       {0, 0, 0, true}},
+      {"no pixels", {}, {0, 0, 0, true}},
+      {"one row", frameOf([](int, int) { return white; }, 100, 1), {0, 0, 0, true}},
+      {"one column", frameOf([](int, int) { return white; }, 1, 100), {0, 0, 0, true}},
+      {"a grey frame", {test::greyPicture(100, 100, [](int, int) { return 246; })}, {1, 0, 1, false}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(FrameQuality::analyze(c.frame), c.expected) << c.what;
+}
+
+TEST(FrameQuality, refusesAtItsLimitsAndHintsAboveItsOwn) {
+  // 5 x 4 samples, of which 13 are exactly 65 %.
+  const auto dark = FrameQuality::analyze(
+      frameOf([](int x, int y) { return (y - 5) / 4 * 4 + (x - 5) / 4 < 13 ? black : grey; }, 25, 30));
+  EXPECT_EQ(dark.darkRatio, 0.65F);
+  EXPECT_FALSE(dark.isGoodForCapture);
+  EXPECT_FALSE(dark.qualityHint());
+  EXPECT_TRUE(FrameQuality::analyze(firstSamples(146, black)).isGoodForCapture);
+
+  struct Case {
+    FrameQuality quality;
+    const char* hint;
+  };
+  const Case cases[] = {
+      {{0.121F, 1, 0}, "⚠️ 反光严重，请将卡片向前倾斜约10°"},
+      {{0, 1, 0.251F}, "⚠️ 反光严重，请将卡片向前倾斜约10°"},
+      {{0.12F, 1, 0.25F}, "⚠️ 请稍微倾斜卡片以减少反光"},
+      {{0.05F, 0, 0}, "⚠️ 请稍微倾斜卡片以减少反光"},
+      {{0, 1, 0.151F}, "⚠️ 请稍微倾斜卡片以减少反光"},
+      {{0.04F, 0.651F, 0.15F}, "⚠️ 光线不足，请开启手电筒"},
+      {{0.04F, 0.65F, 0.15F}, ""},
+  };
+  for (const Case& c : cases) EXPECT_EQ(c.quality.qualityHint().value_or(""), c.hint);
+}
+
+}  // namespace
+}  // namespace pravik
