@@ -14,6 +14,7 @@
 #include "backends/onnxruntime/ReadingOrder.h"
 #include "backends/onnxruntime/SecondLook.h"
 #include "backends/onnxruntime/TextDetector.h"
+#include "backends/onnxruntime/WordJoining.h"
 
 namespace pravik {
 namespace {
@@ -89,11 +90,12 @@ std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, cons
   auto readings = models->reader.read(lines);
   if (isAccurate) ppocr::lookAgain(models->reader, picture, boxes, readings);
 
+  std::vector<ppocr::ReadLine> read;
+  for (std::size_t i = 0; i < boxes.size(); ++i)
+    if (readings[i].confidence >= noiseConfidence) read.push_back({boxes[i], std::move(readings[i])});
   std::vector<RecognizedText> texts;
-  for (std::size_t i = 0; i < boxes.size(); ++i) {
-    if (readings[i].confidence < noiseConfidence) continue;
-    texts.push_back({std::move(readings[i]), normalised(boxes[i], picture.size())});
-  }
+  for (ppocr::ReadLine& line : ppocr::withWordsJoined(std::move(read)))
+    texts.push_back({std::move(line.reading), normalised(line.box, picture.size())});
   return texts;
 }
 

@@ -146,12 +146,14 @@ std::optional<std::string> printedChineseName(std::string_view text) {
   return std::nullopt;
 }
 
-/// The longest, so that a name within another name does not win over it.
+/// The longest, so that a name within another name does not win over it. Spaces do not count: a recogniser loses
+/// them between words in narrow letters.
 std::optional<std::string> longestEnglishName(std::string_view upperText) {
+  const std::string text = removingAll(upperText, " ");
   const BankRow* longest = nullptr;
   for (const BankRow& row : bankEnglishFullNames) {
     if (longest != nullptr && row.printed.size() <= longest->printed.size()) continue;
-    if (contains(upperText, row.printed)) longest = &row;
+    if (contains(text, removingAll(row.printed, " "))) longest = &row;
   }
   if (longest == nullptr) return std::nullopt;
   return std::string(longest->bank);
