@@ -58,20 +58,12 @@ void present(Scan scan, const std::shared_ptr<Answer<OCRScannerResult<Info>>>& a
 }
 
 template <class Info>
-Task<OCRScannerResult<Info>> run(Scan scan, RecordCallback<Info> onRecord) {
-  if (!scan.platform.dispatch || scan.stage.expired())
-    throw OCRError::recognitionFailed("no stage is available to show the scanner on");
-  co_return co_await suspendUntilCalled<OCRScannerResult<Info>>([scan, onRecord](auto completion) {
+Task<OCRScannerResult<Info>> run(const Scan& scan, RecordCallback<Info> onRecord) {
+  return suspendUntilCalled<OCRScannerResult<Info>>([scan, onRecord](auto completion) {
+    if (!scan.platform.dispatch || scan.stage.expired())
+      return completion(tl::unexpected(OCRError::recognitionFailed("no stage is available to show the scanner on")));
     auto answer = std::make_shared<Answer<OCRScannerResult<Info>>>(std::move(completion));
     scan.platform.dispatch->async([scan, answer, onRecord] { present<Info>(scan, answer, onRecord); });
-  });
-}
-
-Task<bool> requestAccess(std::shared_ptr<CaptureSystem> captureSystem) {
-  const auto status = captureSystem ? captureSystem->authorizationStatus() : CameraAuthorizationStatus::denied;
-  if (status != CameraAuthorizationStatus::notDetermined) co_return status == CameraAuthorizationStatus::authorized;
-  co_return co_await suspendUntilCalled<bool>([captureSystem](auto completion) {
-    captureSystem->requestAccess([completion](bool granted) { completion(granted); });
   });
 }
 
@@ -83,7 +75,12 @@ bool PravikSDK::checkCameraPermission() const {
 }
 
 Task<bool> PravikSDK::requestCameraPermission() const {
-  return requestAccess(platform_.captureSystem);
+  return suspendUntilCalled<bool>([captureSystem = platform_.captureSystem](auto completion) {
+    const auto status = captureSystem ? captureSystem->authorizationStatus() : CameraAuthorizationStatus::denied;
+    if (status != CameraAuthorizationStatus::notDetermined)
+      return completion(status == CameraAuthorizationStatus::authorized);
+    captureSystem->requestAccess([completion](bool granted) { completion(granted); });
+  });
 }
 
 Task<OCRScannerResult<BankCardInfo>> PravikSDK::scanBankCard(const std::shared_ptr<Stage>& from) const {
