@@ -174,13 +174,15 @@ Task<std::optional<BankCardInfo>> readVariants(const BankCardPipeline& pipeline,
     const BandVotes& entry = vote(ballot, *info);
     if (entry.votes < decidingVotes) continue;
     OCRLogger::debug([&] {
-      return fmt::format("ROI 早退（{} 得到 {} 票，变体{}）", entry.info.cardNumber, entry.votes, variant.label);
+      return fmt::format("ROI 早退（{} 得到 {} 票，变体{}）", asciiDigits(entry.info.cardNumber), entry.votes,
+                         variant.label);
     });
     co_return entry.info;
   }
   if (ballot.empty()) co_return std::nullopt;
   const BandVotes& winner = *std::ranges::max_element(ballot, {}, &BandVotes::votes);
-  OCRLogger::debug([&] { return fmt::format("ROI 多数投票结果: {} (得票{})", winner.info.cardNumber, winner.votes); });
+  OCRLogger::debug(
+      [&] { return fmt::format("ROI 多数投票结果: {} (得票{})", asciiDigits(winner.info.cardNumber), winner.votes); });
   co_return winner.info;
 }
 

@@ -13,6 +13,7 @@
 #include "Parsers/CardNumber.h"
 #include "Parsers/OCRDigits.h"
 #include "Utils/OCRLogger.h"
+#include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
 
 namespace pravik {
@@ -54,11 +55,13 @@ std::vector<std::string> extractCardNumberFragments(const Observations& observat
     if (seen.insert(digits).second) fragments.push_back(digits);
   };
   const auto takeReadings = [&](std::string_view text) {
-    const std::string digits = asciiDigits(text);
-    // Words and amounts have digits too; a piece of a card number is digits for the most part.
-    if (digits.size() * 2 < characterCount(text)) return;
-    take(digits);
-    for (const OCRDigitVariant& variant : ocrCorrectedVariants(text)) take(variant.digits);
+    for (const std::string& run : RegexHelper::allMatches(R"(\d+)", text)) take(asciiDigits(run));
+    // A word has letters that look like digits; a piece of a card number is digits for the most part. A character
+    // that stands for no digit leaves a hole, and what follows it would stand in the wrong place.
+    const std::size_t length = characterCount(removingAll(text, "-"));
+    if (asciiDigits(text).size() * 2 < length) return;
+    for (const OCRDigitVariant& variant : ocrCorrectedVariants(text))
+      if (variant.digits.size() == length) take(variant.digits);
   };
   for (const Observations& row : groupedByLine(observations, rowThreshold)) {
     std::string whole;

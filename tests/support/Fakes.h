@@ -1,9 +1,11 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/BarcodeDetector.h"
@@ -17,6 +19,8 @@ namespace pravik::test {
 class FakeTextEngine : public TextEngine {
  public:
   std::vector<RecognizedText> blocks;
+  /// What the next calls give, one after the other, before it is `blocks` again.
+  mutable std::deque<std::vector<RecognizedText>> script;
   /// When set, every call fails with this text.
   std::optional<std::string> failure;
   mutable std::vector<TextRequest> requests;
@@ -26,7 +30,10 @@ class FakeTextEngine : public TextEngine {
     requests.push_back(request);
     pictures.push_back(bitmap);
     if (failure) throw std::runtime_error(*failure);
-    return blocks;
+    if (script.empty()) return blocks;
+    auto next = std::move(script.front());
+    script.pop_front();
+    return next;
   }
 };
 

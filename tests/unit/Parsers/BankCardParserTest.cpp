@@ -1,0 +1,108 @@
+#include "Parsers/BankCardParser.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "CardPage.h"
+#include "Parsers/BankCardDetails.h"
+#include "Parsers/BankName.h"
+#include "support/LogCapture.h"
+
+namespace pravik {
+namespace {
+
+using test::page;
+using testing::Contains;
+using testing::HasSubstr;
+using CardType = BankCardInfo::CardType;
+
+TEST(BankCardParser, ReadsAWholeCard) {
+  test::LogCapture log(OCRLogger::Level::debug);
+  EXPECT_EQ(BankCardParser().parse(page({"中国工商银行", "6222 0212 3456 7894", "VALID THRU", "ZHANG SAN", "信用卡"})),
+            (BankCardInfo{"6222 0212 3456 7894", "6222021234567894", "中国工商银行", CardType::credit, "ZHANG SAN"}));
+  EXPECT_THAT(log.printed.front(), HasSubstr("========== Bank Card OCR =========="));
+  EXPECT_THAT(log.lines, Contains(HasSubstr("] 卡号提取成功: 6222021234567894")));
+}
+
+TEST(BankCardParser, NeedsANumberAndKeepsTheRestWithoutOne) {
+  const Observations blocks = page({"招商银行", "储蓄卡", "LI SI"});
+  EXPECT_EQ(BankCardParser().parse(blocks), std::nullopt);
+  EXPECT_EQ(BankCardParser().parsePartialInfo(blocks),
+            (PartialBankCardInfo{std::nullopt, "招商银行", CardType::debit, "LI SI"}));
+  EXPECT_EQ(BankCardParser().parsePartialInfo(page({"6222021234567890128"})),
+            (PartialBankCardInfo{"6222 0212 3456 7890 128", std::nullopt, CardType::debit, std::nullopt}));
+}
+
+TEST(BankName, IsFoundInEveryWayThatACardTellsIt) {
+  struct Case {
+    std::string text;
+    std::optional<std::string> bank;
+  };
+  for (const auto& [text, bank] : std::vector<Case>{
+           {"中國工商銀行", "中国工商银行"},
+           {"中国邮政储蓄银行", "中国邮政储蓄银行"},
+           {"某某农村商业银行", "农村商业银行"},
+           {"杭州銀行", "杭州银行"},
+           {"请联系发卡银行", std::nullopt},
+           {"www.CMBCHINA.com", "招商银行"},
+           {"Industrial and Commercial Bank of China", "中国工商银行"},
+           {"INDUSTRIAL BANK", "兴业银行"},
+           {"CHINAMINSHENG BANK", "中国民生银行"},
+           {"Bank of China", "中国银行"},
+           {"CHINA CONSTRUCTION\n", "中国建设银行"},
+           {"CMBC", "中国民生银行"},
+           {"CMB", "招商银行"},
+           {"ABCD icbc", std::nullopt},
+           {"AGRICULTURAL\nBANK OF", "中国农业银行"},
+           {"INDUSTRIAL AND\nCOMMERCIAL BANK", "中国工商银行"},
+           {"PUDONG\nDEVELOPMENT BANK", "上海浦东发展银行"},
+           {"MERCHANTS\nCITICS", "招商银行"},
+           {"MERCHANTS\nCOMMUNICATIONS", std::nullopt},
+           {"PING\nPONG", std::nullopt},
+           {"", std::nullopt},
+       })
+    EXPECT_EQ(extractBankName(text), bank) << text;
+}
+
+TEST(CardType, IsToldByTheTextOrTheNumber) {
+  struct Case {
+    std::string text;
+    std::string number;
+    std::optional<CardType> type;
+  };
+  for (const auto& [text, number, type] : std::vector<Case>{
+           {"借记卡 CREDIT", "", CardType::debit},
+           {"Debit", "", CardType::debit},
+           {"信用卡", "6222021234567890128", CardType::credit},
+           {"Not Valid Unless Signed", "", CardType::credit},
+           {"本卡须签名后使用", "", CardType::credit},
+           {"预付卡", "6222 0212 3456 7890 128", CardType::debit},
+           {"礼品卡", "6222021234567894", CardType::prepaid},
+           {"金卡", "6222021234567894", std::nullopt},
+       })
+    EXPECT_EQ(extractCardType(text, number), type) << text;
+}
+
+TEST(CardholderName, IsInCapitalsAndNoWordOfTheCard) {
+  struct Case {
+    std::string text;
+    std::optional<std::string> name;
+  };
+  for (const auto& [text, name] : std::vector<Case>{
+           {"ZHANG SAN", "ZHANG SAN"},
+           {"LI SI MIN", "LI SI MIN"},
+           {"VALID THRU\nZHANG SAN\nVISA", "ZHANG SAN"},
+           {"CHINA UNIONPAY\nMONTH YEAR", std::nullopt},
+           {"Zhang San", std::nullopt},
+           {"ZHANG\nSAN", std::nullopt},
+           {"Z S", std::nullopt},
+           {"PLATINUM ZHANG SAN", std::nullopt},
+       })
+    EXPECT_EQ(extractCardholderName(text), name) << text;
+}
+
+}  // namespace
+}  // namespace pravik
