@@ -1,0 +1,132 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Pravik.h"
+#include "UI/OCRScannerViewController.h"
+#include "support/FakeCamera.h"
+#include "support/FakeStage.h"
+#include "support/Fakes.h"
+#include "support/ManualDispatch.h"
+#include "support/Pictures.h"
+
+namespace pravik::test {
+
+inline std::vector<RecognizedText> portraitSide() {
+  return {textBlock("姓名 张三", 0.2, 0.15), textBlock("性别 男 民族 汉", 0.25, 0.28),
+          textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
+}
+
+/// Everything around a scanner, on fakes: a phone with a camera whose pictures are 640 x 1280, and an SDK that reads
+/// what the test says.
+struct Phone {
+  std::shared_ptr<ManualDispatch> dispatch = std::make_shared<ManualDispatch>();
+  std::shared_ptr<FakeStage> stage = std::make_shared<FakeStage>(dispatch);
+  std::shared_ptr<FakeCaptureSystem> camera = std::make_shared<FakeCaptureSystem>();
+  std::shared_ptr<FakeTextEngine> engine = std::make_shared<FakeTextEngine>();
+  std::shared_ptr<FakeRenderer> renderer = std::make_shared<FakeRenderer>();
+  std::shared_ptr<FakeRectangleDetector> rectangles = std::make_shared<FakeRectangleDetector>();
+  std::shared_ptr<FakeBarcodeDetector> barcodes = std::make_shared<FakeBarcodeDetector>();
+  Platform platform;
+  std::optional<PravikSDK> sdk;
+
+  Phone() {
+    platform.dispatch = dispatch;
+    platform.stage = stage;
+    platform.captureSystem = camera;
+    platform.textEngine = engine;
+    platform.imageRenderer = renderer;
+    platform.rectangleDetector = rectangles;
+    platform.barcodeDetector = barcodes;
+    sdk.emplace(platform);
+    camera->session->preview = plainPicture(640, 1280, 0, 0, 0);
+    camera->session->offeredTypes = {{"AVMetadataObjectTypeQRCode"}};
+    engine->blocks = portraitSide();
+  }
+
+  /// The camera sends so many frames of this brightness.
+  void frames(int count, std::uint8_t brightness = 128) const {
+    const VideoFrame frame{plainPicture(40, 40, brightness, brightness, brightness)};
+    for (int i = 0; i < count; ++i) {
+      camera->session->sendFrame(frame);
+      dispatch->runAll();
+    }
+  }
+  /// A card lies still, until a photo is due if the light is right.
+  void holdStill(std::uint8_t brightness = 128) const {
+    rectangles->rectangles = {{{}, Rect{0.25, 0.5, 0.5, 0.25}, 0.9F}};
+    frames(24, brightness);
+  }
+  void takeCardAway() const { rectangles->rectangles.clear(); }
+  void scriptPhotos(int count) const {
+    for (int i = 0; i < count; ++i)
+      camera->session->photos.push_back({Image{.bitmap = plainPicture(640, 1280, 200, 200, 200)}, std::nullopt});
+  }
+};
+
+/// Notes what a screen reports, in a word each.
+class Listener : public OCRScannerDelegate {
+ public:
+  std::vector<std::string> reports;
+  std::optional<Image> picture;
+  bool throws = false;
+
+  void scannerDidRecognizeBankCard(OCRScannerViewController& /*scanner*/,
+                                   const OCRScannerResult<BankCardInfo>& result) override {
+    note("bank card " + result.info.cardNumber, result.capturedImage);
+  }
+  void scannerDidRecognizeIDCardFront(OCRScannerViewController& /*scanner*/,
+                                      const OCRScannerResult<IDCardFrontInfo>& result) override {
+    note("front " + result.info.name, result.capturedImage);
+  }
+  void scannerDidRecognizeIDCardBack(OCRScannerViewController& /*scanner*/,
+                                     const OCRScannerResult<IDCardBackInfo>& result) override {
+    note("back " + result.info.issuingAuthority, result.capturedImage);
+  }
+  void scannerDidScanCode(OCRScannerViewController& /*scanner*/,
+                          const OCRScannerResult<CodeScanResult>& result) override {
+    note("code " + result.info.payload, result.capturedImage);
+  }
+  void scannerDidFailWithError(OCRScannerViewController& /*scanner*/, const OCRError& error) override {
+    note(error.errorCode(), std::nullopt);
+  }
+  void scannerDidCancel(OCRScannerViewController& /*scanner*/) override { note("cancel", std::nullopt); }
+
+ private:
+  void note(std::string report, std::optional<Image> captured) {
+    reports.push_back(std::move(report));
+    picture = std::move(captured);
+    if (throws) throw std::runtime_error("the host is broken");
+  }
+};
+
+/// A screen that is presented, and the one who hears of it.
+struct ScannerScreen : Phone {
+  std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+  std::weak_ptr<OCRScannerViewController> weak;
+
+  /// The screen is the stage's to keep.
+  OCRScannerViewController& screen() const { return *weak.lock(); }
+  const ScannerOverlayView& overlay() const { return *screen().overlayView(); }
+  ScannerOverlayView::ScanState::Kind state() const { return overlay().state().kind; }
+  std::string status() const { return overlay().statusLabel()->text; }
+  bool offersManualCapture() const { return !overlay().manualCaptureButton()->isHidden; }
+
+  void present(OCRScanMode mode, bool showModeSwitch = false) {
+    const auto made = std::make_shared<OCRScannerViewController>(mode, showModeSwitch, *sdk, platform);
+    made->delegate = listener;
+    weak = made;
+    stage->present(made, true, {});
+    dispatch->runAll();
+  }
+  void tap(const std::shared_ptr<Button>& button) const {
+    screen().view().touch({button->frame.midX(), button->frame.midY()});
+    dispatch->runAll();
+  }
+};
+
+}  // namespace pravik::test
