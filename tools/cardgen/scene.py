@@ -29,6 +29,7 @@ OVERSAMPLING = 1.25
 MIN_DRAW_PIXELS_PER_MM = 15.0
 BORDER_MM = 1.0
 LIGHT_GRID = (36, 48)
+SHADOW = (12, 11, 12)
 PHOTO_QUALITY = (75, 93)
 # How much of the picture a lamp's mirror image hides at its middle, in levels; above 250 all of it.
 FULL_GLARE, MILD_GLARE = (180, 320), (40, 130)
@@ -157,13 +158,14 @@ def _draw_subject(subject, matrix):
     return bordered, mask, matrix @ to_mm
 
 
-def _draw_desk(subject, kind, matrix, size, rng):
-    """The desk under the subject as the camera sees it, with the subject's shadow on it."""
+def draw_desk(kind, matrix, size, rng, subject=None):
+    """The desk as the camera sees it, with the shadow of a subject that lies on it."""
     frame = np.array([(0, 0), (size[0], 0), (size[0], size[1]), (0, size[1])])
     reach = np.abs(camera.project(np.linalg.inv(matrix), frame)).max(axis=0) + 4
     scale = min(desk.MAX_TEXTURE_PIXELS, 1.1 * size[0]) / (2 * reach.max())
     surface = desk.desk(rng, kind, 2 * reach[0], 2 * reach[1], scale)
-    _cast_shadow(surface, subject, scale, rng)
+    if subject:
+        _cast_shadow(surface, subject, scale, rng)
     to_mm = np.array([[1 / scale, 0, -surface.width / 2 / scale], [0, 1 / scale, -surface.height / 2 / scale],
                       [0, 0, 1]])
     return camera.warp(surface, matrix @ to_mm, size, resample=Image.Resampling.BILINEAR)
@@ -177,22 +179,28 @@ def _cast_shadow(surface, subject, scale, rng):
     shade = Image.new("L", surface.size)
     ImageDraw.Draw(shade).rounded_rectangle([left, top, left + subject.width * scale, top + subject.height * scale],
                                             subject.corner * scale, fill=round(255 * depth))
-    surface.paste((12, 11, 12), (0, 0), shade.filter(ImageFilter.GaussianBlur(softness * scale)))
+    surface.paste(SHADOW, (0, 0), shade.filter(ImageFilter.GaussianBlur(softness * scale)))
+
+
+def see_subject(subject, matrix, size, rng):
+    """The part of a picture that the subject fills: the part, its mask, its upper left pixel, and the corners."""
+    flat, mask, to_picture = _draw_subject(subject, matrix)
+    corners = camera.project(to_picture, [(0, 0), (flat.width, 0), (flat.width, flat.height), (0, flat.height)])
+    low = np.maximum(np.floor(corners.min(axis=0)).astype(int), 0)
+    high = np.minimum(np.ceil(corners.max(axis=0)).astype(int), size)
+    window = tuple(int(v) for v in high - low)
+    placed = camera.warp(flat, to_picture, window, low)
+    if subject.gloss:
+        _sheen(placed, subject.gloss, rng)
+    return placed, camera.warp(mask, to_picture, window, low), tuple(int(v) for v in low), corners
 
 
 def shoot(subject, kind, pose, light, sensor, rng, glare=None):
     """The photo of the subject on a desk, before coding; `glare` is the strength of a lamp's mirror image or None."""
     matrix = pose.homography()
-    picture = _draw_desk(subject, kind, matrix, pose.size, rng)
-    flat, mask, to_picture = _draw_subject(subject, matrix)
-    corners = camera.project(to_picture, [(0, 0), (flat.width, 0), (flat.width, flat.height), (0, flat.height)])
-    low = np.maximum(np.floor(corners.min(axis=0)).astype(int), 0)
-    high = np.minimum(np.ceil(corners.max(axis=0)).astype(int), pose.size)
-    window = tuple(int(v) for v in high - low)
-    placed = camera.warp(flat, to_picture, window, low)
-    if subject.gloss:
-        _sheen(placed, subject.gloss, rng)
-    picture.paste(placed, tuple(int(v) for v in low), camera.warp(mask, to_picture, window, low))
+    picture = draw_desk(kind, matrix, pose.size, rng, subject)
+    placed, mask, corner, corners = see_subject(subject, matrix, pose.size, rng)
+    picture.paste(placed, corner, mask)
     if glare:
         _glare(picture, corners, rng, glare)
     return camera.expose(picture, light, sensor, rng)
