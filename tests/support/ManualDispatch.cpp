@@ -25,6 +25,16 @@ class OrderedQueue : public SerialQueue {
 
 }  // namespace
 
+ManualDispatch::~ManualDispatch() {
+  main_.clear();
+  delayed_.clear();
+  while (!global_->empty()) {
+    // Dropping work may bring new work.
+    const auto dropped = std::move(global_->front());
+    global_->pop_front();
+  }
+}
+
 void ManualDispatch::async(std::function<void()> work) {
   main_.push_back(std::move(work));
 }

@@ -14,6 +14,14 @@ namespace pravik::test {
 /// A dispatch whose clock and queues the test moves by hand: nothing runs until it says so.
 class ManualDispatch : public Dispatch {
  public:
+  ManualDispatch() = default;
+  /// Drops the work that was never run, also where a serial queue lives on.
+  ~ManualDispatch() override;
+  ManualDispatch(const ManualDispatch&) = delete;
+  ManualDispatch& operator=(const ManualDispatch&) = delete;
+  ManualDispatch(ManualDispatch&&) = delete;
+  ManualDispatch& operator=(ManualDispatch&&) = delete;
+
   void async(std::function<void()> work) override;
   WorkItem asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
   void asyncGlobal(std::function<void()> work) override;

@@ -47,6 +47,12 @@ struct Phone {
     camera->session->offeredTypes = {{"AVMetadataObjectTypeQRCode"}};
     engine->blocks = portraitSide();
   }
+  /// Lets what is under way come to its end, as a screen on its way out holds the clock that it waits for.
+  ~Phone() { dispatch->advance(std::chrono::minutes(1)); }
+  Phone(const Phone&) = delete;
+  Phone& operator=(const Phone&) = delete;
+  Phone(Phone&&) = delete;
+  Phone& operator=(Phone&&) = delete;
 
   /// The camera sends so many frames of this brightness.
   void frames(int count, std::uint8_t brightness = 128) const {
