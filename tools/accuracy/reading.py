@@ -19,14 +19,13 @@ FIELDS = {
 ANSWERED = (0, 1)
 
 
-def load_truth(folder):
-    """The lines of a folder's truth.jsonl, each with the picture's path under "path"."""
-    path = folder / "truth.jsonl"
+def load_truth(path, key="file"):
+    """The lines of a file of truth, each with the path of what it tells about under "path"; `key` holds its name."""
     try:
         lines = [json.loads(line) for line in path.read_text("utf-8").splitlines()]
     except (OSError, json.JSONDecodeError) as error:
         raise SystemExit(f"{path}: {error}") from error
-    return [line | {"path": str(folder / line["file"])} for line in lines]
+    return [line | {"path": str(path.parent / line[key])} for line in lines]
 
 
 def read(pravik, kind, paths, jobs, options=()):
