@@ -1,0 +1,120 @@
+#include "backends/opencv/FrameFlow.h"
+
+#include <condition_variable>
+#include <exception>
+#include <utility>
+
+namespace pravik {
+
+FrameFlow::FrameFlow(VideoSource source, bool loops, std::shared_ptr<Dispatch> pacer,
+                     std::function<void(const std::string&)> onEnd)
+    : source_(std::move(source)), loops_(loops), pacer_(std::move(pacer)), onEnd_(std::move(onEnd)) {}
+
+void FrameFlow::start() {
+  if (isRunning_ || !queue_) return;
+  // The thread of a flow that ended by itself.
+  if (thread_.joinable()) thread_.join();
+  if (!open()) return;
+  isRunning_ = true;
+  ++run_;
+  if (pacer_ && !source_.isCamera) return step(run_, 0);
+  isBusy_ = false;
+  thread_ = std::jthread([this](const std::stop_token& stop) { pump(stop); });
+}
+
+void FrameFlow::stop() {
+  isRunning_ = false;
+  thread_ = {};
+  // Others may use the camera meanwhile, and it would go on with the frame that it had when it was stopped.
+  if (source_.isCamera) reader_.reset();
+}
+
+std::optional<Bitmap> FrameFlow::newestFrame() const {
+  const std::lock_guard lock(mutex_);
+  return newest_;
+}
+
+bool FrameFlow::open() {
+  if (reader_) return true;
+  try {
+    reader_ = std::make_unique<VideoReader>(source_);
+  } catch (const std::exception& error) {
+    if (onEnd_) onEnd_(error.what());
+    return false;
+  }
+  return true;
+}
+
+/// Goes on to the next frame, over the end of a file that loops.
+bool FrameFlow::advance() {
+  try {
+    return reader_->grab() || (loops_ && reader_->rewind() && reader_->grab());
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+std::string FrameFlow::endReason() const {
+  if (source_.isCamera) return "the camera has gone";
+  return newestFrame() ? "the video has ended" : "the video has no pictures";
+}
+
+void FrameFlow::end(const std::string& reason) {
+  reader_.reset();
+  isRunning_ = false;
+  if (onEnd_) onEnd_(reason);
+}
+
+std::optional<Bitmap> FrameFlow::takeFrame() {
+  std::optional<Bitmap> pixels = reader_->retrieve();
+  if (!pixels) return pixels;
+  const std::lock_guard lock(mutex_);
+  newest_ = pixels;
+  return pixels;
+}
+
+void FrameFlow::deliver(const std::optional<Bitmap>& pixels) {
+  if (!isRunning_) return;
+  if (onFrame) onFrame({pixels});
+  if (codes && pixels) codes->process(*pixels);
+}
+
+/// One frame on the pacer's time; runs on the queue.
+void FrameFlow::step(std::int64_t run, std::int64_t index) {
+  if (!isRunning_ || run != run_) return;
+  if (!advance()) return end(endReason());
+  deliver(takeFrame());
+  const auto interval = reader_->timeOfFrame(index + 1) - reader_->timeOfFrame(index);
+  pacer_->asyncAfter(interval, [weak = weak_from_this(), queue = queue_, run, index] {
+    queue->async([weak, run, index] {
+      if (const auto flow = weak.lock()) flow->step(run, index + 1);
+    });
+  });
+}
+
+/// All frames on the clock's time; runs on the thread.
+void FrameFlow::pump(const std::stop_token& stop) {
+  const auto begin = std::chrono::steady_clock::now();
+  for (std::int64_t index = 0; !stop.stop_requested(); ++index) {
+    if (!source_.isCamera && !waitForFrame(begin + reader_->timeOfFrame(index), stop)) return;
+    if (!advance()) return end(endReason());
+    if (isBusy_.exchange(true)) continue;
+    queue_->async([weak = weak_from_this(), pixels = takeFrame()] {
+      const auto flow = weak.lock();
+      if (!flow) return;
+      flow->deliver(pixels);
+      flow->isBusy_ = false;
+    });
+  }
+}
+
+/// Waits until a frame is due; false when the flow is stopped before.
+bool FrameFlow::waitForFrame(std::chrono::steady_clock::time_point time, const std::stop_token& stop) {
+  std::mutex mutex;
+  std::condition_variable_any timer;
+  std::unique_lock lock(mutex);
+  timer.wait_until(lock, stop, time, [] { return false; });
+  return !stop.stop_requested();
+}
+
+}  // namespace pravik
