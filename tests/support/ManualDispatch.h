@@ -1,49 +1,9 @@
 #pragma once
 
-#include <chrono>
-#include <deque>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-
-#include "Platform/Dispatch.h"
+#include "Platform/ManualDispatch.h"
 
 namespace pravik::test {
 
-/// A dispatch whose clock and queues the test moves by hand: nothing runs until it says so.
-class ManualDispatch : public Dispatch {
- public:
-  ManualDispatch() = default;
-  /// Drops the work that was never run, also where a serial queue lives on.
-  ~ManualDispatch() override;
-  ManualDispatch(const ManualDispatch&) = delete;
-  ManualDispatch& operator=(const ManualDispatch&) = delete;
-  ManualDispatch(ManualDispatch&&) = delete;
-  ManualDispatch& operator=(ManualDispatch&&) = delete;
-
-  void async(std::function<void()> work) override;
-  WorkItem asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
-  void asyncGlobal(std::function<void()> work) override;
-  std::shared_ptr<SerialQueue> makeSerialQueue(const std::string& label) override;
-
-  /// Runs the work of the concurrent pool and the serial queues, and what that adds, until there is none.
-  void runGlobal();
-  /// Runs everything that is due now: the pool, the serial queues and the main queue.
-  void runAll();
-  /// Moves the clock, running the delayed work at its times and what that adds.
-  void advance(std::chrono::milliseconds time);
-
-  std::size_t waitingOnMain() const { return main_.size(); }
-  std::size_t waitingOnGlobal() const { return global_->size(); }
-
- private:
-  using Queue = std::deque<std::function<void()>>;
-
-  Queue main_;
-  std::shared_ptr<Queue> global_ = std::make_shared<Queue>();
-  std::chrono::milliseconds now_{0};
-  std::multimap<std::chrono::milliseconds, std::shared_ptr<std::function<void()>>> delayed_;
-};
+using pravik::ManualDispatch;
 
 }  // namespace pravik::test

@@ -1,8 +1,8 @@
-#include "support/ManualDispatch.h"
+#include "Platform/ManualDispatch.h"
 
 #include <utility>
 
-namespace pravik::test {
+namespace pravik {
 namespace {
 
 /// Runs the first piece of a queue, which may add to it.
@@ -66,17 +66,26 @@ void ManualDispatch::runAll() {
   }
 }
 
+void ManualDispatch::runNextDelayed() {
+  now_ = delayed_.begin()->first;
+  const auto item = delayed_.begin()->second;
+  delayed_.erase(delayed_.begin());
+  if (*item) main_.push_back(*item);
+  runAll();
+}
+
 void ManualDispatch::advance(std::chrono::milliseconds time) {
   const std::chrono::milliseconds end = now_ + time;
   runAll();
-  while (!delayed_.empty() && delayed_.begin()->first <= end) {
-    now_ = delayed_.begin()->first;
-    const auto item = delayed_.begin()->second;
-    delayed_.erase(delayed_.begin());
-    if (*item) main_.push_back(*item);
-    runAll();
-  }
+  while (!delayed_.empty() && delayed_.begin()->first <= end) runNextDelayed();
   now_ = end;
 }
 
-}  // namespace pravik::test
+bool ManualDispatch::advanceToNextWork() {
+  runAll();
+  if (delayed_.empty()) return false;
+  runNextDelayed();
+  return true;
+}
+
+}  // namespace pravik
