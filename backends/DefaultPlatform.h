@@ -13,7 +13,7 @@ struct DefaultPlatformOptions {
   /// Threads that one text recognition may use; 0 means one for each core.
   int threads = 0;
   /// Where the photo library keeps its pictures; empty for none.
-  std::filesystem::path photoFolder;
+  std::filesystem::path photoFolder = {};
 };
 
 /// The folder of the text models: share/pravik/models of the installation that the program belongs to when it is

@@ -1,5 +1,11 @@
 #include <benchmark/benchmark.h>
 
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Parsers/BankCardParser.h"
+#include "Parsers/CardNumberFusion.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
 
@@ -36,6 +42,24 @@ const Observations& emblemSide() {
   return blocks;
 }
 
+/// Seventeen digits for sixteen: no candidate passes the Luhn check, so that every repair is tried.
+const Observations& doubtfulBankCard() {
+  static const Observations blocks{
+      {"招商银行", 0.99F, {0.076, 0.815, 0.190, 0.075}},
+      {"CHINA MERCHANTS BANK", 0.98F, {0.076, 0.760, 0.280, 0.045}},
+      {"信用卡 CREDIT CARD", 0.98F, {0.600, 0.610, 0.300, 0.055}},
+      {"6281 5225 88003 1169", 0.97F, {0.090, 0.360, 0.810, 0.090}},
+      {"6281", 0.99F, {0.100, 0.320, 0.090, 0.045}},
+      {"MONTH/YEAR", 0.95F, {0.440, 0.290, 0.110, 0.030}},
+      {"VALID", 0.97F, {0.355, 0.255, 0.060, 0.030}},
+      {"02/25", 0.98F, {0.430, 0.240, 0.150, 0.055}},
+      {"THRU", 0.97F, {0.360, 0.220, 0.055, 0.030}},
+      {"MA YUNFEI", 0.96F, {0.076, 0.100, 0.260, 0.060}},
+      {"银联 UnionPay", 0.98F, {0.640, 0.100, 0.280, 0.060}},
+  };
+  return blocks;
+}
+
 template <class Parser>
 void parse(benchmark::State& state, const Observations& blocks) {
   if (!Parser{}.parse(blocks)) return state.SkipWithError("no record");
@@ -52,6 +76,24 @@ void parseEmblemSide(benchmark::State& state) {
   parse<IDCardBackParser>(state, emblemSide());
 }
 BENCHMARK(parseEmblemSide)->Name("parse/emblem-side");
+
+void parseBankCard(benchmark::State& state) {
+  parse<BankCardParser>(state, doubtfulBankCard());
+}
+BENCHMARK(parseBankCard)->Name("parse/bank-card/no-sound-number");
+
+/// Five readings of eight fragments: only one anchored by the hint, each next placed by the one before.
+void fuseFragments(benchmark::State& state) {
+  constexpr std::string_view number = "6222021234567894";
+  constexpr std::size_t readings = 5, fragmentsOfAReading = 8, length = 6;
+  std::vector<std::string> fragments;
+  for (std::size_t i = 0; i < readings * fragmentsOfAReading; ++i)
+    fragments.emplace_back(number.substr((i % fragmentsOfAReading) * 10 / (fragmentsOfAReading - 1), length));
+  const std::vector<std::string> hints{"6222"};
+  if (!fuseCardNumber(fragments, hints, fusedCardNumberLength)) return state.SkipWithError("no number");
+  for (auto _ : state) benchmark::DoNotOptimize(fuseCardNumber(fragments, hints, fusedCardNumberLength));
+}
+BENCHMARK(fuseFragments)->Name("fuse/40-fragments");
 
 }  // namespace
 }  // namespace pravik::bench

@@ -8,5 +8,7 @@ namespace pravik::bench {
 Bitmap photoOfMegapixels(int megapixels);
 /// The same photo at exactly this size.
 Bitmap photoOfSize(int width, int height);
+/// A photographed bank card from samples/ as it is.
+Bitmap bankCardPhoto();
 
 }  // namespace pravik::bench

@@ -1,5 +1,10 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "Pravik.h"
 #include "backends/DefaultPlatform.h"
 #include "bench/Pictures.h"
@@ -16,6 +21,53 @@ void recognizePortraitSide(benchmark::State& state) {
 }
 BENCHMARK(recognizePortraitSide)
     ->Name("recognise/portrait-side/1600x1200")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly();
+
+/// Reads everything and keeps every row of digits to itself, so that no stage finds a number.
+class NumberBlindEngine final : public TextEngine {
+ public:
+  explicit NumberBlindEngine(std::shared_ptr<const TextEngine> engine) : engine_(std::move(engine)) {}
+
+  std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override {
+    std::vector<RecognizedText> blocks = engine_->recognize(bitmap, request);
+    std::erase_if(blocks, [](const RecognizedText& block) {
+      return std::ranges::count_if(block.topCandidate->text, [](char c) { return '0' <= c && c <= '9'; }) >= 4;
+    });
+    return blocks;
+  }
+
+ private:
+  std::shared_ptr<const TextEngine> engine_;
+};
+
+void recognizeBankCard(benchmark::State& state) {
+  const Image photo{.bitmap = bankCardPhoto()};
+  const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
+  const auto reading = syncWait(sdk.readBankCard(photo));
+  if (!reading || reading->stage != BankCardStage::firstReading) return state.SkipWithError("not read at once");
+  for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
+}
+BENCHMARK(recognizeBankCard)
+    ->Name("recognise/bank-card/read-at-once")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly();
+
+/// The worst case: every stage runs, and none finds a number.
+void tryEveryStageOfABankCard(benchmark::State& state) {
+  const Image photo{.bitmap = bankCardPhoto()};
+  Platform platform = makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY});
+  platform.textEngine = std::make_shared<NumberBlindEngine>(platform.textEngine);
+  const PravikSDK sdk(platform);
+  if (syncWait(sdk.recognizeBankCard(photo))) return state.SkipWithError("a number was found");
+  for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
+}
+BENCHMARK(tryEveryStageOfABankCard)
+    ->Name("recognise/bank-card/every-stage")
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Repetitions(5)

@@ -34,7 +34,7 @@ Answer statistics(const Image& image, const Platform& platform) {
 }  // namespace
 
 ExitStatus showStatistics(const std::string& file, const Settings& settings, const Host& host) {
-  const Platform platform = host.makePlatform({.modelDirectory = settings.models, .threads = 1, .photoFolder = {}});
+  const Platform platform = host.makePlatform({.modelDirectory = settings.models, .threads = 1});
   Answer answer{{"file", file}, {"kind", "stats"}};
   const auto image = readPicture(file, *platform.imageCodec, host.in);
   answer.update(image ? statistics(*image, platform) : answerOf(OCRError::invalidImage(), image.error()));
