@@ -9,6 +9,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "
 
 import bankcards  # noqa: E402
 import reading  # noqa: E402
+import scanning  # noqa: E402
 
 BACK = {"issuingAuthority": "太康县公安局", "validityPeriod": "20150301-长期", "startDate": "20150301", "endDate": None,
         "isLongTerm": True}
@@ -65,6 +66,22 @@ class BankCardReportTest(unittest.TestCase):
         doubled = tally + tally
         self.assertEqual((doubled.hold["number exact"], doubled.all["bank"], dict(doubled.errors)),
                          (4, 10, {"no_card_number_found": 2}))
+
+
+class ScanReportTest(unittest.TestCase):
+    def test_counts_and_waits(self):
+        tally = scanning.Tally()
+        hidden = {"kind": "bank-card", "heldStill": 1.0, "clear": 2.5, "result": CARD}
+        truths = [{"kind": "bank-card", "heldStill": 1.5, "result": CARD}] * 4 + [hidden]
+        wrong = {"cardNumber": "6222 0212 3456 7890 110"}
+        answers = (card_answer() | {"time": 2.5}, card_answer(bankName=None) | {"time": 1.0},
+                   card_answer(**wrong) | {"time": 3.5}, {"time": 4.0, "error": {"code": "no_record"}},
+                   card_answer(luhn=False, **wrong) | {"time": 5.5})
+        for truth, answer in zip(truths, answers):
+            tally.add(truth, answer)
+        # Waits are 1, -0.5, 2 and 3 seconds.
+        self.assertEqual(tally.cells(), ("5", "20.0", "2", "1", "1", "1.50", "3.00"))
+        self.assertEqual((tally + tally).cells(), ("10", "20.0", "4", "2", "2", "1.50", "3.00"))
 
 
 if __name__ == "__main__":

@@ -43,18 +43,19 @@ def may_be_photographed(picture):
 
 
 class StoryTest(unittest.TestCase):
-    STORIES = [story.tell(variant, np.random.default_rng(seed)) for variant in story.VARIANTS for seed in range(30)]
+    STORIES = [(variant, story.tell(variant, np.random.default_rng(seed)))
+               for variant in story.PLOTS for seed in range(30)]
     FRAME = camera.rectangle(1, 9 / 16)
 
     def each_story(self, check):
-        for told in self.STORIES:
-            with self.subTest(variant=told.variant, still=told.still):
-                check(told)
+        for variant, told in self.STORIES:
+            with self.subTest(variant=variant, still=told.still):
+                check(variant, told)
 
     def test_the_last_card_is_held_still_to_the_end(self):
-        def check(told):
+        def check(_, told):
             self.assertGreater(told.seconds, max(told.still, told.clear or 0) + 2 * STABLE_SECONDS)
-            self.assertLess(told.seconds, 6.1)
+            self.assertLess(told.seconds, 6.9)
             moments = np.arange(told.still, told.seconds, 0.1)
             seen = [camera.project(told.hand.movement(time), self.FRAME) for time in moments]
             self.assertLess(np.abs(np.diff(seen, axis=0)).max(), 0.006)
@@ -62,16 +63,16 @@ class StoryTest(unittest.TestCase):
         self.each_story(check)
 
     def test_the_hand_never_looks_past_the_drawn_desk(self):
-        def check(told):
+        def check(_, told):
             for time in np.arange(0, told.seconds, 0.05):
                 seen = camera.project(np.linalg.inv(told.hand.movement(time)), self.FRAME)
                 self.assertLess((np.abs(seen) - np.abs(self.FRAME)).max(), clips.MARGIN)
         self.each_story(check)
 
     def test_a_card_that_is_taken_away_is_not_still_for_long_enough(self):
-        def check(told):
-            self.assertEqual(len(told.showings), 2 if told.variant in ("removed", "second") else 1)
-            self.assertEqual(told.cards, 2 if told.variant == "second" else 1)
+        def check(variant, told):
+            self.assertEqual(len(told.showings), 2 if variant in ("removed", "second") else 1)
+            self.assertEqual(told.cards, 2 if variant == "second" else 1)
             for shown, after in zip(told.showings, told.showings[1:]):
                 moments = np.arange(shown.start, shown.gone, 0.01)
                 places = np.array([shown.place(time) for time in moments])
@@ -81,12 +82,12 @@ class StoryTest(unittest.TestCase):
         self.each_story(check)
 
     def test_bad_light_clears(self):
-        def check(told):
-            self.assertEqual(told.clear is not None, told.variant in ("glare", "dark"))
+        def check(variant, told):
+            self.assertEqual(told.clear is not None, variant in ("glare", "dark"))
             if told.clear:
                 before, after = told.clear - story.FADE, told.clear
-                self.assertEqual((told.glare(before) > 0.99, told.glare(after)), (told.variant == "glare", 0))
-                self.assertEqual((told.exposure(before) < 0.05, told.exposure(after)), (told.variant == "dark", 1))
+                self.assertEqual((told.glare(before) > 0.99, told.glare(after)), (variant == "glare", 0))
+                self.assertEqual((told.exposure(before) < 0.05, told.exposure(after)), (variant == "dark", 1))
         self.each_story(check)
 
 

@@ -28,8 +28,8 @@ def drawn(parent, name, arguments, count, seed):
     for outdated in parent.glob(prefix + "*"):
         shutil.rmtree(outdated)
     print(f"drawing {count}: {name}", file=sys.stderr)
-    done = subprocess.run([CARDGEN / "cardgen", *arguments, "--count", str(count), "--seed", str(seed), "--out", folder],
-                          check=False)
+    done = subprocess.run([CARDGEN / "cardgen", *arguments, "--count", str(count), "--seed", str(seed),
+                           "--out", folder], check=False)
     if done.returncode != 0:
         raise SystemExit(f"drawing {name} ended with status {done.returncode}")
     return folder

@@ -9,21 +9,36 @@ import math
 
 import numpy as np
 
-VARIANTS = ("easy", "wobbling", "glare", "dark", "removed", "second")
-
 # The hand's own tremor and its slow drift, always there: hertz and reach.
 TREMOR, TREMOR_REACH = (6, 10), 0.0005
 DRIFT, DRIFT_REACH = (0.2, 0.5), 0.004
-# Searching movements before the hand is still, by variant, and how long they take to die away.
-WOBBLE, SETTLING = (0.6, 1.4), 0.35
-WOBBLE_REACH = {"wobbling": 0.03}
-USUAL_WOBBLE_REACH = 0.006
+WOBBLE, SETTLING = (0.6, 1.4), 0.35  # searching movements, and how long they take to die away
 # A card that is taken away was not still for long enough to be photographed.
 GLANCE = (0.1, 0.25)
-# Time after the last obstacle: two attempts at a photo, or until a user presses the button.
-REST = {"easy": 2.7, "wobbling": 2.4, "glare": 3.3, "dark": 2.7, "removed": 2.4, "second": 2.4}
-DARKNESS = (0.03, 0.045)
-FADE = 0.3
+# How long the light stays bad once the card is still, how dark it is, and how long it takes to change.
+BAD_LIGHT, DARKNESS, FADE = (0.7, 1.5), (0.03, 0.045), 0.3
+
+
+@dataclasses.dataclass(frozen=True)
+class Plot:
+    """What sets a variant apart."""
+
+    rest: float  # from the moment when the card is still to the end: time for two attempts at a photo
+    wobble: float = 0.006  # reach of the hand's searching movements
+    search: tuple = (0.1, 0.1)  # how long they last once the card lies there
+    fault: str | None = None  # of the light: "glare" or "dark"
+    before: str | None = None  # the card that is shown and taken away at first: the "same" or an "other"
+
+
+PLOTS = {
+    "easy": Plot(rest=2.7),
+    "wobbling": Plot(rest=2.5, wobble=0.03, search=(0.8, 1.3)),
+    # Long enough for a scanner to offer a button for want of a good frame, and for a person to press it.
+    "glare": Plot(rest=5.5, fault="glare"),
+    "dark": Plot(rest=4.2, fault="dark"),
+    "removed": Plot(rest=2.5, before="same"),
+    "second": Plot(rest=2.5, before="other"),
+}
 
 
 def smooth(share):
@@ -90,7 +105,7 @@ class Hand:
 
 @dataclasses.dataclass(frozen=True)
 class Story:
-    variant: str
+    fault: str | None
     showings: tuple
     hand: Hand
     still: float  # from here on the last card is held still
@@ -112,13 +127,13 @@ class Story:
         return None
 
     def exposure(self, time):
-        if self.variant != "dark":
+        if self.fault != "dark":
             return 1.0
         return self.darkness + (1 - self.darkness) * smooth((time - self.clear + FADE) / FADE)
 
     def glare(self, time):
         """Strength of the lamp's mirror image: it comes with the card, hides it, and goes when the card is tilted."""
-        if self.variant != "glare":
+        if self.fault != "glare":
             return 0.0
         return smooth((time - self.showings[-1].rest + FADE) / FADE) * (1 - smooth((time - self.clear + FADE) / FADE))
 
@@ -130,12 +145,12 @@ def _slide(rng, card, start, leave_after=math.inf):
 
 def tell(variant, rng):
     """A story of that variant; `rng` is a numpy generator."""
+    plot = PLOTS[variant]
     showings = [_slide(rng, 0, rng.uniform(0.2, 0.4))]
-    if variant in ("removed", "second"):
+    if plot.before:
         showings = [_slide(rng, 0, rng.uniform(0.1, 0.2), rng.uniform(*GLANCE))]
-        showings.append(_slide(rng, int(variant == "second"), showings[0].gone + rng.uniform(0.2, 0.5)))
-    still = showings[-1].rest + (rng.uniform(0.8, 1.3) if variant == "wobbling" else 0.1)
-    clear = still + rng.uniform(0.7, 1.5) if variant in ("glare", "dark") else None
-    hand = Hand(rng, WOBBLE_REACH.get(variant, USUAL_WOBBLE_REACH), still)
-    return Story(variant, tuple(showings), hand, still, clear, (clear or still) + REST[variant],
+        showings.append(_slide(rng, int(plot.before == "other"), showings[0].gone + rng.uniform(0.2, 0.5)))
+    still = showings[-1].rest + rng.uniform(*plot.search)
+    clear = still + rng.uniform(*BAD_LIGHT) if plot.fault else None
+    return Story(plot.fault, tuple(showings), Hand(rng, plot.wobble, still), still, clear, still + plot.rest,
                  rng.uniform(*DARKNESS))
