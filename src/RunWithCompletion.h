@@ -16,7 +16,7 @@ namespace pravik {
 /// Runs a task on the pool and hands its end to `completion` on the main queue; without a dispatch both at once.
 /// An exception other than OCRError becomes recognitionFailed with its text.
 template <class Info>
-void runWithCompletion(std::shared_ptr<Dispatch> dispatch, Task<Info> task,
+void runWithCompletion(const std::shared_ptr<Dispatch>& dispatch, Task<Info> task,
                        std::function<void(Result<Info>)> completion) {
   if (!dispatch) return completion(syncWait(std::move(task)));
   asio::co_spawn(DispatchExecutor(dispatch), std::move(task),

@@ -75,7 +75,7 @@ bool PravikSDK::checkCameraPermission() const {
 }
 
 Task<bool> PravikSDK::requestCameraPermission() const {
-  return suspendUntilCalled<bool>([captureSystem = platform_.captureSystem](auto completion) {
+  return suspendUntilCalled<bool>([captureSystem = platform_.captureSystem](const auto& completion) {
     const auto status = captureSystem ? captureSystem->authorizationStatus() : CameraAuthorizationStatus::denied;
     if (status != CameraAuthorizationStatus::notDetermined)
       return completion(status == CameraAuthorizationStatus::authorized);

@@ -24,7 +24,7 @@ struct Platform {
   std::shared_ptr<Dispatch> dispatch;
   std::shared_ptr<PhotoLibrary> photoLibrary;
   std::shared_ptr<CaptureSystem> captureSystem;
-  /// Where scanners are shown when the caller names no stage.
+  /// Where the screens are shown that the host presents itself.
   std::shared_ptr<Stage> stage;
 
   /// The platform that PravikSDK::shared() is created from. An application sets it once at start-up, before

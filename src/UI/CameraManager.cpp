@@ -11,38 +11,44 @@
 namespace pravik {
 namespace {
 
-/// Holds a device for configuration while it lives.
+/// Holds a device for configuration while it lives, if it can.
 class ConfigurationLock {
  public:
-  explicit ConfigurationLock(CaptureDevice& device) : device_(device) { device_.lockForConfiguration(); }
-  ~ConfigurationLock() { device_.unlockForConfiguration(); }
+  explicit ConfigurationLock(CaptureDevice& device) : device_(device) {
+    try {
+      device_.lockForConfiguration();
+    } catch (const std::exception& error) {
+      failure_ = error.what();
+    }
+  }
+  ~ConfigurationLock() {
+    if (isHeld()) device_.unlockForConfiguration();
+  }
   ConfigurationLock(const ConfigurationLock&) = delete;
   ConfigurationLock& operator=(const ConfigurationLock&) = delete;
   ConfigurationLock(ConfigurationLock&&) = delete;
   ConfigurationLock& operator=(ConfigurationLock&&) = delete;
 
+  bool isHeld() const { return !failure_; }
+  /// Why the device cannot be held, when it cannot.
+  std::string failure() const { return failure_.value_or(""); }
+
  private:
   CaptureDevice& device_;
+  std::optional<std::string> failure_;
 };
 
 void focusAndExposeContinuously(CaptureDevice& device) {
-  try {
-    const ConfigurationLock lock(device);
-    if (device.supportsContinuousAutoFocus()) device.setContinuousAutoFocus();
-    if (device.supportsContinuousAutoExposure()) device.setContinuousAutoExposure();
-  } catch (const std::exception&) {
-    // A camera that cannot be set keeps its settings, which serve as well.
-  }
+  const ConfigurationLock lock(device);
+  if (!lock.isHeld()) return;
+  if (device.supportsContinuousAutoFocus()) device.setContinuousAutoFocus();
+  if (device.supportsContinuousAutoExposure()) device.setContinuousAutoExposure();
 }
 
 void setTorch(CaptureDevice* device, bool on) {
   if (device == nullptr || !device->hasTorch()) return;
-  try {
-    const ConfigurationLock lock(*device);
-    device->setTorch(on);
-  } catch (const std::exception&) {
-    // The button goes on showing what the torch does.
-  }
+  const ConfigurationLock lock(*device);
+  if (lock.isHeld()) device->setTorch(on);
 }
 
 std::string joinedNames(const std::vector<MetadataObjectType>& types) {
@@ -137,14 +143,15 @@ void CameraManager::stopSession() {
 void CameraManager::takePhoto() {
   if (!isConfigured_ || !session_->isRunning()) {
     OCRLogger::warning([] { return std::string("capturePhoto: session 未就绪（模拟器 / 权限未授权），跳过拍照"); });
-    return deliverPhoto({});
+    deliverPhoto({});
+    return;
   }
   session_->capturePhoto(session_->supportsAutomaticFlash(), [weak = weak_from_this()](const CapturedPhoto& photo) {
     if (const auto camera = weak.lock()) camera->deliverPhoto(photo);
   });
 }
 
-void CameraManager::deliverPhoto(const CapturedPhoto& photo) {
+void CameraManager::deliverPhoto(const CapturedPhoto& photo) const {
   if (photo.error) OCRLogger::error([&] { return "拍照失败: " + *photo.error; });
   if (onPhotoCaptured) guardedCall([&] { onPhotoCaptured(photo.error ? std::nullopt : photo.image); });
 }
@@ -161,7 +168,7 @@ void CameraManager::applyCodeTypes(const std::vector<MetadataObjectType>& types)
   OCRLogger::debug([&] { return "条码检测已启用: " + joinedNames(kept); });
 }
 
-void CameraManager::deliverCode(const std::vector<MetadataObject>& objects) {
+void CameraManager::deliverCode(const std::vector<MetadataObject>& objects) const {
   if (objects.empty() || objects.front().stringValue.value_or("").empty() || !onCodeDetected) return;
   const MetadataObject& code = objects.front();
   guardedCall([&] { onCodeDetected(*code.stringValue, pravikDisplayName(code.type)); });
@@ -183,13 +190,13 @@ bool CameraManager::isTorchOn() const {
 void CameraManager::lockExposureToPoint(Point point) {
   const std::shared_ptr<CaptureDevice> camera = device();
   if (!camera || !camera->supportsExposurePointOfInterest() || !camera->supportsContinuousAutoExposure()) return;
-  try {
-    const ConfigurationLock lock(*camera);
-    camera->setExposurePointOfInterest({std::clamp(point.x, 0.0, 1.0), std::clamp(point.y, 0.0, 1.0)});
-    camera->setContinuousAutoExposure();
-  } catch (const std::exception& error) {
-    OCRLogger::debug([&] { return std::string("曝光点锁定失败: ") + error.what(); });
+  const ConfigurationLock lock(*camera);
+  if (!lock.isHeld()) {
+    OCRLogger::debug([&] { return "曝光点锁定失败: " + lock.failure(); });
+    return;
   }
+  camera->setExposurePointOfInterest({std::clamp(point.x, 0.0, 1.0), std::clamp(point.y, 0.0, 1.0)});
+  camera->setContinuousAutoExposure();
 }
 
 std::shared_ptr<CaptureDevice> CameraManager::device() const {

@@ -58,8 +58,8 @@ class CameraManager : public std::enable_shared_from_this<CameraManager> {
   void takePhoto();
   void applyCodeTypes(const std::vector<MetadataObjectType>& types);
   void addOutputs();
-  void deliverPhoto(const CapturedPhoto& photo);
-  void deliverCode(const std::vector<MetadataObject>& objects);
+  void deliverPhoto(const CapturedPhoto& photo) const;
+  void deliverCode(const std::vector<MetadataObject>& objects) const;
   std::shared_ptr<CaptureDevice> device() const;
 
   std::shared_ptr<CaptureSystem> captureSystem_;

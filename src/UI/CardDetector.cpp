@@ -27,8 +27,8 @@ CardDetector::CardDetector(std::shared_ptr<const RectangleDetector> rectangleDet
     : rectangleDetector_(std::move(rectangleDetector)), dispatch_(std::move(dispatch)) {}
 
 void CardDetector::processFrame(const VideoFrame& frame) {
-  if (!beginsProcessing(frame)) return;
-  detectRectangle(*frame.pixels);
+  if (!beginsProcessing()) return;
+  if (frame.pixels) detectRectangle(*frame.pixels);
   endProcessing();
 }
 
@@ -40,11 +40,11 @@ void CardDetector::reset() {
   if (onRectangleDetected) onRectangleDetected(std::nullopt);
 }
 
-bool CardDetector::beginsProcessing(const VideoFrame& frame) {
+bool CardDetector::beginsProcessing() {
   if (frameSkipInterval == 0) std::abort();
   const std::lock_guard lock(mutex_);
   ++run_.frameCount;
-  if (run_.frameCount % frameSkipInterval != 0 || run_.isProcessing || !frame.pixels) return false;
+  if (run_.frameCount % frameSkipInterval != 0 || run_.isProcessing) return false;
   run_.isProcessing = true;
   return true;
 }
@@ -57,7 +57,8 @@ void CardDetector::endProcessing() {
 void CardDetector::detectRectangle(const Bitmap& bitmap) {
   if (!rectangleDetector_) {
     OCRLogger::debug([] { return std::string("矩形检测错误: no rectangle detector is available"); });
-    return handleNoDetection();
+    handleNoDetection();
+    return;
   }
   std::vector<RectangleObservation> found;
   try {
@@ -68,8 +69,11 @@ void CardDetector::detectRectangle(const Bitmap& bitmap) {
   }
   const auto largest = std::ranges::max_element(
       found, {}, [](const RectangleObservation& rectangle) { return rectangle.boundingBox.area(); });
-  if (largest == found.end()) return handleNoDetection();
-  handleDetection(largest->boundingBox);
+  if (largest == found.end()) {
+    handleNoDetection();
+  } else {
+    handleDetection(largest->boundingBox);
+  }
 }
 
 void CardDetector::handleDetection(const Rect& rect) {

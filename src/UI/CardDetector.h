@@ -53,7 +53,7 @@ class CardDetector : public std::enable_shared_from_this<CardDetector> {
     bool hasTriggered = false;
   };
 
-  bool beginsProcessing(const VideoFrame& frame);
+  bool beginsProcessing();
   void endProcessing();
   void detectRectangle(const Bitmap& bitmap);
   void handleDetection(const Rect& rect);

@@ -12,7 +12,6 @@ using std::chrono::milliseconds;
 
 /// How long a still card may be held back for glare or darkness before the user is offered to take the photo.
 constexpr milliseconds qualityBlockTimeout{4000};
-constexpr milliseconds hintDissolveDuration{200};
 constexpr milliseconds shutterDuration{100};
 constexpr double shutterAlpha = 0.7;
 /// From this share of glare on, the log blames the whole picture and not a narrow band.
@@ -42,25 +41,24 @@ void OCRScannerViewController::showQualityFeedback(const FrameQuality& quality) 
   const Kind state = overlayView_->state().kind;
   if (isRecognizing() || (state != Kind::searching && state != Kind::detected)) return;
   const std::optional<std::string_view> hint = quality.qualityHint();
-  if (!hint) return overlayView_->hideQualityWarning();
-  const std::shared_ptr<Label>& label = overlayView_->hintLabel();
-  const auto stage = stage_.lock();
-  if (*hint == label->text || !stage) return;
-  auto show = [overlay = overlayView_, text = std::string(*hint)] { overlay->showQualityWarning(text); };
-  stage->animate({.duration = hintDissolveDuration, .changes = std::move(show), .crossDissolvedView = label});
+  if (!hint) {
+    overlayView_->hideQualityWarning();
+  } else if (*hint != overlayView_->hintLabel()->text) {
+    overlayView_->showQualityWarning(std::string(*hint));
+  }
 }
 
 void OCRScannerViewController::handleOutline(const std::optional<Rect>& rect) {
-  overlayView_->highlightDetectedRect(rect, view_->bounds());
+  overlayView_->highlightDetectedRect(rect, camera_->previewLayer()->pictureRect());
   const bool isDetected = overlayView_->state().kind == Kind::detected;
   if (rect) {
     camera_->lockExposureToPoint({rect->midX(), 1 - rect->midY()});
-    if (!isDetected) setState({Kind::detected});
+    if (!isDetected) setState(Kind::detected);
     return;
   }
   dispatch_->async(deferred([](const OCRScannerViewController& screen) { screen.overlayView_->hideQualityWarning(); }));
   scheduleNoDetectionTimerIfNeeded();
-  if (isDetected) setState({Kind::searching});
+  if (isDetected) setState(Kind::searching);
 }
 
 void OCRScannerViewController::scheduleNoDetectionTimerIfNeeded() {
@@ -85,7 +83,8 @@ void OCRScannerViewController::handleStableCard() {
     cancel(qualityBlockWorkItem_);
     cancel(noDetectionWorkItem_);
     overlayView_->hideManualCaptureHint(true);
-    return triggerCapture();
+    triggerCapture();
+    return;
   }
   OCRLogger::debug(
       [&] { return fmt::format("画质门控：{} 超阈值，跳过本次自动拍照 [{}]", blockReason(quality), ratios(quality)); });
@@ -112,7 +111,7 @@ void OCRScannerViewController::triggerCapture() {
   const Rect& cutout = overlayView_->cutoutRect();
   if (cutout.width > 0 && cutout.height > 0)
     pendingCropNormalizedRect_ = camera_->previewLayer()->metadataOutputRectOfInterest(cutout);
-  setState({Kind::capturing});
+  setState(Kind::capturing);
   flashShutter();
   camera_->capturePhoto();
 }
@@ -132,13 +131,15 @@ void OCRScannerViewController::flashShutter() {
 void OCRScannerViewController::handlePhoto(const std::optional<Image>& photo) {
   if (!photo) {
     OCRLogger::error([] { return std::string("拍照失败: 未获取到图片"); });
-    return handleRecognitionFailure(OCRError::invalidImage());
+    handleRecognitionFailure(OCRError::invalidImage());
+    return;
   }
   OCRLogger::info([&] { return "拍照成功, 原图尺寸: " + sizeDescription(*photo); });
   const std::optional<Image> cropped = cropImageToCutout(*photo, pendingCropNormalizedRect_);
   if (cropped) OCRLogger::info([&] { return "已裁剪到扫描区域, 裁剪后尺寸: " + sizeDescription(*cropped); });
-  lastCapturedImage_ = cropped ? cropped : photo;
-  performOCR(*lastCapturedImage_);
+  const Image& picture = cropped ? *cropped : *photo;
+  lastCapturedImage_ = picture;
+  performOCR(picture);
 }
 
 void OCRScannerViewController::resetForNewScan() {

@@ -26,18 +26,22 @@ void OCRScannerViewController::handlePickedPicture(const std::optional<Image>& p
 
 void OCRScannerViewController::performOCR(const Image& image) {
   const OCRScanMode mode = overlayView_->scanMode();
-  setState({Kind::recognizing});
+  setState(Kind::recognizing);
   OCRLogger::info(
       [&] { return fmt::format("开始 OCR 识别, 模式: {}, 图片尺寸: {}", description(mode), sizeDescription(image)); });
   switch (mode) {
     case OCRScanMode::bankCard:
-      return recognize(ocr_.recognizeBankCard(image));
+      recognize(ocr_.recognizeBankCard(image));
+      break;
     case OCRScanMode::idCardFront:
-      return recognize(ocr_.recognizeIDCardFront(image));
+      recognize(ocr_.recognizeIDCardFront(image));
+      break;
     case OCRScanMode::idCardBack:
-      return recognize(ocr_.recognizeIDCardBack(image));
+      recognize(ocr_.recognizeIDCardBack(image));
+      break;
     case OCRScanMode::qrCode:
-      return recognize(ocr_.recognizeCode(image, mode));
+      recognize(ocr_.recognizeCode(image, mode));
+      break;
   }
 }
 
@@ -45,8 +49,11 @@ template <class Info>
 void OCRScannerViewController::recognize(Task<Info> task) {
   auto finish = [number = ++recognition_](OCRScannerViewController& screen, const Result<Info>& result) {
     if (number != screen.recognition_) return;
-    if (!result) return screen.handleRecognitionFailure(result.error());
-    screen.handleSuccess(*result);
+    if (result) {
+      screen.handleSuccess(*result);
+    } else {
+      screen.handleRecognitionFailure(result.error());
+    }
   };
   runWithCompletion<Info>(dispatch_, std::move(task), deferred(std::move(finish)));
 }
@@ -76,7 +83,7 @@ void OCRScannerViewController::handleRecord(const Info& info, SuccessMessage<Inf
 
 template <class Info>
 void OCRScannerViewController::reportSuccess(const Info& info, SuccessMessage<Info> message) {
-  setState({Kind::success});
+  setState(Kind::success);
   auto report = [info, message](OCRScannerViewController& screen) {
     screen.tellDelegate(message, OCRScannerResult<Info>{info, screen.lastCapturedImage_});
   };
@@ -94,11 +101,17 @@ void OCRScannerViewController::reportSuccess(const Info& info, SuccessMessage<In
 }
 
 void OCRScannerViewController::handleRecognitionFailure(const OCRError& error) {
-  if (isAlbumMode_) return handleAlbumFailure();
+  if (isAlbumMode_) {
+    handleAlbumFailure();
+    return;
+  }
   ++retryCount_;
   OCRLogger::warning(
       [&] { return fmt::format("识别失败 ({}/{}): {}", retryCount_, maxRetryCount, error.errorDescription()); });
-  if (retryCount_ >= maxRetryCount) return handleLastFailure(error);
+  if (retryCount_ >= maxRetryCount) {
+    handleLastFailure(error);
+    return;
+  }
   setState(ScanState::failed("识别失败，请调整角度重试"));
   resetForNewScan();
 }
@@ -115,7 +128,8 @@ void OCRScannerViewController::handleLastFailure(const OCRError& error) {
   if (scanMode_ == OCRScanMode::bankCard) {
     if (const std::optional<BankCardInfo> card = ocr_.tryCrossAttemptFusion()) {
       OCRLogger::info([&] { return "跨拍照融合挽救成功: " + card->cardNumber; });
-      return handleSuccess(*card);
+      handleSuccess(*card);
+      return;
     }
   }
   setState(ScanState::failed("识别失败，请重新对准卡片"));

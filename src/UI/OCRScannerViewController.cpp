@@ -114,17 +114,23 @@ void OCRScannerViewController::checkPermission() {
   switch (status) {
     case CameraAuthorizationStatus::restricted:
     case CameraAuthorizationStatus::denied:
-      return handlePermissionDenied();
+      handlePermissionDenied();
+      break;
     case CameraAuthorizationStatus::notDetermined:
-      return captureSystem_->requestAccess(deferredToMain(&OCRScannerViewController::handlePermissionAnswer));
+      captureSystem_->requestAccess(deferredToMain(&OCRScannerViewController::handlePermissionAnswer));
+      break;
     case CameraAuthorizationStatus::authorized:
       camera_->configure();
-      return bindDetector();
+      bindDetector();
+      break;
   }
 }
 
 void OCRScannerViewController::handlePermissionAnswer(bool granted) {
-  if (!granted) return handlePermissionDenied();
+  if (!granted) {
+    handlePermissionDenied();
+    return;
+  }
   camera_->configure();
   bindDetector();
   camera_->start();
@@ -160,7 +166,8 @@ void OCRScannerViewController::bindDetector() {
           OCRLogger::info([&] { return "扫描到 " + typeName + ": " + payload; });
           succeed(CodeScanResult{payload, typeName});
         };
-    return camera_->setCodeTypes(metadataObjectTypes(scanMode_));
+    camera_->setCodeTypes(metadataObjectTypes(scanMode_));
+    return;
   }
   camera_->onVideoFrame = [frames = frames_, show = deferredToMain(&OCRScannerViewController::showQualityFeedback)](
                               const VideoFrame& frame) {
@@ -190,6 +197,8 @@ void OCRScannerViewController::albumTapped() {
 }
 
 void OCRScannerViewController::manualCaptureTapped() {
+  // Codes are read from the live picture; a stage may press the button by a key though it is never offered.
+  if (scanMode_ == OCRScanMode::qrCode) return;
   OCRLogger::info([] { return std::string("用户点击手动拍照"); });
   cancel(noDetectionWorkItem_);
   overlayView_->hideManualCaptureHint(false);
@@ -201,8 +210,11 @@ void OCRScannerViewController::dismissAnimated(std::function<void(OCRScannerView
   // The report after the dismissal must come, so it holds the screen.
   std::function<void()> completion;
   if (afterwards) completion = [self = shared_from_this(), afterwards = std::move(afterwards)] { afterwards(*self); };
-  if (const auto stage = stage_.lock()) return stage->dismiss(*this, true, std::move(completion));
-  if (completion) completion();
+  if (const auto stage = stage_.lock()) {
+    stage->dismiss(*this, true, std::move(completion));
+  } else if (completion) {
+    completion();
+  }
 }
 
 void OCRScannerViewController::cancel(std::optional<WorkItem>& timer) {

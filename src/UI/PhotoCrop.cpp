@@ -13,6 +13,10 @@ constexpr double margin = 0.05;
 constexpr double leastWidth = 100;
 constexpr double leastHeight = 50;
 
+bool isLarger(const Rect& rect, double width, double height) {
+  return rect.width > width && rect.height > height;
+}
+
 Rect grown(const Rect& rect) {
   const double dx = rect.width * margin;
   const double dy = rect.height * margin;
@@ -32,12 +36,12 @@ PixelRect touchedPixels(const Rect& rect, const Bitmap& bitmap) {
 }  // namespace
 
 std::optional<Image> cropImageToCutout(const Image& image, const std::optional<Rect>& cutout) {
-  if (!cutout || !(cutout->width > 0 && cutout->height > 0) || !image.bitmap) return std::nullopt;
+  if (!cutout || !isLarger(*cutout, 0, 0) || !image.bitmap) return std::nullopt;
   const double width = image.bitmap->width();
   const double height = image.bitmap->height();
   const Rect scaled{cutout->x * width, cutout->y * height, cutout->width * width, cutout->height * height};
   const Rect part = intersection(grown(scaled), {0, 0, width, height});
-  if (!(part.width > leastWidth && part.height > leastHeight)) return std::nullopt;
+  if (!isLarger(part, leastWidth, leastHeight)) return std::nullopt;
   return Image{image.bitmap->crop(touchedPixels(part, *image.bitmap)), image.orientation, image.scale};
 }
 

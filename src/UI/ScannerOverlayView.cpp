@@ -23,6 +23,13 @@ constexpr double cardAspectRatio = 1.586;
 constexpr double cardWidthShare = 0.85;
 constexpr double codeWidthShare = 0.72;
 constexpr double cutoutTopShare = 0.3;
+/// Of a view that is wider than high by this ratio: how much of the height the cut-out takes, and what is left above
+/// and below it at least, in points.
+constexpr double wideRatio = 1.5;
+constexpr double wideHeightShare = 0.78;
+constexpr double wideMargin = 60;
+constexpr double wideSpacing = 6;
+constexpr double sideMargin = 20;
 constexpr double cutoutRadius = 12;
 constexpr double cornerLength = 24;
 constexpr double cornerLineWidth = 4;
@@ -49,8 +56,8 @@ constexpr milliseconds manualCaptureHideDuration{200};
 /// How a state looks; a state without a text hides the status.
 struct StateLook {
   Color color;
-  const char* text;
-  bool stopsScanLine;
+  const char* text = nullptr;
+  bool stopsScanLine = false;
 };
 
 /// In the order of the states. The text of `failed` is its own message.
@@ -75,6 +82,18 @@ const char* hintText(OCRScanMode mode) {
       return "将二维码/条形码对准此区域";
   }
   return "";
+}
+
+/// A view as wide as that has no room below the cut-out that a screen held upright gets.
+bool isWide(const Rect& frame) {
+  return frame.width >= wideRatio * frame.height;
+}
+
+/// In the middle, as high as leaves two lines below it.
+Rect wideCutoutFor(OCRScanMode mode, double width, double height) {
+  const double cutoutHeight = std::min(height * wideHeightShare, height - 2 * wideMargin);
+  const double cutoutWidth = mode == OCRScanMode::qrCode ? cutoutHeight : cutoutHeight * cardAspectRatio;
+  return {(width - cutoutWidth) / 2, (height - cutoutHeight) / 2, cutoutWidth, cutoutHeight};
 }
 
 Rect cutoutFor(OCRScanMode mode, double width, double height) {
@@ -135,7 +154,7 @@ void ScannerOverlayView::buildButtons() {
   closeButton_ = makeButton(&ScannerOverlayView::onCloseTapped);
   closeButton_->icon = "xmark";
   albumButton_ = makeButton(&ScannerOverlayView::onAlbumTapped);
-  albumButton_->title = "相册";
+  albumButton_->icon = "photo";
   torchButton_ = makeButton(&ScannerOverlayView::onTorchTapped);
   updateTorchButtonUI(false);
   manualCaptureButton_ = makeButton(&ScannerOverlayView::onManualCaptureTapped);
@@ -220,9 +239,12 @@ void ScannerOverlayView::updateHintText() {
 }
 
 void ScannerOverlayView::showQualityWarning(const std::string& text) {
-  hintLabel_->text = text;
-  hintLabel_->textColor = amber;
-  layoutBelowCutout();
+  auto warn = [this, text] {
+    hintLabel_->text = text;
+    hintLabel_->textColor = amber;
+    layoutBelowCutout();
+  };
+  animate({.duration = hintDissolveDuration, .changes = std::move(warn), .crossDissolvedView = hintLabel_});
 }
 
 void ScannerOverlayView::hideQualityWarning() {
@@ -233,7 +255,8 @@ void ScannerOverlayView::hideQualityWarning() {
 
 void ScannerOverlayView::layoutSubviews() {
   if (frame.width <= 0 || frame.height <= 0) return;
-  cutoutRect_ = cutoutFor(scanMode_, frame.width, frame.height);
+  cutoutRect_ = isWide(frame) ? wideCutoutFor(scanMode_, frame.width, frame.height)
+                              : cutoutFor(scanMode_, frame.width, frame.height);
   layoutMask();
   updateCorners();
   scanLineView_->frame = {cutoutRect_.x + scanLineInset, cutoutRect_.y, cutoutRect_.width - 2 * scanLineInset,
@@ -264,14 +287,24 @@ void ScannerOverlayView::layoutTopButtons() {
 }
 
 void ScannerOverlayView::layoutBelowCutout() {
+  const bool wide = isWide(frame);
   const Size limit{frame.width - 40, 30};
   hintLabel_->frame =
-      centred(frame.width, cutoutRect_.maxY() + 20, fittedSize(hintLabel_->text, hintLabel_->font, limit));
+      centred(frame.width, cutoutRect_.maxY() + (wide ? wideSpacing : 20), fittedSize(hintLabel_->text, hintLabel_->font, limit));
   Size status = fittedSize(statusLabel_->text, statusLabel_->font, limit);
   status = {std::max(status.width, 200.0), std::max(status.height, 20.0)};
-  statusLabel_->frame = centred(frame.width, hintLabel_->frame.maxY() + 12, status);
+  statusLabel_->frame = centred(frame.width, hintLabel_->frame.maxY() + (wide ? wideSpacing : 12), status);
   const double torchTitle = fittedSize(torchButton_->title, torchButton_->font, {200 - buttonIconWidth, 44}).width;
-  torchButton_->frame = centred(frame.width, statusLabel_->frame.maxY() + 28, {torchTitle + buttonIconWidth, 44});
+  const Size torch{torchTitle + buttonIconWidth, 44};
+  if (wide) {
+    const double middle = (cutoutRect_.maxY() + frame.height) / 2;
+    torchButton_->frame = {sideMargin, middle - torch.height / 2, torch.width, torch.height};
+    manualCaptureButton_->frame = {frame.width - sideMargin - manualCaptureSize.width,
+                                   middle - manualCaptureSize.height / 2, manualCaptureSize.width,
+                                   manualCaptureSize.height};
+    return;
+  }
+  torchButton_->frame = centred(frame.width, statusLabel_->frame.maxY() + 28, torch);
   manualCaptureButton_->frame = centred(frame.width, torchButton_->frame.maxY() + 20, manualCaptureSize);
 }
 

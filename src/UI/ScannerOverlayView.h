@@ -27,10 +27,12 @@ class ScannerOverlayView : public View, public std::enable_shared_from_this<Scan
   struct ScanState {
     enum class Kind : std::uint8_t { searching, detected, capturing, recognizing, success, failed };
 
-    Kind kind = Kind::searching;
-    std::string message = {};
+    ScanState(Kind stateKind = Kind::searching, std::string text = {}) : kind(stateKind), message(std::move(text)) {}
+    static ScanState failed(std::string text) { return {Kind::failed, std::move(text)}; }
 
-    static ScanState failed(std::string message) { return {Kind::failed, std::move(message)}; }
+    Kind kind;
+    std::string message;
+
     bool operator==(const ScanState&) const = default;
   };
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/AsioDispatch.h"
+#include "UI/FrameMonitor.h"
 #include "support/Fakes.h"
 #include "support/LogCapture.h"
 #include "support/ManualDispatch.h"
@@ -129,18 +130,23 @@ TEST(CardDetector, saysNothingOnceItIsGone) {
   EXPECT_TRUE(w.outlines.empty());
 }
 
-TEST(CardDetector, mayBeResetWhileFramesArrive) {
+TEST(FrameMonitor, mayBeResetWhileFramesArrive) {
   Watch w;
   w.rectangles->rectangles = {{{}, card, 0.9F}};
-  const auto dispatch = std::make_shared<AsioDispatch>(1);
-  const auto detector = std::make_shared<CardDetector>(w.rectangles, dispatch);
+  const auto detector = std::make_shared<CardDetector>(w.rectangles, std::make_shared<AsioDispatch>(1));
   std::atomic<int> reports = 0;
   detector->onRectangleDetected = [&](std::optional<Rect>) { ++reports; };
   detector->onCardStable = [&] { ++reports; };
+  FrameMonitor monitor(detector);
   std::thread camera([&] {
-    for (int i = 0; i < 600; ++i) detector->processFrame(w.frame);
+    for (int i = 0; i < 600; ++i) monitor.process(w.frame);
   });
-  for (int i = 0; i < 50; ++i) detector->reset();
+  for (int i = 0; i < 50; ++i) {
+    monitor.isRecognizing = i % 2 == 0;
+    monitor.resetQuality();
+    detector->reset();
+    EXPECT_TRUE(monitor.recentFrameQuality().isGoodForCapture);
+  }
   camera.join();
   EXPECT_GE(reports, 50);
 }

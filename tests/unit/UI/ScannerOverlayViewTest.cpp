@@ -148,7 +148,7 @@ TEST(ScannerOverlayView, putsAWarningInPlaceOfTheHintAndBack) {
   o.view->hideQualityWarning();
   EXPECT_EQ(o.view->hintLabel()->text, "将身份证人像面对准此区域");
   EXPECT_EQ(o.view->hintLabel()->textColor, colors::white);
-  EXPECT_EQ(o.stage->crossDissolves.size(), 1U);
+  EXPECT_EQ(o.stage->crossDissolves.size(), 2U);
 
   EXPECT_EQ(Overlay(OCRScanMode::bankCard).view->hintLabel()->text, "将银行卡正面对准此区域");
   EXPECT_EQ(Overlay(OCRScanMode::idCardBack).view->hintLabel()->text, "将身份证国徽面对准此区域");
@@ -215,17 +215,6 @@ TEST(ScannerOverlayView, givesTouchesToItsButtonsAndLeavesTheOthersToTheViewsBel
   o.view->albumButton()->frame = o.view->closeButton()->frame;
   EXPECT_EQ(o.view->hitTest({20, 60}), o.view->closeButton().get()) << "the first of those that share a place";
   EXPECT_EQ(o.view->hitTest({200, 400}), nullptr);
-}
-
-TEST(ScannerOverlayView, worksWithoutAStage) {
-  const auto dispatch = std::make_shared<test::ManualDispatch>();
-  const auto view = std::make_shared<ScannerOverlayView>(std::weak_ptr<Stage>(), dispatch);
-  view->frame = {0, 0, 400, 800};
-  view->layoutSubviews();
-  view->startScanLineAnimation();
-  view->showManualCaptureHint();
-  EXPECT_EQ(view->manualCaptureButton()->alpha, 1);
-  view->setState({Kind::success});
 }
 
 }  // namespace
