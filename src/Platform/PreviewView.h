@@ -14,6 +14,9 @@ class PreviewView : public View {
   /// Null shows nothing.
   std::shared_ptr<CaptureSession> session;
 
+  /// Where the whole of the camera's picture lies in this view, cut-off sides included; the view's bounds before the
+  /// first picture.
+  Rect pictureRect() const;
   /// The part of the camera's picture that a rectangle of this view shows: 0...1 in both directions of the unturned
   /// picture, origin at the top left. Of no extent before the first picture.
   Rect metadataOutputRectOfInterest(const Rect& rect) const;

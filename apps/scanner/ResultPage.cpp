@@ -1,0 +1,128 @@
+#include "apps/scanner/ResultPage.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QResizeEvent>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <chrono>
+
+#include "backends/qt/QtValues.h"
+
+namespace pravik::scanner {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int pictureHeight = 240;
+constexpr int pageMargins = 20;
+constexpr int buttonHeight = 44;
+/// How long a button says that it has copied.
+constexpr std::chrono::milliseconds copiedDuration = 1500ms;
+
+QPixmap pixmapOf(const std::optional<Image>& image) {
+  if (!image || !image->bitmap) return {};
+  return QPixmap::fromImage(toQt(uprightBitmap(*image->bitmap, image->orientation)));
+}
+
+QPushButton* makeCopyButton(const Field& field) {
+  auto* button = new QPushButton(text(Text::copy));
+  button->setAccessibleName(text(Text::copy) + ' ' + text(field.label));
+  QObject::connect(button, &QPushButton::clicked, button, [button, value = field.value] {
+    QGuiApplication::clipboard()->setText(value);
+    button->setText(text(Text::copied));
+    QTimer::singleShot(copiedDuration, button, [button] { button->setText(text(Text::copy)); });
+  });
+  return button;
+}
+
+QPushButton* makeShowButton(const Field& field, QLabel* value) {
+  auto* button = new QPushButton(text(Text::show));
+  button->setCheckable(true);
+  button->setAccessibleName(text(Text::show) + ' ' + text(field.label));
+  QObject::connect(button, &QPushButton::toggled, value, [button, value, field](bool isShown) {
+    value->setText(isShown ? field.value : masked(field.value));
+    button->setText(text(isShown ? Text::hide : Text::show));
+  });
+  return button;
+}
+
+}  // namespace
+
+ResultPage::ResultPage() : scroll_(new QScrollArea), again_(new QPushButton(text(Text::scanAgain))) {
+  scroll_->setWidgetResizable(true);
+  scroll_->setFrameShape(QFrame::NoFrame);
+  auto* back = new QPushButton(text(Text::back));
+  for (QPushButton* button : {again_, back}) button->setMinimumHeight(buttonHeight);
+  connect(again_, &QPushButton::clicked, this, [this] { onScanAgain(); });
+  connect(back, &QPushButton::clicked, this, [this] { onBack(); });
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(back);
+  buttons->addWidget(again_, 1);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(pageMargins, pageMargins, pageMargins, pageMargins);
+  column->addWidget(scroll_, 1);
+  column->addLayout(buttons);
+}
+
+void ResultPage::show(const ScannedRecord& record) {
+  pixmap_ = pixmapOf(record.picture);
+  scroll_->setWidget(makeFields(record));
+  fitPicture();
+  again_->setFocus();
+}
+
+QWidget* ResultPage::makeFields(const ScannedRecord& record) {
+  auto* content = new QWidget;
+  auto* column = new QVBoxLayout(content);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(16);
+  picture_ = new QLabel;
+  picture_->setAlignment(Qt::AlignCenter);
+  picture_->setVisible(!pixmap_.isNull());
+  column->addWidget(picture_);
+  if (record.failsCheck) {
+    auto* warning = new QLabel(text(Text::checkFailed));
+    warning->setWordWrap(true);
+    column->addWidget(warning);
+  }
+  auto* grid = new QGridLayout;
+  grid->setHorizontalSpacing(12);
+  grid->setVerticalSpacing(10);
+  grid->setColumnStretch(1, 1);
+  for (const Field& field : record.fields) addRow(*grid, field);
+  column->addLayout(grid);
+  column->addStretch(1);
+  return content;
+}
+
+void ResultPage::addRow(QGridLayout& grid, const Field& field) {
+  const int row = grid.rowCount();
+  auto* label = new QLabel(text(field.label));
+  label->setEnabled(false);
+  auto* value = new QLabel(field.isSecret ? masked(field.value) : field.value);
+  value->setTextFormat(Qt::PlainText);
+  value->setWordWrap(true);
+  value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  value->setAccessibleName(text(field.label));
+  grid.addWidget(label, row, 0, Qt::AlignTop);
+  grid.addWidget(value, row, 1);
+  if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 2, Qt::AlignTop);
+  grid.addWidget(makeCopyButton(field), row, 3, Qt::AlignTop);
+}
+
+void ResultPage::resizeEvent(QResizeEvent* /*event*/) {
+  fitPicture();
+}
+
+void ResultPage::fitPicture() {
+  if (pixmap_.isNull() || picture_ == nullptr) return;
+  const double scale = devicePixelRatioF();
+  const QSize room(width() - 2 * pageMargins, pictureHeight);
+  QPixmap fitted = pixmap_.scaled(room * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  fitted.setDevicePixelRatio(scale);
+  picture_->setPixmap(fitted);
+}
+
+}  // namespace pravik::scanner

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+#include <vector>
+
+#include "Pravik.h"
+#include "apps/pravik/Answer.h"
+#include "apps/scanner/Texts.h"
+
+namespace pravik::scanner {
+
+/// One line of a record, as it is shown.
+struct Field {
+  Text label;
+  QString value;
+  /// Whether it is shown only on request.
+  bool isSecret = false;
+
+  bool operator==(const Field&) const = default;
+};
+
+/// What a scan brought, ready to be shown and written.
+struct ScannedRecord {
+  /// Those that were found.
+  std::vector<Field> fields;
+  /// Absent when there is no picture.
+  std::optional<Image> picture;
+  /// Whether a number does not fit its own check digit.
+  bool failsCheck = false;
+  /// {"kind":…,"result":…} with "checks" for a card, as the command-line tool answers.
+  cli::Answer answer;
+};
+
+ScannedRecord describe(const OCRScannerResult<BankCardInfo>& result);
+ScannedRecord describe(const OCRScannerResult<IDCardFrontInfo>& result);
+ScannedRecord describe(const OCRScannerResult<IDCardBackInfo>& result);
+ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result);
+
+/// A secret value with a dot for every character but the last four; spaces stay.
+QString masked(const QString& value);
+
+}  // namespace pravik::scanner

@@ -1,0 +1,199 @@
+#include "apps/scanner/ScannerWindow.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QPointer>
+#include <QUrl>
+#include <utility>
+
+#include "RunWithCompletion.h"
+#include "UI/OCRScannerViewController.h"
+#include "backends/opencv/VideoSource.h"
+#include "backends/qt/QtPlatform.h"
+
+namespace pravik::scanner {
+namespace {
+
+/// The shape of most cameras' pictures, so that a scanner shows all of them.
+constexpr QSize initialSize(1120, 630);
+constexpr QSize leastSize(340, 560);
+
+QString droppedFile(const QMimeData& data) {
+  for (const QUrl& url : data.urls())
+    if (url.isLocalFile()) return url.toLocalFile();
+  return {};
+}
+
+}  // namespace
+
+/// Hears the scanner's screens, as long as the window is there.
+class ScannerWindow::Listener : public OCRScannerDelegate {
+ public:
+  explicit Listener(ScannerWindow& window) : window_(window) {}
+
+  void scannerDidRecognizeBankCard(OCRScannerViewController& /*scanner*/,
+                                   const OCRScannerResult<BankCardInfo>& result) override {
+    window_.showRecord(describe(result));
+  }
+  void scannerDidRecognizeIDCardFront(OCRScannerViewController& /*scanner*/,
+                                      const OCRScannerResult<IDCardFrontInfo>& result) override {
+    window_.showRecord(describe(result));
+  }
+  void scannerDidRecognizeIDCardBack(OCRScannerViewController& /*scanner*/,
+                                     const OCRScannerResult<IDCardBackInfo>& result) override {
+    window_.showRecord(describe(result));
+  }
+  void scannerDidScanCode(OCRScannerViewController& /*scanner*/,
+                          const OCRScannerResult<CodeScanResult>& result) override {
+    window_.showRecord(describe(result));
+  }
+  void scannerDidFailWithError(OCRScannerViewController& /*scanner*/, const OCRError& error) override {
+    // The screen stays and asks for the permission; its cancellation is the end.
+    if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
+    window_.showFailure(QString::fromStdString(error.errorDescription()));
+  }
+  void scannerDidCancel(OCRScannerViewController& /*scanner*/) override { window_.showFailure({}); }
+
+ private:
+  ScannerWindow& window_;
+};
+
+ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool bringsCamera)
+    : settings_(std::move(settings)),
+      platform_(std::move(platform)),
+      bringsCamera_(bringsCamera),
+      sdk_(platform_),
+      stage_(std::make_shared<QtStage>(*this, platform_)),
+      listener_(std::make_shared<Listener>(*this)),
+      start_(new StartPage(settings_.mode.value_or(OCRScanMode::bankCard), settings_.camera)),
+      result_(new ResultPage) {
+  setWindowTitle(text(Text::title));
+  setMinimumSize(leastSize);
+  resize(initialSize);
+  setAcceptDrops(true);
+  addWidget(start_);
+  addWidget(result_);
+  start_->onStart = [this] { scan(); };
+  start_->onOpenPhoto = [this] { askForPhoto(); };
+  result_->onScanAgain = [this] { scan(); };
+  result_->onBack = [this] { setCurrentWidget(start_); };
+}
+
+ScannerWindow::~ScannerWindow() {
+  // Before the pages, and with the listener still there to hear nothing more.
+  listener_.reset();
+  stage_.reset();
+}
+
+void ScannerWindow::begin() {
+  if (settings_.mode) scan();
+}
+
+void ScannerWindow::scan() {
+  start_->showMessage({});
+  if (stage_->showsScreen() || !prepareCamera()) return;
+  Platform platform = platform_;
+  platform.stage = stage_;
+  const auto screen =
+      std::make_shared<OCRScannerViewController>(start_->mode(), settings_.showsModeSwitch, sdk_, platform);
+  screen->delegate = listener_;
+  stage_->present(screen, true, {});
+}
+
+bool ScannerWindow::prepareCamera() {
+  if (bringsCamera_) return true;
+  const std::string camera = start_->camera();
+  const std::string problem =
+      camera.empty() ? text(Text::noCamera).toStdString() : problemWith(videoSourceNamed(camera));
+  // A camera that the user may not open is the scanner's own to tell of.
+  if (!problem.empty() && (camera.empty() || mayBeOpened(videoSourceNamed(camera)))) {
+    showFailure(QString::fromStdString(problem));
+    return false;
+  }
+  useCamera(
+      platform_,
+      {.camera = camera, .loops = settings_.loops, .onCameraEnd = [window = QPointer(this)](const std::string& reason) {
+         if (window) window->cameraEnded(reason);
+       }});
+  return true;
+}
+
+void ScannerWindow::cameraEnded(const std::string& reason) {
+  if (!stage_->showsScreen()) return;
+  stage_->presentAlert(
+      {.title = text(Text::cameraEnded).toStdString(),
+       .message = reason,
+       .actions = {{text(Text::ok).toStdString(), Alert::ActionStyle::cancel, [this] { stage_->press("xmark"); }}}});
+}
+
+void ScannerWindow::askForPhoto() {
+  stage_->pickPhoto([dispatch = platform_.dispatch, window = QPointer(this)](const std::optional<Image>& photo) {
+    if (photo)
+      dispatch->async([window, photo] {
+        if (window) window->recognizePhoto(photo);
+      });
+  });
+}
+
+void ScannerWindow::readPhoto(const QString& path) {
+  if (stage_->pickPhoto(path)) return;
+  stage_->loadPhoto(path, [dispatch = platform_.dispatch, window = QPointer(this)](const std::optional<Image>& photo) {
+    dispatch->async([window, photo] {
+      if (window) window->recognizePhoto(photo);
+    });
+  });
+}
+
+void ScannerWindow::recognizePhoto(const std::optional<Image>& photo) {
+  if (!photo) return showFailure(text(Text::notAPhoto));
+  setCurrentWidget(start_);
+  start_->showMessage(text(Text::reading));
+  start_->setBusy(true);
+  switch (start_->mode()) {
+    case OCRScanMode::bankCard:
+      return recognize(*photo, sdk_.recognizeBankCard(*photo));
+    case OCRScanMode::idCardFront:
+      return recognize(*photo, sdk_.recognizeIDCardFront(*photo));
+    case OCRScanMode::idCardBack:
+      return recognize(*photo, sdk_.recognizeIDCardBack(*photo));
+    case OCRScanMode::qrCode:
+      return recognize(*photo, sdk_.recognizeCode(*photo, OCRScanMode::qrCode));
+  }
+}
+
+template <class Info>
+void ScannerWindow::recognize(const Image& photo, Task<Info> task) {
+  runWithCompletion<Info>(platform_.dispatch, std::move(task),
+                          [window = QPointer(this), photo](const Result<Info>& result) {
+                            if (!window) return;
+                            window->start_->setBusy(false);
+                            if (!result)
+                              return window->showFailure(QString::fromStdString(result.error().errorDescription()));
+                            window->showRecord(describe(OCRScannerResult<Info>{*result, photo}));
+                          });
+}
+
+void ScannerWindow::showRecord(const ScannedRecord& record) {
+  start_->showMessage({});
+  result_->show(record);
+  setCurrentWidget(result_);
+  if (onRecord) onRecord(record);
+}
+
+void ScannerWindow::showFailure(const QString& message) {
+  setCurrentWidget(start_);
+  start_->showMessage(message);
+  if (onNothing) onNothing();
+}
+
+void ScannerWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!droppedFile(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void ScannerWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  readPhoto(droppedFile(*event->mimeData()));
+}
+
+}  // namespace pravik::scanner

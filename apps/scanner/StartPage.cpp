@@ -1,0 +1,147 @@
+#include "apps/scanner/StartPage.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFont>
+#include <QVBoxLayout>
+#include <array>
+
+#include "apps/scanner/Cameras.h"
+#include "apps/scanner/Texts.h"
+
+namespace pravik::scanner {
+namespace {
+
+constexpr int contentWidth = 380;
+constexpr int buttonHeight = 44;
+
+struct Choice {
+  OCRScanMode mode;
+  Text text;
+};
+constexpr std::array choices{
+    Choice{OCRScanMode::bankCard, Text::bankCard}, Choice{OCRScanMode::idCardFront, Text::idCardFront},
+    Choice{OCRScanMode::idCardBack, Text::idCardBack}, Choice{OCRScanMode::qrCode, Text::code}};
+
+QLabel* makeHeading() {
+  auto* heading = new QLabel(text(Text::whatToScan));
+  QFont font = heading->font();
+  font.setPointSizeF(font.pointSizeF() * 1.6);
+  heading->setFont(font);
+  heading->setWordWrap(true);
+  return heading;
+}
+
+QPushButton* makeButton(Text label) {
+  auto* button = new QPushButton(text(label));
+  button->setMinimumHeight(buttonHeight);
+  return button;
+}
+
+}  // namespace
+
+StartPage::StartPage(OCRScanMode mode, const std::string& camera)
+    : cameras_(new QComboBox),
+      start_(makeButton(Text::start)),
+      openPhoto_(makeButton(Text::openPhoto)),
+      message_(new QLabel) {
+  fillCameras(camera);
+  cameras_->setMinimumHeight(buttonHeight - 8);
+  auto* cameraLabel = new QLabel(text(Text::camera));
+  cameraLabel->setBuddy(cameras_);
+  message_->setWordWrap(true);
+  message_->hide();
+  start_->setDefault(true);
+  auto* hint = new QLabel(text(Text::dropHint));
+  hint->setEnabled(false);
+  hint->setWordWrap(true);
+
+  auto* column = new QVBoxLayout;
+  column->setSpacing(10);
+  column->addStretch(1);
+  column->addWidget(makeHeading());
+  column->addSpacing(6);
+  column->addWidget(makeModes(mode));
+  column->addSpacing(10);
+  column->addWidget(cameraLabel);
+  column->addWidget(cameras_);
+  column->addSpacing(10);
+  column->addWidget(message_);
+  column->addWidget(start_);
+  column->addWidget(openPhoto_);
+  column->addWidget(hint, 0, Qt::AlignHCenter);
+  column->addStretch(2);
+  auto* content = new QWidget;
+  content->setLayout(column);
+  content->setMaximumWidth(contentWidth);
+  auto* row = new QHBoxLayout(this);
+  row->addStretch(1);
+  row->addWidget(content, 100);
+  row->addStretch(1);
+
+  connect(start_, &QPushButton::clicked, this, [this] { onStart(); });
+  connect(openPhoto_, &QPushButton::clicked, this, [this] { onOpenPhoto(); });
+  connect(cameras_, &QComboBox::activated, this, [this](int index) {
+    if (index == cameras_->count() - 1) return chooseClip();
+    chosenCamera_ = index;
+  });
+}
+
+QWidget* StartPage::makeModes(OCRScanMode mode) {
+  auto* box = new QWidget;
+  auto* layout = new QVBoxLayout(box);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(8);
+  for (const Choice& choice : choices) {
+    QPushButton* button = makeButton(choice.text);
+    button->setCheckable(true);
+    button->setChecked(choice.mode == mode);
+    modes_.addButton(button, static_cast<int>(choice.mode));
+    layout->addWidget(button);
+  }
+  return box;
+}
+
+void StartPage::fillCameras(const std::string& camera) {
+  for (const Camera& found : listCameras()) cameras_->addItem(found.name, QString::fromStdString(found.source));
+  if (cameras_->count() == 0) cameras_->addItem(text(Text::noCamera), QString());
+  cameras_->addItem(text(Text::chooseClip));
+  if (!camera.empty()) addClip(QString::fromStdString(camera));
+}
+
+void StartPage::addClip(const QString& path) {
+  const int last = cameras_->count() - 1;
+  cameras_->insertItem(last, QFileInfo(path).fileName(), path);
+  chosenCamera_ = last;
+  cameras_->setCurrentIndex(last);
+}
+
+void StartPage::chooseClip() {
+  cameras_->setCurrentIndex(chosenCamera_);
+  auto* dialog = new QFileDialog(this);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setFileMode(QFileDialog::ExistingFile);
+  dialog->setNameFilter(QStringLiteral("*.avi *.mp4 *.mov *.mkv *.webm"));
+  connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) { addClip(path); });
+  dialog->open();
+}
+
+OCRScanMode StartPage::mode() const {
+  return static_cast<OCRScanMode>(modes_.checkedId());
+}
+
+std::string StartPage::camera() const {
+  return cameras_->itemData(chosenCamera_).toString().toStdString();
+}
+
+void StartPage::showMessage(const QString& message) {
+  message_->setText(message);
+  message_->setVisible(!message.isEmpty());
+}
+
+void StartPage::setBusy(bool busy) {
+  start_->setEnabled(!busy);
+  openPhoto_->setEnabled(!busy);
+}
+
+}  // namespace pravik::scanner

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+
+namespace pravik::scanner {
+
+/// What the application says, beside what the scanner itself says.
+enum class Text : std::uint8_t {
+  title,
+  whatToScan,
+  bankCard,
+  idCardFront,
+  idCardBack,
+  code,
+  camera,
+  chooseClip,
+  noCamera,
+  start,
+  openPhoto,
+  dropHint,
+  reading,
+  scanAgain,
+  back,
+  copy,
+  copied,
+  show,
+  hide,
+  cameraEnded,
+  notAPhoto,
+  ok,
+  cardNumber,
+  rawCardNumber,
+  bankName,
+  cardType,
+  cardholderName,
+  name,
+  gender,
+  ethnicity,
+  birthDate,
+  address,
+  idNumber,
+  issuingAuthority,
+  validityPeriod,
+  payload,
+  symbology,
+  checkFailed,
+};
+
+/// In Chinese for users whose language that is, in English for all others.
+QString text(Text which);
+
+}  // namespace pravik::scanner
