@@ -213,9 +213,8 @@ void ScannerOverlayView::hideStatus() {
 }
 
 void ScannerOverlayView::flashSuccess() {
-  animate({.duration = flashDuration,
-           .changes = [this] { backgroundColor = colors::white.withAlpha(flashAlpha); },
-           .completion = weakly(&ScannerOverlayView::fadeFlash)});
+  animateThen(&ScannerOverlayView::fadeFlash, flashDuration,
+              [this] { backgroundColor = colors::white.withAlpha(flashAlpha); });
 }
 
 void ScannerOverlayView::fadeFlash() {
@@ -289,8 +288,8 @@ void ScannerOverlayView::layoutTopButtons() {
 void ScannerOverlayView::layoutBelowCutout() {
   const bool wide = isWide(frame);
   const Size limit{frame.width - 40, 30};
-  hintLabel_->frame =
-      centred(frame.width, cutoutRect_.maxY() + (wide ? wideSpacing : 20), fittedSize(hintLabel_->text, hintLabel_->font, limit));
+  hintLabel_->frame = centred(frame.width, cutoutRect_.maxY() + (wide ? wideSpacing : 20),
+                              fittedSize(hintLabel_->text, hintLabel_->font, limit));
   Size status = fittedSize(statusLabel_->text, statusLabel_->font, limit);
   status = {std::max(status.width, 200.0), std::max(status.height, 20.0)};
   statusLabel_->frame = centred(frame.width, hintLabel_->frame.maxY() + (wide ? wideSpacing : 12), status);
@@ -319,9 +318,8 @@ void ScannerOverlayView::startScanLineAnimation() {
   scanLineView_->isHidden = false;
   scanLineView_->frame.y = cutoutRect_.y;
   scanLineAnimator_.cancel();
-  scanLineAnimator_ = animate({.duration = scanLineDuration,
-                               .changes = [this] { scanLineView_->frame.y = cutoutRect_.maxY() - scanLineHeight; },
-                               .completion = weakly(&ScannerOverlayView::continueScanLine)});
+  scanLineAnimator_ = animateThen(&ScannerOverlayView::continueScanLine, scanLineDuration,
+                                  [this] { scanLineView_->frame.y = cutoutRect_.maxY() - scanLineHeight; });
 }
 
 void ScannerOverlayView::continueScanLine() {
@@ -354,9 +352,8 @@ void ScannerOverlayView::hideManualCaptureHint(bool animated) {
     manualCaptureButton_->isHidden = true;
     return;
   }
-  animate({.duration = manualCaptureHideDuration,
-           .changes = [this] { manualCaptureButton_->alpha = 0; },
-           .completion = weakly(&ScannerOverlayView::finishHidingManualCapture)});
+  animateThen(&ScannerOverlayView::finishHidingManualCapture, manualCaptureHideDuration,
+              [this] { manualCaptureButton_->alpha = 0; });
 }
 
 void ScannerOverlayView::finishHidingManualCapture() {
@@ -381,10 +378,13 @@ WorkItem ScannerOverlayView::animate(Animation animation) const {
   return {};
 }
 
-std::function<void()> ScannerOverlayView::weakly(void (ScannerOverlayView::*work)()) {
-  return [weak = weak_from_this(), work] {
-    if (const auto view = weak.lock()) (view.get()->*work)();
+WorkItem ScannerOverlayView::animateThen(void (ScannerOverlayView::*completion)(), milliseconds duration,
+                                         std::function<void()> changes) {
+  Animation animation{.duration = duration, .changes = std::move(changes)};
+  animation.completion = [weak = weak_from_this(), completion] {
+    if (const auto view = weak.lock()) (view.get()->*completion)();
   };
+  return animate(std::move(animation));
 }
 
 }  // namespace pravik

@@ -109,8 +109,9 @@ class ScannerOverlayView : public View, public std::enable_shared_from_this<Scan
   Size fittedSize(const std::string& text, const Font& font, Size limit) const;
 
   WorkItem animate(Animation animation) const;
-  /// Work that a timer or the end of an animation brings, dropped when the view has gone by then.
-  std::function<void()> weakly(void (ScannerOverlayView::*work)());
+  /// An animation whose end does something, unless the view has gone by then.
+  WorkItem animateThen(void (ScannerOverlayView::*completion)(), std::chrono::milliseconds duration,
+                       std::function<void()> changes);
   void continueScanLine();
   void fadeFlash();
   void finishHidingManualCapture();
