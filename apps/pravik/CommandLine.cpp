@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <exception>
 #include <map>
 #include <ostream>
@@ -11,6 +13,7 @@
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/ObservationCommands.h"
 #include "apps/pravik/PictureCommands.h"
+#include "apps/pravik/ScanCommand.h"
 #include "apps/pravik/StatsCommand.h"
 
 namespace pravik::cli {
@@ -18,6 +21,8 @@ namespace {
 
 /// Running more pictures at once than any machine has cores for only costs memory.
 constexpr int maximumJobs = 256;
+/// A week.
+constexpr double maximumTimeout = 7 * 24 * 3600;
 
 const std::map<std::string, Format> formats{{"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}};
 
@@ -32,7 +37,15 @@ constexpr const char* examples =
     "  pravik code --annotate marked label.png               also draw where the code was found\n"
     "  pravik text page.jpg                                  all text\n"
     "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
+    "  pravik scan clip.mp4 --mode bankCard                  the live scanner on a video, event by event\n"
     "  pravik doctor                                         what is installed and what is missing\n";
+constexpr const char* scanNotes =
+    "A file plays as fast as it can on its own time and gives the same events every time. The first record ends the\n"
+    "scan; so does the end of the video, the second photo that cannot be read, and the time that --timeout names.\n\n"
+    "Examples:\n"
+    "  pravik scan clip.mp4 --mode bankCard                  a video file\n"
+    "  pravik scan 0 --mode qrCode --timeout 60              the first camera, for a minute at most\n"
+    "  pravik scan clip.mp4 --mode idCardFront --format jsonl --realtime";
 constexpr const char* observationFormat =
     "The input is one JSON object, or with --format jsonl one a line, each answered at once:\n"
     "  {\"observations\":[{\"text\":...,\"confidence\":...,\n"
@@ -46,6 +59,7 @@ struct Request {
   std::string file = "-";
   std::string scene = "idCard";
   PictureOptions options;
+  ScanOptions scan;
   /// What to do; set by the command that was named.
   std::function<ExitStatus(const Request&, const Host&)> action;
 };
@@ -69,14 +83,20 @@ PravikSDK::SceneType sceneNamed(const std::string& name) {
 
 /// An option whose value is one of the names of a map.
 template <class Value>
-void addChoice(CLI::App& app, const std::string& option, Value& value, const std::map<std::string, Value>& choices,
-               const std::string& typeName, const std::string& description) {
+CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
+                       const std::map<std::string, Value>& choices, const std::string& typeName,
+                       const std::string& description) {
   std::vector<std::string> names;
   for (const auto& [name, ignored] : choices) names.push_back(name);
-  app.add_option_function<std::string>(
-         option, [&value, &choices](const std::string& name) { value = choices.at(name); }, description)
+  return app
+      .add_option_function<std::string>(
+          option, [&value, &choices](const std::string& name) { value = choices.at(name); }, description)
       ->check(CLI::IsMember(names).description(""))
       ->type_name(typeName);
+}
+
+std::chrono::milliseconds asMilliseconds(double seconds) {
+  return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
 /// The options may stand before the command or behind it.
@@ -145,6 +165,34 @@ void addObservationCommands(CLI::App& app, std::string_view name, std::string_vi
   }
 }
 
+void addScanCommand(CLI::App& app, Request& request) {
+  CLI::App& command = addCommand(app, "scan", "Run the live scanner on a video or a camera, without a window", request);
+  static const auto modes = [] {
+    std::map<std::string, NamedMode> named;
+    for (const NamedMode& mode : namedModes()) named.emplace(mode.name, mode);
+    return named;
+  }();
+  command.add_option("SOURCE", request.scan.source, "A video file, or the number or device file of a camera")
+      ->required()
+      ->type_name("");
+  addChoice(command, "--mode", request.scan.mode, modes, "bankCard|idCardFront|idCardBack|qrCode", "What to look for")
+      ->required();
+  command.add_flag("--realtime", request.scan.isRealTime, "Play a file at its speed; a camera has no other");
+  command.add_flag("--loop", request.scan.loops, "Play a file again and again");
+  command.add_flag("--cutout", request.scan.cutsToCutout, "Cut photos to the frame on the screen, if cards lie in it");
+  command.add_flag("!--no-tap", request.scan.tapsManualCapture, "Do not tap the manual-capture button when it appears");
+  command
+      .add_option_function<double>(
+          "--timeout", [&request](double time) { request.scan.timeout = asMilliseconds(time); },
+          "Give up after so many seconds")
+      ->check(CLI::Range(0.001, maximumTimeout).description(""))
+      ->type_name("SECONDS");
+  command.footer(scanNotes);
+  command.callback([&request] {
+    request.action = [](const Request& wanted, const Host& host) { return scan(wanted.scan, wanted.settings, host); };
+  });
+}
+
 void addOtherCommands(CLI::App& app, Request& request) {
   CLI::App& stats = addCommand(app, "stats", "Measure a picture and show how it would be enhanced", request);
   stats.add_option("IMAGE", request.file, "A picture file; - for standard input")->required()->type_name("");
@@ -185,6 +233,7 @@ int run(const std::vector<std::string>& words, const Host& host) {
   addPictureCommands(app, request);
   addObservationCommands(app, "parse", "Records from text that something else has read", parseCommands(), request);
   addObservationCommands(app, "scene", "Check that a text belongs to a kind of document", sceneCommands(), request);
+  addScanCommand(app, request);
   addOtherCommands(app, request);
 
   try {
