@@ -114,9 +114,11 @@ void ScanWatch::tapIfReady(OCRScannerViewController& screen) {
   const ScannerOverlayView& overlay = *screen.overlayView();
   if (!tapsManualCapture_ || !last_.offersManualCapture || clock_() - offeredAt_ < reactionTime) return;
   if (last_.state.kind != Kind::detected || showsWarning(overlay)) return;
+  offeredAt_ = clock_();
   tell("tap", {{"button", "manualCapture"}});
   const Rect& button = overlay.manualCaptureButton()->frame;
   screen.view().touch({button.midX(), button.midY()});
+  workDone();
 }
 
 }  // namespace pravik::cli

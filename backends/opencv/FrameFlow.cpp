@@ -98,8 +98,10 @@ void FrameFlow::pump(const std::stop_token& stop) {
   for (std::int64_t index = 0; !stop.stop_requested(); ++index) {
     if (!source_.isCamera && !waitForFrame(begin + reader_->timeOfFrame(index), stop)) return;
     if (!advance()) return end(endReason());
+    // A late frame is still shown by a preview.
+    const std::optional<Bitmap> frame = takeFrame();
     if (isBusy_.exchange(true)) continue;
-    queue_->async([weak = weak_from_this(), pixels = takeFrame()] {
+    queue_->async([weak = weak_from_this(), pixels = frame] {
       const auto flow = weak.lock();
       if (!flow) return;
       flow->deliver(pixels);
