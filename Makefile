@@ -1,18 +1,19 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo test test-asan test-tsan bench accuracy format lint clean
+.PHONY: help setup build demo test test-asan test-tsan bench accuracy scan-accuracy format lint clean
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
 help:
-	@echo "make demo       set up, build, read every picture in samples/ and print it beside its truth"
+	@echo "make demo       set up, build, read every picture and clip in samples/ and print it beside its truth"
 	@echo "make test       set up, build and run all tests"
 	@echo "make build      set up and build a release (build/release)"
 	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
 	@echo "make test-tsan  unit tests under the thread sanitizer"
 	@echo "make bench      benchmarks"
 	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
+	@echo "make scan-accuracy  draw fresh clips and report what the scanner makes of them and how long it takes"
 	@echo "make format     format the sources;  make lint: clang-format and clang-tidy in check mode"
 	@echo "make clean      remove build/ (what tools/setup fetched stays)"
 
@@ -45,6 +46,9 @@ bench: build
 
 accuracy: build
 	@tools/accuracy/accuracy --pravik $(PRAVIK)
+
+scan-accuracy: build
+	@tools/accuracy/scan-accuracy --pravik $(PRAVIK)
 
 format: setup
 	@clang-format-19 -i $(SOURCES)

@@ -18,7 +18,7 @@ import scene
 
 SIZE, RATE = (1280, 720), 30
 # Beyond each side of the frame, as a share of its width, the desk is drawn as well.
-MARGIN = 0.08
+MARGIN = 0.11
 # People hold a card about parallel to the picture, near its middle.
 TILT, ROLL, FILL = 7, 3, (0.60, 0.76)
 # Share of the picture's height that the subject takes at most.

@@ -32,7 +32,7 @@ class Plot:
 
 PLOTS = {
     "easy": Plot(rest=2.7),
-    "wobbling": Plot(rest=2.5, wobble=0.03, search=(0.8, 1.3)),
+    "wobbling": Plot(rest=2.5, wobble=0.045, search=(0.8, 1.3)),
     # Long enough for a scanner to offer a button for want of a good frame, and for a person to press it.
     "glare": Plot(rest=5.5, fault="glare"),
     "dark": Plot(rest=4.2, fault="dark"),
