@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <iterator>
 #include <opencv2/imgproc.hpp>
+#include <tuple>
 
 #include "backends/onnxruntime/Cropping.h"
 
@@ -13,6 +16,7 @@ namespace {
 constexpr std::ptrdiff_t minimumDigits = 8;
 /// A line read with less confidence than this is read again: a stroke may lie outside its box.
 constexpr float doubtfulConfidence = 0.9F;
+constexpr std::size_t shortestCapitals = 5;
 
 /// Another way to cut a line out: a margin in heights of the line, and how much it is stretched along the line.
 struct Look {
@@ -21,7 +25,9 @@ struct Look {
 };
 /// The recogniser's usual fault in a row of digits, one read twice or dropped, depends on where its steps of 8 columns
 /// fall on the digits: another scale moves them all.
-constexpr std::array<Look, 2> furtherLooks{{{0.12F, 1.0}, {0.25F, 1.15}}};
+constexpr std::array<Look, 4> furtherLooks{{{0.12F, 1.0}, {0.25F, 1.15}, {0.06F, 0.9}, {0.18F, 1.3}}};
+/// Other doubtful lines are given up earlier: what is no text never repeats.
+constexpr std::size_t looksAtWords = 2;
 
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
@@ -30,9 +36,15 @@ std::ptrdiff_t characterCount(const std::string& text) {
   return std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
 }
 
+/// Names are embossed in capitals, and no word list tells a misread letter in them.
+bool isInCapitals(const std::string& text) {
+  const auto isCapitalOrSpace = [](char c) { return c == ' ' || ('A' <= c && c <= 'Z'); };
+  return text.size() >= shortestCapitals && std::ranges::all_of(text, isCapitalOrSpace);
+}
+
 /// A lone character is a small picture of few strokes: none of them may be missing.
 bool isDoubtful(const TextCandidate& reading) {
-  return reading.confidence < doubtfulConfidence || characterCount(reading.text) == 1;
+  return reading.confidence < doubtfulConfidence || characterCount(reading.text) == 1 || isInCapitals(reading.text);
 }
 
 /// A line that is read again, by its number, and all that was read so far.
@@ -41,9 +53,70 @@ struct Reread {
   std::vector<TextCandidate> readings;
 };
 
-/// Whether the first two looks gave the same text, so that a third would not change it.
+/// What two readings of a line must have in common to be the same: all but spaces, and the waves that the relief of
+/// embossed digits makes of them.
+std::string core(const TextCandidate& reading) {
+  std::string text = reading.text;
+  std::erase_if(text, [](char c) { return c == ' ' || c == '~'; });
+  return text;
+}
+
+std::ptrdiff_t votesFor(const TextCandidate& reading, const std::vector<TextCandidate>& readings) {
+  return std::ranges::count(readings, core(reading), core);
+}
+
+/// Whether a text was read twice, so that another look would not change it.
 bool repeats(const std::vector<TextCandidate>& readings) {
-  return readings.size() > 1 && readings[0].text == readings[1].text;
+  return std::ranges::any_of(readings, [&](const auto& reading) { return votesFor(reading, readings) > 1; });
+}
+
+std::vector<std::string> charactersOf(const std::string& text) {
+  std::vector<std::string> characters;
+  for (const char c : text) {
+    const bool continues = (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+    if (continues && !characters.empty())
+      characters.back() += c;
+    else
+      characters.emplace_back(1, c);
+  }
+  return characters;
+}
+
+/// The readings that are as long as most of them; of several such lengths that of the surest reading. The surest comes
+/// first.
+std::vector<std::vector<std::string>> readingsOfOneLength(std::vector<TextCandidate> readings) {
+  std::ranges::stable_sort(readings, std::greater{}, &TextCandidate::confidence);
+  std::vector<std::vector<std::string>> all, best;
+  for (const TextCandidate& reading : readings) {
+    const bool isNumber = deservesSecondLook(reading.text);
+    all.push_back(charactersOf(isNumber ? core(reading) : reading.text));
+  }
+  for (const auto& reading : all) {
+    std::vector<std::vector<std::string>> same;
+    std::ranges::copy_if(all, std::back_inserter(same), [&](const auto& r) { return r.size() == reading.size(); });
+    if (same.size() > best.size()) best = std::move(same);
+  }
+  return best;
+}
+
+/// Puts together, character by character, what most readings say that do not repeat as a whole.
+TextCandidate votedReading(const std::vector<TextCandidate>& readings) {
+  const auto texts = readingsOfOneLength(readings);
+  std::string voted;
+  std::ptrdiff_t agreeing = 0;
+  for (std::size_t i = 0; i < texts.front().size(); ++i) {
+    const auto votes = [&](const std::vector<std::string>& text) {
+      return std::ranges::count_if(texts, [&](const auto& other) { return other[i] == text[i]; });
+    };
+    const auto& winner = *std::ranges::max_element(texts, {}, votes);
+    voted += winner[i];
+    agreeing += votes(winner);
+  }
+  float confidence = 0;
+  for (const TextCandidate& reading : readings) confidence += reading.confidence;
+  const auto all = static_cast<float>(readings.size());
+  const auto length = static_cast<float>(std::max<std::size_t>(1, texts.front().size()));
+  return {voted, confidence / all * static_cast<float>(agreeing) / (all * length)};
 }
 
 cv::Mat lineOf(const cv::Mat& picture, const TextBox& box, const Look& look) {
@@ -60,14 +133,14 @@ bool deservesSecondLook(const std::string& text) {
 }
 
 TextCandidate agreedReading(const std::vector<TextCandidate>& readings) {
-  const auto votes = [&](const TextCandidate& reading) {
-    return std::ranges::count(readings, reading.text, &TextCandidate::text);
+  if (readings.size() > 1 && !repeats(readings)) return votedReading(readings);
+  const auto rank = [&](const TextCandidate& reading) {
+    const auto same = std::ranges::count(readings, reading.text, &TextCandidate::text);
+    return std::tuple(votesFor(reading, readings), same, reading.confidence);
   };
-  const TextCandidate agreed = *std::ranges::max_element(readings, [&](const auto& a, const auto& b) {
-    return std::pair(votes(a), a.confidence) < std::pair(votes(b), b.confidence);
-  });
+  const TextCandidate agreed = *std::ranges::max_element(readings, {}, rank);
   float sum = 0;
-  for (const TextCandidate& reading : readings) sum += reading.text == agreed.text ? reading.confidence : 0;
+  for (const TextCandidate& reading : readings) sum += core(reading) == core(agreed) ? reading.confidence : 0;
   return {agreed.text, sum / static_cast<float>(readings.size())};
 }
 
@@ -76,11 +149,13 @@ void lookAgain(const LineReader& reader, const cv::Mat& picture, const std::vect
   std::vector<Reread> rereads;
   for (std::size_t i = 0; i < boxes.size(); ++i)
     if (isDoubtful(readings[i]) || deservesSecondLook(readings[i].text)) rereads.push_back({i, {readings[i]}});
-  for (const Look& look : furtherLooks) {
+  for (std::size_t number = 0; number < furtherLooks.size(); ++number) {
+    const Look& look = furtherLooks[number];
     std::vector<Reread*> open;
     std::vector<cv::Mat> lines;
     for (Reread& reread : rereads) {
-      if (repeats(reread.readings)) continue;
+      const bool isWorthIt = number < looksAtWords || deservesSecondLook(reread.readings.front().text);
+      if (repeats(reread.readings) || !isWorthIt) continue;
       open.push_back(&reread);
       lines.push_back(lineOf(picture, boxes[reread.line], look));
     }

@@ -14,8 +14,9 @@ namespace pravik::ppocr {
 /// date or a period, with or without a short label.
 bool deservesSecondLook(const std::string& text);
 
-/// The reading that repeats most; of those that repeat equally often the one with the highest confidence. Its
-/// confidence is the mean over all readings, a reading that disagrees counting 0. There must be at least one.
+/// The reading that repeats most; of those that repeat equally often the one with the highest confidence. When none
+/// repeats, each character that most readings of one length have in its place. The confidence is the mean over all
+/// readings, one that disagrees, or the share of its characters that do, counting 0. There must be at least one.
 TextCandidate agreedReading(const std::vector<TextCandidate>& readings);
 
 /// Reads again what deserves it, and what was read with little confidence, from crops with other margins and at another

@@ -29,6 +29,52 @@ TEST(PictureCommands, anEmblemSideHasNullForAnAbsentDate) {
   EXPECT_EQ(command.lines().at(0)["checks"].dump(), R"({"startBeforeEnd":true})");
 }
 
+TEST(PictureCommands, aBankCardTellsWhetherItsCheckDigitIsRightAndTheStageWhenAsked) {
+  CommandRun command;
+  command.engine->blocks = {test::textBlock("6222 0212 3456 7890", 0.5, 0.5), test::textBlock("礼品卡", 0.5, 0.8)};
+  EXPECT_EQ(command({"bank-card", "--format", "jsonl", "a.jpg"}), 0);
+  EXPECT_EQ(command.out, R"({"file":"a.jpg","kind":"bank-card","result":{"cardNumber":"6222 0212 3456 7890",)"
+                         R"("rawCardNumber":"6222021234567890","bankName":null,"cardType":"预付卡",)"
+                         R"("cardholderName":null},"checks":{"luhn":false}})"
+                         "\n");
+  EXPECT_EQ(command({"bank-card", "a.jpg"}), 0);
+  EXPECT_NE(command.out.find("! the check digit is wrong"), std::string::npos);
+  command.engine->script = {{}, command.engine->blocks};
+  EXPECT_EQ(command({"bank-card", "--stages", "--debug-images", TemporaryFolder().path().string(), "--format", "jsonl",
+                     "a.jpg"}),
+            0);
+  EXPECT_EQ(command.lines().at(0)["stage"], "retry");
+  EXPECT_FALSE(command.options.photoFolder.empty());
+}
+
+TEST(PictureCommands, severalPhotosOfOneBankCardGiveOneAnswer) {
+  using Blocks = std::vector<RecognizedText>;
+  const Blocks doubtful{test::textBlock("6222 0212 3456 7890", 0.5, 0.5)};
+  const Blocks good{test::textBlock("6222 0212 3456 7894", 0.5, 0.5)};
+  CommandRun command;
+  const auto answer = [&](const std::vector<Blocks>& readings, const std::vector<std::string>& photos) {
+    command.engine->script = {readings.begin(), readings.end()};
+    std::vector<std::string> words{"bank-card", "--same-card", "--format", "jsonl"};
+    words.insert(words.end(), photos.begin(), photos.end());
+    command(words);
+    EXPECT_EQ(command.lines().size(), 1U);
+    return command.lines().at(0);
+  };
+  const Json first = answer({doubtful, good}, {"a.jpg", "b.jpg", "c.jpg"});
+  EXPECT_EQ(first["file"], "b.jpg") << "a number that fails the check digit does not end the reading";
+  EXPECT_EQ(first["photos"], (Json{"a.jpg", "b.jpg"}));
+  EXPECT_EQ(answer({doubtful}, {"a.jpg", "bad.jpg"})["result"]["cardNumber"], "6222 0212 3456 7890");
+  EXPECT_EQ(answer({}, {"a.jpg", "bad.jpg"})["error"]["code"], "invalid_image");
+
+  // The small picture has no band, so that a photo takes two readings.
+  const Blocks start{test::textBlock("6222", 0.2, 0.7), test::textBlock("22202123", 0.4, 0.5)};
+  const Json fused =
+      answer({start, {}, {test::textBlock("2123456", 0.5, 0.5)}, {}, {test::textBlock("34567894", 0.5, 0.5)}, {}},
+             {"a.jpg", "b.jpg", "c.jpg"});
+  EXPECT_EQ(fused["result"]["cardNumber"], "6222 0212 3456 7894");
+  EXPECT_EQ(fused["checks"]["luhn"], true);
+}
+
 TEST(PictureCommands, codesAndTextHaveNoChecks) {
   CommandRun command;
   command.barcodes->codes = {{"6901234567892", {"VNBarcodeSymbologyEAN13"}, {0.1, 0.1, 0.5, 0.2}}};

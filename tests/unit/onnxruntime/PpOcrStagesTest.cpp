@@ -16,6 +16,7 @@
 #include "backends/onnxruntime/SecondLook.h"
 #include "backends/onnxruntime/SimplifiedForm.h"
 #include "backends/onnxruntime/TextDetector.h"
+#include "backends/onnxruntime/WordJoining.h"
 
 namespace pravik {
 namespace {
@@ -43,11 +44,56 @@ TEST(ReadingTextTest, makesInterchangeableSpellingsOne) {
   EXPECT_EQ(text({3, 4, 3}), "7.7");
 }
 
+TEST(ReadingTextTest, putsASpaceWhereLettersStandFurtherApartThanTheOthers) {
+  const KeyList keys("A\n7\n阿\n");
+  const auto text = [&](std::initializer_list<std::pair<int, int>> labelsAndSteps) {
+    std::vector<CtcCharacter> characters;
+    for (const auto& [label, step] : labelsAndSteps) characters.push_back({label, 1, step});
+    return readingText(characters, keys);
+  };
+  EXPECT_EQ(text({{1, 2}, {1, 6}, {1, 10}, {1, 19}, {1, 23}, {1, 27}}), "AAA AAA");
+  EXPECT_EQ(text({{1, 2}, {1, 6}, {1, 10}, {1, 16}, {1, 20}, {1, 24}}), "AAAAAA") << "W and M stand as far apart";
+  EXPECT_EQ(text({{2, 2}, {2, 6}, {3, 16}, {2, 20}, {2, 24}, {2, 28}}), "77阿777");
+  EXPECT_EQ(text({{1, 2}, {1, 6}, {1, 19}}), "AAA") << "too short to tell";
+}
+
+TEST(WordJoiningTest, joinsLatinBlocksThatStandBesideEachOther) {
+  const auto line = [](const char* text, float left, float top, float width, float height = 20) {
+    return ReadLine{{{{{left, top}, {left + width, top}, {left + width, top + height}, {left, top + height}}}, .9F},
+                    {text, .9F}};
+  };
+  const auto texts = [](const std::vector<ReadLine>& lines) {
+    std::vector<std::string> list;
+    for (const ReadLine& joined : withWordsJoined(lines)) list.push_back(joined.reading.text);
+    return list;
+  };
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(texts({line("SAN", 112, 1, 40), line("ZHANG", 40, 0, 60), line("FENG", 164, 2, 50)}),
+            Texts{"ZHANG SAN FENG"});
+  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("UnionPay", 100, 0, 80)}), (Texts{"ZHANG", "UnionPay"})) << "too far";
+  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("SAN", 70, 12, 40)}), (Texts{"ZHANG", "SAN"})) << "another row";
+  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("SAN", 70, 0, 40, 30)}), (Texts{"ZHANG", "SAN"})) << "higher letters";
+  EXPECT_EQ(texts({line("1990", 0, 0, 60), line("年", 65, 0, 20)}), (Texts{"1990", "年"}));
+  EXPECT_EQ(withWordsJoined({line("A", 0, 0, 20), line("B", 30, 0, 20)}).front().box.width(), 50);
+}
+
 TEST(ReadingTextTest, givesTraditionalFormsAsSimplifiedAndKeepsRareCharacters) {
   for (const auto& [read, given] : {std::pair("強", "强"), {"別", "别"}, {"韻", "韵"}, {"黃", "黄"}})
     EXPECT_EQ(simplifiedForm(read), given);
   // In simplified print, or in no set at all: names have them.
   for (const char* kept : {"乾", "著", "堃", "婳", "仫", "喆"}) EXPECT_EQ(simplifiedForm(kept), kept);
+}
+
+TEST(ProbabilityMapTest, putsThePartsOfALineTogether) {
+  cv::Mat map = cv::Mat::zeros(200, 400, CV_32F);
+  map(cv::Rect(20, 50, 100, 16)) = 0.9;
+  map(cv::Rect(135, 52, 40, 10)) = 0.65;  // a digit between two groups, too unlikely alone
+  map(cv::Rect(190, 50, 100, 16)) = 0.9;
+  map(cv::Rect(340, 50, 40, 16)) = 0.9;  // further away than the boxes grow
+  map(cv::Rect(20, 75, 100, 16)) = 0.9;  // the next line
+  const auto boxes = boxesOf(map);
+  ASSERT_EQ(boxes.size(), 3U);
+  EXPECT_EQ(std::ranges::count_if(boxes, [](const TextBox& box) { return box.width() > 270; }), 1);
 }
 
 TEST(ProbabilityMapTest, findsTiltedLinesAndLeavesNoiseOut) {
@@ -87,6 +133,19 @@ TEST(SecondLookTest, keepsWhatRepeatsAndBreaksTiesByConfidence) {
   EXPECT_EQ(agreedReading({{"17", .9F}, {"117", .99F}}).text, "117");
   EXPECT_NEAR(agreedReading({{"17", .9F}, {"117", .99F}, {"17", .6F}}).confidence, .5F, 1e-6)
       << "a reading that disagrees counts nothing";
+}
+
+TEST(SecondLookTest, countsReadingsThatDifferInSpacesAsTheSame) {
+  EXPECT_EQ(agreedReading({{"62228812", .9F}, {"6222~8812", .8F}, {"62223812", .99F}}).text, "62228812");
+  EXPECT_EQ(agreedReading({{"GAO SILEI", .9F}, {"GAO SI LEI", .8F}, {"GAO SI LEI", .7F}}).text, "GAO SI LEI");
+}
+
+TEST(SecondLookTest, votesForEachCharacterWhenNoReadingRepeats) {
+  const TextCandidate voted =
+      agreedReading({{"62228812", .9F}, {"62223812 ", .9F}, {"62228817", .9F}, {"6222881", .9F}});
+  EXPECT_EQ(voted.text, "62228812");
+  EXPECT_NEAR(voted.confidence, .9F * 22 / 32, 1e-6) << "22 of 24 characters agree; the fourth reading counts nothing";
+  EXPECT_LT(agreedReading({{"|/~", .6F}, {"i_", .6F}, {"l-.x", .6F}}).confidence, .3F);
 }
 
 TEST(TextBoxTest, keepsTheLineWhenTurnedAndGrowsByItsHeight) {
