@@ -15,14 +15,14 @@ namespace pravik::scanner {
 /// What the user asked for on the command line.
 struct ScannerSettings {
   /// Begins with a scan of this when it is there, else with the start page.
-  std::optional<OCRScanMode> mode;
+  std::optional<OCRScanMode> mode = {};
   /// The number of a camera, its device file, or the path of a video file; empty for the first camera found.
-  std::string camera;
+  std::string camera = {};
   bool loops = false;
   bool showsModeSwitch = false;
   /// Writes the first record to standard output and ends.
   bool writesJson = false;
-  std::filesystem::path models;
+  std::filesystem::path models = {};
   OCRLogger::Level logLevel = OCRLogger::Level::none;
 };
 

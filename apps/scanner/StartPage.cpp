@@ -14,6 +14,10 @@ namespace {
 
 constexpr int contentWidth = 380;
 constexpr int buttonHeight = 44;
+constexpr const char* choiceStyle =
+    "QPushButton { border: 1px solid palette(mid); border-radius: 8px; text-align: left; padding: 0 14px; }"
+    "QPushButton:checked { border: 2px solid palette(highlight); color: palette(highlight); font-weight: 600; }"
+    "QPushButton:focus { border: 2px solid palette(highlight); }";
 
 struct Choice {
   OCRScanMode mode;
@@ -95,6 +99,7 @@ QWidget* StartPage::makeModes(OCRScanMode mode) {
   for (const Choice& choice : choices) {
     QPushButton* button = makeButton(choice.text);
     button->setCheckable(true);
+    button->setStyleSheet(choiceStyle);
     button->setChecked(choice.mode == mode);
     modes_.addButton(button, static_cast<int>(choice.mode));
     layout->addWidget(button);

@@ -91,6 +91,7 @@ ScreenWidget::~ScreenWidget() {
 void ScreenWidget::appear(bool animated, const std::function<void()>& arrived) {
   layOut();
   screen_->viewDidLoad();
+  isLoaded_ = true;
   screen_->viewDidLayoutSubviews();
   isAway_ = false;
   screen_->viewWillAppear();
@@ -135,12 +136,15 @@ bool ScreenWidget::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void ScreenWidget::resizeEvent(QResizeEvent* /*event*/) {
+  // A window that is shown tells its size once more.
+  if (size() == laidOutSize_ || !isLoaded_) return;
   layOut();
   screen_->viewDidLayoutSubviews();
   refresh();
 }
 
 void ScreenWidget::layOut() {
+  laidOutSize_ = size();
   const int screenWidth = shownWidth(size());
   origin_ = {(width() - screenWidth) / 2, 0};
   screen_->view().frame = {0, 0, static_cast<double>(screenWidth), static_cast<double>(height())};

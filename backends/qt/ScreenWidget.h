@@ -66,9 +66,12 @@ class ScreenWidget : public QWidget {
   QPropertyAnimation slide_;
   /// Where the screen's root view lies in this widget.
   QPoint origin_;
+  /// What the screen was laid out for.
+  QSize laidOutSize_;
   /// Where the mouse went down; only compared.
   const View* pressed_ = nullptr;
   std::vector<TouchTarget*> touchTargets_;
+  bool isLoaded_ = false;
   bool isAway_ = true;
 };
 

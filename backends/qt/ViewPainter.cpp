@@ -26,6 +26,7 @@ constexpr double disabledAlpha = 0.35;
 constexpr double segmentRadius = 8;
 /// Between a row of segments and the mark of the selected one.
 constexpr double segmentInset = 2;
+constexpr double leastTitleScale = 0.6;
 /// A label's own background reaches this far beyond its frame, which may hold no more than the text.
 constexpr QMarginsF labelMargins{10, 4, 10, 4};
 
@@ -102,6 +103,17 @@ void paintButton(QPainter& painter, const Button& button) {
             button.tintColor, Qt::AlignLeft | Qt::AlignVCenter);
 }
 
+/// The font of a row of segments, made so small that the longest title fits into a width.
+Font fitted(const SegmentedControl& control, double width) {
+  Font font = control.font;
+  const QFontMetricsF metrics(toQt(font));
+  double longest = 1;
+  for (const SegmentedControl::Segment& segment : control.segments)
+    longest = std::max(longest, metrics.horizontalAdvance(QString::fromStdString(segment.title)));
+  font.size *= std::clamp(width / longest, leastTitleScale, 1.0);
+  return font;
+}
+
 void paintSegments(QPainter& painter, const SegmentedControl& control) {
   if (control.segments.empty()) return;
   const double width = control.frame.width / static_cast<double>(control.segments.size());
@@ -116,8 +128,8 @@ void paintSegments(QPainter& painter, const SegmentedControl& control) {
     }
     Color color = isSelected ? control.selectedTitleColor : control.titleColor;
     if (!control.segments[i].isEnabled) color.alpha *= disabledAlpha;
-    paintText(painter, area.adjusted(segmentInset, 0, -segmentInset, 0), control.segments[i].title, control.font,
-              color);
+    const QRectF titleArea = area.adjusted(segmentInset, 0, -segmentInset, 0);
+    paintText(painter, titleArea, control.segments[i].title, fitted(control, titleArea.width()), color);
   }
 }
 

@@ -15,7 +15,8 @@ constexpr std::array switchableModes{OCRScanMode::bankCard, OCRScanMode::idCardF
 
 constexpr double switchTop = 8;
 constexpr double switchHeight = 32;
-constexpr double switchSideMargins = 80;
+/// At least 80; so much keeps the buttons in the corners clear.
+constexpr double switchSideMargins = 112;
 constexpr double segmentPadding = 20;
 constexpr double switchBackgroundAlpha = 0.15;
 constexpr Font switchFont{13, false};

@@ -27,7 +27,7 @@ constexpr double cutoutTopShare = 0.3;
 /// and below it at least, in points.
 constexpr double wideRatio = 1.5;
 constexpr double wideHeightShare = 0.78;
-constexpr double wideMargin = 60;
+constexpr double wideMargin = 66;
 constexpr double wideSpacing = 6;
 constexpr double sideMargin = 20;
 constexpr double cutoutRadius = 12;
