@@ -41,6 +41,8 @@ constexpr int correctedLine = 6;
 constexpr double rowThreshold = 0.04;
 /// 16 to 19 digits with at most one separator between two.
 constexpr std::string_view spacedNumberPattern = R"((?:\d[ \-]?){15,18}\d)";
+/// Enough of a text's edge for a separator and a digit of any script.
+constexpr std::size_t edgeBytes = 5;
 
 /// What completion by a hint may start from: a number that lacks one to three of its first digits.
 constexpr std::size_t shortestIncomplete = 13;
@@ -154,10 +156,32 @@ void addCorrectedBlocks(const Observations& observations, Candidates& candidates
       candidates.addRead(digits, priority::correctedBlock, fmt::format("策略1b(单块纠错{}) 候选卡号: ", label));
 }
 
+/// Whether a digit stands at the edge of a text, behind at most one separator.
+bool continuesBefore(std::string_view text) {
+  return RegexHelper::matches(R"(\d[ \-]?\z)", text.substr(text.size() - std::min(text.size(), edgeBytes)));
+}
+bool continuesAfter(std::string_view text) {
+  return RegexHelper::matches(R"(^[ \-]?\d)", text.substr(0, edgeBytes));
+}
+
+/// The numbers amid a text. A run of more digits than a card number has is not one, nor is any piece of it.
+std::vector<std::string> numbersWithin(std::string_view text) {
+  std::vector<std::string> numbers;
+  std::size_t end = 0;
+  for (const std::string& run : RegexHelper::allMatches(spacedNumberPattern, text)) {
+    const std::size_t start = text.find(run, end);
+    if (start == std::string_view::npos) continue;
+    end = start + run.size();
+    if (!continuesBefore(text.substr(0, start)) && !continuesAfter(text.substr(end)))
+      numbers.push_back(asciiDigits(run));
+  }
+  return numbers;
+}
+
 void addWithinBlocks(const Observations& observations, Candidates& candidates) {
   for (const auto& block : observations)
-    for (const std::string& run : RegexHelper::allMatches(spacedNumberPattern, block.text))
-      candidates.addRead(asciiDigits(run), priority::withinBlock, "策略1c(单块正则) 候选卡号: ");
+    for (const std::string& number : numbersWithin(block.text))
+      candidates.addRead(number, priority::withinBlock, "策略1c(单块正则) 候选卡号: ");
 }
 
 std::string rowText(const Observations& row) {
@@ -178,8 +202,8 @@ void addRows(std::span<const Observations> rows, Candidates& candidates) {
 
 void addWithinLines(std::span<const std::string> lines, Candidates& candidates) {
   for (std::size_t i = 0; i < lines.size(); ++i)
-    for (const std::string& run : RegexHelper::allMatches(spacedNumberPattern, lines[i]))
-      candidates.addRead(asciiDigits(run), priority::withinLine, fmt::format("策略3(行正则) 行{}: ", i + 1));
+    for (const std::string& number : numbersWithin(lines[i]))
+      candidates.addRead(number, priority::withinLine, fmt::format("策略3(行正则) 行{}: ", i + 1));
 }
 
 void addCorrectedLines(std::span<const std::string> lines, Candidates& candidates) {

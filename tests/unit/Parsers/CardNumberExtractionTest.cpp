@@ -64,6 +64,8 @@ TEST(CardNumberExtraction, FindsANumberHoweverItWasRead) {
            {"nineteen digits", page({"6222021234567890128"}), "6222021234567890128",
             "候选排序结果: 6222021234567890128 luhn=true"},
            {"fifteen digits", page({"622202123456789"}), "", ""},
+           {"twenty digits", page({"6222 0212 3456 7890 1286"}), "", ""},
+           {"more digits", page({"号6222021234567890128622202123456789401"}), "", ""},
            {"a hotline", page({"客服热线 4008 0012 3456 7890"}), "", ""},
            {"an empty reading", {}, "", ""},
        }) {
