@@ -132,7 +132,7 @@ TEST(CameraManager, looksForTheCodesThatTheCameraOffers) {
 
 TEST(CameraManager, setsTorchAndExposureWhereTheDeviceCan) {
   const test::LogCapture log(OCRLogger::Level::debug);
-  Camera c;
+  const Camera c;
   test::FakeCaptureDevice& device = *c.system->device;
   c.manager->toggleTorch();
   EXPECT_TRUE(c.manager->isTorchOn());
