@@ -6,8 +6,10 @@
 #include <QResizeEvent>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
+#include "apps/scanner/FaintText.h"
 #include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
@@ -17,6 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr int pictureHeight = 240;
 constexpr int pageMargins = 20;
+constexpr int contentWidth = 640;
 constexpr int buttonHeight = 44;
 /// How long a button says that it has copied.
 constexpr std::chrono::milliseconds copiedDuration = 1500ms;
@@ -52,7 +55,9 @@ QPushButton* makeShowButton(const Field& field, QLabel* value) {
 
 ResultPage::ResultPage() : scroll_(new QScrollArea), again_(new QPushButton(text(Text::scanAgain))) {
   scroll_->setWidgetResizable(true);
+  scroll_->setAlignment(Qt::AlignHCenter);
   scroll_->setFrameShape(QFrame::NoFrame);
+  scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   auto* back = new QPushButton(text(Text::back));
   for (QPushButton* button : {again_, back}) button->setMinimumHeight(buttonHeight);
   connect(again_, &QPushButton::clicked, this, [this] { onScanAgain(); });
@@ -75,11 +80,14 @@ void ResultPage::show(const ScannedRecord& record) {
 
 QWidget* ResultPage::makeFields(const ScannedRecord& record) {
   auto* content = new QWidget;
+  content->setMaximumWidth(contentWidth);
   auto* column = new QVBoxLayout(content);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(16);
   picture_ = new QLabel;
   picture_->setAlignment(Qt::AlignCenter);
+  // As narrow as the window makes it.
+  picture_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   picture_->setVisible(!pixmap_.isNull());
   column->addWidget(picture_);
   if (record.failsCheck) {
@@ -100,16 +108,16 @@ QWidget* ResultPage::makeFields(const ScannedRecord& record) {
 void ResultPage::addRow(QGridLayout& grid, const Field& field) {
   const int row = grid.rowCount();
   auto* label = new QLabel(text(field.label));
-  label->setEnabled(false);
+  makeFaint(*label);
   auto* value = new QLabel(field.isSecret ? masked(field.value) : field.value);
   value->setTextFormat(Qt::PlainText);
   value->setWordWrap(true);
   value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   value->setAccessibleName(text(field.label));
-  grid.addWidget(label, row, 0, Qt::AlignTop);
+  grid.addWidget(label, row, 0);
   grid.addWidget(value, row, 1);
-  if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 2, Qt::AlignTop);
-  grid.addWidget(makeCopyButton(field), row, 3, Qt::AlignTop);
+  if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 2);
+  grid.addWidget(makeCopyButton(field), row, 3);
 }
 
 void ResultPage::resizeEvent(QResizeEvent* /*event*/) {
@@ -119,7 +127,7 @@ void ResultPage::resizeEvent(QResizeEvent* /*event*/) {
 void ResultPage::fitPicture() {
   if (pixmap_.isNull() || picture_ == nullptr) return;
   const double scale = devicePixelRatioF();
-  const QSize room(width() - 2 * pageMargins, pictureHeight);
+  const QSize room(std::min(width() - 2 * pageMargins, contentWidth), pictureHeight);
   QPixmap fitted = pixmap_.scaled(room * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
   fitted.setDevicePixelRatio(scale);
   picture_->setPixmap(fitted);

@@ -9,6 +9,7 @@ namespace pravik::scanner {
 namespace {
 
 constexpr qsizetype shownCharacters = 4;
+constexpr QChar maskCharacter(u'*');
 
 class FieldList {
  public:
@@ -87,7 +88,7 @@ ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result) {
 QString masked(const QString& value) {
   QString result = value;
   for (qsizetype i = 0; i + shownCharacters < result.size(); ++i)
-    if (!result[i].isSpace()) result[i] = QChar(0x2022);
+    if (!result[i].isSpace()) result[i] = maskCharacter;
   return result;
 }
 

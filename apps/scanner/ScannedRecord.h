@@ -37,7 +37,7 @@ ScannedRecord describe(const OCRScannerResult<IDCardFrontInfo>& result);
 ScannedRecord describe(const OCRScannerResult<IDCardBackInfo>& result);
 ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result);
 
-/// A secret value with a dot for every character but the last four; spaces stay.
+/// A secret value with a star for every character but the last four; spaces stay.
 QString masked(const QString& value);
 
 }  // namespace pravik::scanner

@@ -78,6 +78,7 @@ ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool b
   start_->onOpenPhoto = [this] { askForPhoto(); };
   result_->onScanAgain = [this] { scan(); };
   result_->onBack = [this] { setCurrentWidget(start_); };
+  start_->setFocus();
 }
 
 ScannerWindow::~ScannerWindow() {

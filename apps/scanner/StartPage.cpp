@@ -7,6 +7,7 @@
 #include <array>
 
 #include "apps/scanner/Cameras.h"
+#include "apps/scanner/FaintText.h"
 #include "apps/scanner/Texts.h"
 
 namespace pravik::scanner {
@@ -17,7 +18,7 @@ constexpr int buttonHeight = 44;
 constexpr const char* choiceStyle =
     "QPushButton { border: 1px solid palette(mid); border-radius: 8px; text-align: left; padding: 0 14px; }"
     "QPushButton:checked { border: 2px solid palette(highlight); color: palette(highlight); font-weight: 600; }"
-    "QPushButton:focus { border: 2px solid palette(highlight); }";
+    "QPushButton:focus { text-decoration: underline; }";
 
 struct Choice {
   OCRScanMode mode;
@@ -56,8 +57,9 @@ StartPage::StartPage(OCRScanMode mode, const std::string& camera)
   message_->setWordWrap(true);
   message_->hide();
   start_->setDefault(true);
+  setFocusProxy(start_);
   auto* hint = new QLabel(text(Text::dropHint));
-  hint->setEnabled(false);
+  makeFaint(*hint);
   hint->setWordWrap(true);
 
   auto* column = new QVBoxLayout;

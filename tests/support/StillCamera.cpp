@@ -5,12 +5,6 @@
 #include <utility>
 
 namespace pravik::test {
-namespace {
-
-constexpr std::chrono::milliseconds frameTime{33};
-
-}  // namespace
-
 /// What is before the camera.
 struct StillCamera::Scene {
   mutable std::mutex mutex;
@@ -27,8 +21,9 @@ struct StillCamera::Scene {
 
 class StillCamera::Session : public CaptureSession, public std::enable_shared_from_this<Session> {
  public:
-  Session(std::shared_ptr<Dispatch> dispatch, std::shared_ptr<Scene> scene, std::chrono::milliseconds photoDelay)
-      : dispatch_(std::move(dispatch)), scene_(std::move(scene)), photoDelay_(photoDelay) {}
+  Session(std::shared_ptr<Dispatch> dispatch, std::shared_ptr<Scene> scene, std::chrono::milliseconds frameTime,
+          std::chrono::milliseconds photoDelay)
+      : dispatch_(std::move(dispatch)), scene_(std::move(scene)), frameTime_(frameTime), photoDelay_(photoDelay) {}
 
   void beginConfiguration() override {}
   void commitConfiguration() override {}
@@ -64,7 +59,7 @@ class StillCamera::Session : public CaptureSession, public std::enable_shared_fr
 
  private:
   void filmLater(int run) {
-    dispatch_->asyncAfter(frameTime, [weak = weak_from_this(), run] {
+    dispatch_->asyncAfter(frameTime_, [weak = weak_from_this(), run] {
       const auto session = weak.lock();
       if (!session || session->run_ != run) return;
       session->queue_->async([weak, run] {
@@ -87,6 +82,7 @@ class StillCamera::Session : public CaptureSession, public std::enable_shared_fr
 
   std::shared_ptr<Dispatch> dispatch_;
   std::shared_ptr<Scene> scene_;
+  std::chrono::milliseconds frameTime_;
   std::chrono::milliseconds photoDelay_;
   std::shared_ptr<SerialQueue> queue_;
   FrameHandler frames_;
@@ -110,7 +106,7 @@ void StillCamera::setCode(std::optional<MetadataObject> code) {
 }
 
 std::shared_ptr<CaptureSession> StillCamera::makeSession() {
-  return std::make_shared<Session>(dispatch_, scene_, photoDelay);
+  return std::make_shared<Session>(dispatch_, scene_, frameTime, photoDelay);
 }
 
 }  // namespace pravik::test

@@ -11,7 +11,7 @@
 
 namespace pravik::test {
 
-/// A camera that films a still picture, which may be exchanged, at 30 frames a second on the time of a dispatch.
+/// A camera that films a still picture, which may be exchanged, on the time of a dispatch.
 class StillCamera : public CaptureSystem {
  public:
   StillCamera(std::shared_ptr<Dispatch> dispatch, Bitmap picture);
@@ -21,6 +21,8 @@ class StillCamera : public CaptureSystem {
   void setCode(std::optional<MetadataObject> code);
 
   CameraAuthorizationStatus status = CameraAuthorizationStatus::authorized;
+  /// Between two frames; for sessions that are made afterwards.
+  std::chrono::milliseconds frameTime{33};
   /// How long a photo takes.
   std::chrono::milliseconds photoDelay{0};
   std::shared_ptr<FakeCaptureDevice> device = std::make_shared<FakeCaptureDevice>();

@@ -2,14 +2,18 @@
 // CLIPS/upright hold the clips that tools/screenshots/screenshots draws.
 #include <QApplication>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <opencv2/imgproc.hpp>
+#include <opencv2/videoio.hpp>
+#include <stdexcept>
 #include <string>
 
 #include "apps/scanner/ScannerWindow.h"
 #include "backends/qt/QtPlatform.h"
 #include "backends/qt/QtValues.h"
 #include "support/StillCamera.h"
-#include "tests/window/ShownScanner.h"
+#include "tests/unit/qt/ShownScanner.h"
 
 namespace pravik {
 namespace {
@@ -25,6 +29,19 @@ constexpr QSize portrait(360, 640);
 /// Long enough for the animations that a state begins with.
 constexpr std::chrono::milliseconds settling = 500ms;
 
+/// A frame of a clip, counted from its beginning or, when negative, from its end.
+Bitmap frameOfClip(const std::filesystem::path& clip, int index) {
+  cv::VideoCapture video(clip.string());
+  if (index < 0) index += static_cast<int>(video.get(cv::CAP_PROP_FRAME_COUNT));
+  cv::Mat frame;
+  for (int i = 0; i <= index; ++i)
+    if (!video.read(frame)) throw std::runtime_error("no frame " + std::to_string(index) + " in " + clip.string());
+  auto pixels = allocatePixels(PixelFormat::bgra8, frame.cols, frame.rows);
+  cv::Mat target(frame.rows, frame.cols, CV_8UC4, pixels.get());
+  cv::cvtColor(frame, target, cv::COLOR_BGR2BGRA);
+  return {PixelFormat::bgra8, frame.cols, frame.rows, std::ptrdiff_t{4} * frame.cols, pixels};
+}
+
 /// What lies before the camera: nothing, or one of the things that are scanned.
 struct Subjects {
   Bitmap desk;
@@ -34,11 +51,11 @@ struct Subjects {
   Bitmap code;
 
   explicit Subjects(const std::filesystem::path& clips)
-      : desk(test::frameOfClip(clips / "bank-card-flat-easy-0000.avi", 0)),
-        bankCard(test::frameOfClip(clips / "bank-card-flat-easy-0000.avi", -1)),
-        idFront(test::frameOfClip(clips / "id-front-easy-0000.avi", -1)),
-        idBack(test::frameOfClip(clips / "id-back-easy-0000.avi", -1)),
-        code(test::frameOfClip(clips / "code-easy-0000.avi", -1)) {}
+      : desk(frameOfClip(clips / "bank-card-flat-easy-0000.avi", 0)),
+        bankCard(frameOfClip(clips / "bank-card-flat-easy-0000.avi", -1)),
+        idFront(frameOfClip(clips / "id-front-easy-0000.avi", -1)),
+        idBack(frameOfClip(clips / "id-back-easy-0000.avi", -1)),
+        code(frameOfClip(clips / "code-easy-0000.avi", -1)) {}
 };
 
 struct Tour {

@@ -2,20 +2,16 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWidget>
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <memory>
-#include <opencv2/imgproc.hpp>
-#include <opencv2/videoio.hpp>
-#include <stdexcept>
 
 #include "UI/OCRScannerViewController.h"
 #include "backends/qt/QtStage.h"
+#include "support/StillCamera.h"
 #include "tests/unit/UI/ScannerScreen.h"
 
 namespace pravik::test {
@@ -34,19 +30,6 @@ inline bool waitUntil(const std::function<bool()>& holds, std::chrono::milliseco
 /// Runs the event loop for a while.
 inline void wait(std::chrono::milliseconds time) {
   waitUntil([] { return false; }, time);
-}
-
-/// A frame of a clip, counted from its beginning or, when negative, from its end.
-inline Bitmap frameOfClip(const std::filesystem::path& clip, int index) {
-  cv::VideoCapture video(clip.string());
-  if (index < 0) index += static_cast<int>(video.get(cv::CAP_PROP_FRAME_COUNT));
-  cv::Mat frame;
-  for (int i = 0; i <= index; ++i)
-    if (!video.read(frame)) throw std::runtime_error("no frame " + std::to_string(index) + " in " + clip.string());
-  auto pixels = allocatePixels(PixelFormat::bgra8, frame.cols, frame.rows);
-  cv::Mat target(frame.rows, frame.cols, CV_8UC4, pixels.get());
-  cv::cvtColor(frame, target, cv::COLOR_BGR2BGRA);
-  return {PixelFormat::bgra8, frame.cols, frame.rows, std::ptrdiff_t{4} * frame.cols, pixels};
 }
 
 /// A scanner in a window of its own.

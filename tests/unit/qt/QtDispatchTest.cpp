@@ -1,0 +1,67 @@
+#include "backends/qt/QtDispatch.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/unit/qt/ShownScanner.h"
+
+namespace pravik {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(QtDispatch, runsTheMainQueueInOrderOnItsThreadAndNeverAtOnce) {
+  QtDispatch dispatch;
+  const auto main = std::this_thread::get_id();
+  std::vector<int> order;
+  bool isOnMain = true;
+  const auto note = [&](int number) {
+    dispatch.async([&, number] {
+      order.push_back(number);
+      isOnMain = isOnMain && std::this_thread::get_id() == main;
+    });
+  };
+  dispatch.asyncAfter(30ms, [&] { order.push_back(9); });
+  note(1);
+  EXPECT_TRUE(order.empty());
+  std::jthread([&] { note(2); }).join();
+  dispatch.asyncGlobal([&] { dispatch.asyncAfter(1ms, [&] { order.push_back(3); }); });
+  EXPECT_TRUE(test::waitUntil([&] { return order.size() == 4; }));
+  EXPECT_THAT(order, testing::ElementsAre(1, 2, 3, 9));
+  EXPECT_TRUE(isOnMain);
+}
+
+TEST(QtDispatch, dropsDelayedWorkThatIsCalledOffOrOutlivesIt) {
+  int ran = 0;
+  WorkItem late;
+  {
+    QtDispatch dispatch;
+    dispatch.asyncAfter(1ms, [&] { ++ran; }).cancel();
+    late = dispatch.asyncAfter(10ms, [&] { ++ran; });
+    test::wait(5ms);
+    dispatch.async([&] { ++ran; });
+  }
+  test::wait(20ms);
+  late.cancel();
+  EXPECT_EQ(ran, 0);
+}
+
+TEST(QtDispatch, waitsForThePoolWhenItGoes) {
+  std::atomic<bool> isDone = false;
+  {
+    QtDispatch dispatch(2);
+    std::atomic<bool> isRunning = false;
+    dispatch.asyncGlobal([&] {
+      isRunning = true;
+      std::this_thread::sleep_for(20ms);
+      isDone = true;
+    });
+    while (!isRunning) std::this_thread::yield();
+  }
+  EXPECT_TRUE(isDone);
+}
+
+}  // namespace
+}  // namespace pravik
