@@ -22,7 +22,7 @@ namespace {
 /// Running more pictures at once than any machine has cores for only costs memory.
 constexpr int maximumJobs = 256;
 /// A week.
-constexpr double maximumTimeout = 7 * 24 * 3600;
+constexpr int maximumTimeout = 7 * 24 * 3600;
 
 const std::map<std::string, Format> formats{{"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}};
 
@@ -95,7 +95,10 @@ CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
       ->type_name(typeName);
 }
 
-std::chrono::milliseconds asMilliseconds(double seconds) {
+/// Throws CLI::ValidationError for what is no time to wait; also for what is no number, which every range would let by.
+std::chrono::milliseconds timeoutOf(double seconds) {
+  if (!(seconds >= 0.001 && seconds <= maximumTimeout))
+    throw CLI::ValidationError("--timeout", "must be between 0.001 and " + std::to_string(maximumTimeout) + " seconds");
   return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
@@ -183,9 +186,8 @@ void addScanCommand(CLI::App& app, Request& request) {
   command.add_flag("!--no-tap", request.scan.tapsManualCapture, "Do not tap the manual-capture button when it appears");
   command
       .add_option_function<double>(
-          "--timeout", [&request](double time) { request.scan.timeout = asMilliseconds(time); },
+          "--timeout", [&request](double time) { request.scan.timeout = timeoutOf(time); },
           "Give up after so many seconds")
-      ->check(CLI::Range(0.001, maximumTimeout).description(""))
       ->type_name("SECONDS");
   command.footer(scanNotes);
   command.callback([&request] {

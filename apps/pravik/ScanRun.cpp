@@ -71,7 +71,9 @@ bool ScanRun::run(Platform platform, const std::function<bool()>& isStopped) {
   screen_ = std::make_shared<OCRScannerViewController>(options_.mode.mode, false, PravikSDK(platform), platform);
   screen_->delegate = report_;
   watch_->watch(screen_);
-  observed_->async([this] { stage_->present(screen_, true, {}); });
+  observed_->async([this] {
+    if (screen_) stage_->present(screen_, true, {});
+  });
   if (options_.timeout)
     dispatch_->asyncAfter(*options_.timeout, [weak = weak_from_this()] {
       if (const auto scan = weak.lock())

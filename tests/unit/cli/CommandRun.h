@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/AsioDispatch.h"
 #include "apps/pravik/Answer.h"
 #include "apps/pravik/CommandLine.h"
 #include "support/Fakes.h"
@@ -49,6 +50,7 @@ class FixedCodes : public BarcodeDetector {
 struct CommandRun {
   std::shared_ptr<test::FakeTextEngine> engine = std::make_shared<test::FakeTextEngine>();
   std::shared_ptr<FixedCodes> barcodes = std::make_shared<FixedCodes>();
+  std::shared_ptr<test::FakeRectangleDetector> rectangles = std::make_shared<test::FakeRectangleDetector>();
   std::string input;
   std::vector<std::string> missing, broken;
   bool showsProgress = false;
@@ -92,9 +94,10 @@ struct CommandRun {
     Platform made;
     made.imageCodec = std::make_shared<FakeCodec>();
     made.imageRenderer = std::make_shared<test::FakeRenderer>();
-    made.rectangleDetector = std::make_shared<test::FakeRectangleDetector>();
+    made.rectangleDetector = rectangles;
     made.textEngine = engine;
     made.barcodeDetector = barcodes;
+    made.dispatch = std::make_shared<AsioDispatch>(2);
     return made;
   }
 };
