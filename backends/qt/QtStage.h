@@ -33,6 +33,7 @@ class QtStage : public Stage {
   void openSettings() override;
   void pickPhoto(std::function<void(std::optional<Image>)> completion) override;
   WorkItem animate(Animation animation) override;
+  bool hasWideWindows() const override { return true; }
   Size textSize(const std::string& text, const Font& font) const override;
 
   /// Presses the button with this symbol on the screen on top; false when there is none.

@@ -39,6 +39,9 @@ class Stage {
 
   /// Starts an animation. Calling the work item off ends it where its views' values are, without the completion.
   virtual WorkItem animate(Animation animation) = 0;
+  /// Whether its windows may be much wider than high, where the scanner's usual layout, made for a screen held upright,
+  /// has no room.
+  virtual bool hasWideWindows() const { return false; }
   /// The extent of one line of text, in points.
   virtual Size textSize(const std::string& text, const Font& font) const = 0;
 };

@@ -23,7 +23,7 @@ constexpr double cardAspectRatio = 1.586;
 constexpr double cardWidthShare = 0.85;
 constexpr double codeWidthShare = 0.72;
 constexpr double cutoutTopShare = 0.3;
-/// Of a view that is wider than high by this ratio: how much of the height the cut-out takes, and what is left above
+/// Of a wide window, wider than high by this ratio: how much of the height the cut-out takes, and what is left above
 /// and below it at least, in points.
 constexpr double wideRatio = 1.5;
 constexpr double wideHeightShare = 0.78;
@@ -82,11 +82,6 @@ const char* hintText(OCRScanMode mode) {
       return "将二维码/条形码对准此区域";
   }
   return "";
-}
-
-/// A view as wide as that has no room below the cut-out that a screen held upright gets.
-bool isWide(const Rect& frame) {
-  return frame.width >= wideRatio * frame.height;
 }
 
 /// In the middle, as high as leaves two lines below it.
@@ -252,10 +247,15 @@ void ScannerOverlayView::hideQualityWarning() {
       {.duration = hintDissolveDuration, .changes = [this] { updateHintText(); }, .crossDissolvedView = hintLabel_});
 }
 
+bool ScannerOverlayView::isWide() const {
+  const auto stage = stage_.lock();
+  return stage && stage->hasWideWindows() && frame.width >= wideRatio * frame.height;
+}
+
 void ScannerOverlayView::layoutSubviews() {
   if (frame.width <= 0 || frame.height <= 0) return;
-  cutoutRect_ = isWide(frame) ? wideCutoutFor(scanMode_, frame.width, frame.height)
-                              : cutoutFor(scanMode_, frame.width, frame.height);
+  cutoutRect_ =
+      isWide() ? wideCutoutFor(scanMode_, frame.width, frame.height) : cutoutFor(scanMode_, frame.width, frame.height);
   layoutMask();
   updateCorners();
   scanLineView_->frame = {cutoutRect_.x + scanLineInset, cutoutRect_.y, cutoutRect_.width - 2 * scanLineInset,
@@ -286,7 +286,7 @@ void ScannerOverlayView::layoutTopButtons() {
 }
 
 void ScannerOverlayView::layoutBelowCutout() {
-  const bool wide = isWide(frame);
+  const bool wide = isWide();
   const Size limit{frame.width - 40, 30};
   hintLabel_->frame = centred(frame.width, cutoutRect_.maxY() + (wide ? wideSpacing : 20),
                               fittedSize(hintLabel_->text, hintLabel_->font, limit));

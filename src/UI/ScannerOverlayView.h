@@ -106,6 +106,8 @@ class ScannerOverlayView : public View, public std::enable_shared_from_this<Scan
   void layoutMask();
   void layoutTopButtons();
   void layoutBelowCutout();
+  /// Whether there is no room below the cut-out that a screen held upright gets, and the stage has such windows.
+  bool isWide() const;
   Size fittedSize(const std::string& text, const Font& font, Size limit) const;
 
   WorkItem animate(Animation animation) const;
