@@ -40,8 +40,11 @@ constexpr const char* examples =
     "  pravik scan clip.mp4 --mode bankCard                  the live scanner on a video, event by event\n"
     "  pravik doctor                                         what is installed and what is missing\n";
 constexpr const char* scanNotes =
-    "A file plays as fast as it can on its own time and gives the same events every time. The first record ends the\n"
-    "scan; so does the end of the video, the second photo that cannot be read, and the time that --timeout names.\n\n"
+    "Each event is written with its second: state, hint, outline (as shares of the picture, from its lower left\n"
+    "corner), timer, button, tap, capture, attempt (one that failed), and last the result: a record or an error.\n"
+    "The first record ends the scan; so does the end of the video, the second photo that cannot be read, and the\n"
+    "time that --timeout names. A file plays as fast as it can on its own time, on which reading a photo takes none,\n"
+    "and gives the same events every time.\n\n"
     "Examples:\n"
     "  pravik scan clip.mp4 --mode bankCard                  a video file\n"
     "  pravik scan 0 --mode qrCode --timeout 60              the first camera, for a minute at most\n"
@@ -97,7 +100,8 @@ CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
 
 /// Throws CLI::ValidationError for what is no time to wait; also for what is no number, which every range would let by.
 std::chrono::milliseconds timeoutOf(double seconds) {
-  if (!(seconds >= 0.001 && seconds <= maximumTimeout))
+  const bool isTime = seconds >= 0.001 && seconds <= maximumTimeout;
+  if (!isTime)
     throw CLI::ValidationError("--timeout", "must be between 0.001 and " + std::to_string(maximumTimeout) + " seconds");
   return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
@@ -183,7 +187,9 @@ void addScanCommand(CLI::App& app, Request& request) {
   command.add_flag("--realtime", request.scan.isRealTime, "Play a file at its speed; a camera has no other");
   command.add_flag("--loop", request.scan.loops, "Play a file again and again");
   command.add_flag("--cutout", request.scan.cutsToCutout, "Cut photos to the frame on the screen, if cards lie in it");
-  command.add_flag("!--no-tap", request.scan.tapsManualCapture, "Do not tap the manual-capture button when it appears");
+  command.add_flag_callback(
+      "--no-tap", [&request] { request.scan.tapsManualCapture = false; },
+      "Do not tap the manual-capture button when it is offered");
   command
       .add_option_function<double>(
           "--timeout", [&request](double time) { request.scan.timeout = timeoutOf(time); },

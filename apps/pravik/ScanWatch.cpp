@@ -86,7 +86,7 @@ void ScanWatch::workDone() {
   tapIfReady(*screen);
 }
 
-void ScanWatch::tellState(const Look& now) {
+void ScanWatch::tellState(const Look& now) const {
   if (now.state == last_.state) return;
   Json members{{"state", stateNames[static_cast<std::size_t>(now.state.kind)]}};
   if (!now.state.message.empty()) members["message"] = now.state.message;
@@ -94,7 +94,7 @@ void ScanWatch::tellState(const Look& now) {
   if (now.state.kind == Kind::capturing) tell("capture", {{"attempt", now.failedAttempts + 1}});
 }
 
-void ScanWatch::tellOutline(const Look& now) {
+void ScanWatch::tellOutline(const Look& now) const {
   if (isSame(now.outline, last_.outline)) return;
   Json box;
   if (now.outline)

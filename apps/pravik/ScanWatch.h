@@ -42,8 +42,8 @@ class ScanWatch final : public DispatchObserver {
   };
 
   static Look lookAt(const OCRScannerViewController& screen);
-  void tellState(const Look& now);
-  void tellOutline(const Look& now);
+  void tellState(const Look& now) const;
+  void tellOutline(const Look& now) const;
   void tapIfReady(OCRScannerViewController& screen);
 
   Clock clock_;

@@ -25,8 +25,11 @@ void FrameFlow::start() {
 void FrameFlow::stop() {
   isRunning_ = false;
   thread_ = {};
-  // Others may use the camera meanwhile, and it would go on with the frame that it had when it was stopped.
-  if (source_.isCamera) reader_.reset();
+  if (!source_.isCamera) return;
+  // Others may use the camera meanwhile, and it would go on with the frames that it had when it was stopped.
+  reader_.reset();
+  const std::lock_guard lock(mutex_);
+  newest_.reset();
 }
 
 std::optional<Bitmap> FrameFlow::newestFrame() const {

@@ -39,9 +39,12 @@ void OpenCvCaptureSession::stopRunning() {
 }
 
 void OpenCvCaptureSession::capturePhoto(bool /*automaticFlash*/, PhotoHandler handler) {
-  const std::optional<Bitmap> newest = flow_->newestFrame();
-  if (newest) return handler({Image{.bitmap = *newest}, std::nullopt});
-  handler({std::nullopt, "the camera has sent no picture"});
+  CapturedPhoto photo;
+  if (const std::optional<Bitmap> newest = flow_->newestFrame())
+    photo.image = Image{.bitmap = newest};
+  else
+    photo.error = "the camera has sent no picture";
+  handler(std::move(photo));
 }
 
 std::vector<MetadataObjectType> OpenCvCaptureSession::availableMetadataObjectTypes() const {

@@ -29,7 +29,8 @@ constexpr const char* cardClip = "id-front-easy-0002.avi";
 /// What the process holds in memory, in MB (proc(5), /proc/self/statm).
 double residentMegabytes() {
   std::ifstream file("/proc/self/statm");
-  double total = 0, resident = 0;
+  double total = 0;
+  double resident = 0;
   file >> total >> resident;
   return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / 1e6;
 }
@@ -63,7 +64,8 @@ double scan(const pravik::Platform& platform, std::vector<std::string> words) {
 void report(const char* what, double streamSeconds, std::chrono::steady_clock::time_point begin) {
   const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
   std::cout << what << ": " << streamSeconds / 60 << " min of stream time in " << passed.count() << " s, "
-            << residentMegabytes() << " MB" << std::endl;
+            << residentMegabytes() << " MB\n"
+            << std::flush;
 }
 
 void watchDesk(const pravik::Platform& platform, const std::string& desk, double seconds) {
