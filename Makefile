@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo test test-asan test-tsan bench accuracy scan-accuracy format lint clean
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan bench accuracy scan-accuracy format lint clean
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -9,6 +9,8 @@ help:
 	@echo "make demo       set up, build, read every picture and clip in samples/ and print it beside its truth"
 	@echo "make test       set up, build and run all tests"
 	@echo "make build      set up and build a release (build/release)"
+	@echo "make scanner    set up, build and start the scanner's window (ARGS=... for its arguments)"
+	@echo "make screenshots  take a picture of the window in every state into docs/images/"
 	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
 	@echo "make test-tsan  unit tests under the thread sanitizer"
 	@echo "make bench      benchmarks"
@@ -32,6 +34,15 @@ build: setup
 demo: build
 	@tools/demo
 
+# Says by itself when there is no display.
+scanner: setup
+	$(call build-preset,release,pravik-scanner)
+	@build/release/apps/scanner/pravik-scanner $(ARGS)
+
+screenshots: setup
+	$(call build-preset,release,pravik-screenshots)
+	@tools/screenshots/screenshots
+
 test: build
 	@ctest --test-dir build/release --output-on-failure -j$(JOBS)
 
@@ -43,6 +54,7 @@ test-asan test-tsan: test-%: setup
 bench: build
 	@build/release/bench/pravik-bench
 	@bench/process
+	@bench/window/window
 
 accuracy: build
 	@tools/accuracy/accuracy --pravik $(PRAVIK)

@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QResizeEvent>
 #include <QTimer>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <chrono>
@@ -29,10 +30,11 @@ QPixmap pixmapOf(const std::optional<Image>& image) {
   return QPixmap::fromImage(toQt(uprightBitmap(*image->bitmap, image->orientation)));
 }
 
-QPushButton* makeCopyButton(const Field& field) {
-  auto* button = new QPushButton(text(Text::copy));
+QToolButton* makeCopyButton(const Field& field) {
+  auto* button = new QToolButton;
+  button->setText(text(Text::copy));
   button->setAccessibleName(text(Text::copy) + ' ' + text(field.label));
-  QObject::connect(button, &QPushButton::clicked, button, [button, value = field.value] {
+  QObject::connect(button, &QToolButton::clicked, button, [button, value = field.value] {
     QGuiApplication::clipboard()->setText(value);
     button->setText(text(Text::copied));
     QTimer::singleShot(copiedDuration, button, [button] { button->setText(text(Text::copy)); });
@@ -40,11 +42,12 @@ QPushButton* makeCopyButton(const Field& field) {
   return button;
 }
 
-QPushButton* makeShowButton(const Field& field, QLabel* value) {
-  auto* button = new QPushButton(text(Text::show));
+QToolButton* makeShowButton(const Field& field, QLabel* value) {
+  auto* button = new QToolButton;
+  button->setText(text(Text::show));
   button->setCheckable(true);
   button->setAccessibleName(text(Text::show) + ' ' + text(field.label));
-  QObject::connect(button, &QPushButton::toggled, value, [button, value, field](bool isShown) {
+  QObject::connect(button, &QToolButton::toggled, value, [button, value, field](bool isShown) {
     value->setText(isShown ? field.value : masked(field.value));
     button->setText(text(isShown ? Text::hide : Text::show));
   });
@@ -98,7 +101,7 @@ QWidget* ResultPage::makeFields(const ScannedRecord& record) {
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(12);
   grid->setVerticalSpacing(10);
-  grid->setColumnStretch(1, 1);
+  grid->setColumnStretch(0, 1);
   for (const Field& field : record.fields) addRow(*grid, field);
   column->addLayout(grid);
   column->addStretch(1);
@@ -114,10 +117,13 @@ void ResultPage::addRow(QGridLayout& grid, const Field& field) {
   value->setWordWrap(true);
   value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   value->setAccessibleName(text(field.label));
-  grid.addWidget(label, row, 0);
-  grid.addWidget(value, row, 1);
-  if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 2);
-  grid.addWidget(makeCopyButton(field), row, 3);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(2);
+  texts->addWidget(label);
+  texts->addWidget(value);
+  grid.addLayout(texts, row, 0);
+  if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 1);
+  grid.addWidget(makeCopyButton(field), row, 2);
 }
 
 void ResultPage::resizeEvent(QResizeEvent* /*event*/) {

@@ -19,6 +19,13 @@ const std::map<std::string, OCRLogger::Level> levels{
     {"none", OCRLogger::Level::none}, {"error", OCRLogger::Level::error}, {"warning", OCRLogger::Level::warning},
     {"info", OCRLogger::Level::info}, {"debug", OCRLogger::Level::debug}, {"verbose", OCRLogger::Level::verbose}};
 
+/// An option that takes one of the names of a table, and nothing that stands for it.
+template <class Value>
+void addChoice(CLI::App& app, const std::string& option, const std::map<std::string, Value>& names, std::string& chosen,
+               const std::string& help) {
+  app.add_option(option, chosen, help)->type_name("NAME")->check(CLI::IsMember(names).description(""));
+}
+
 }  // namespace
 
 std::variant<ScannerSettings, int> readSettings(const std::vector<std::string>& arguments, std::ostream& out,
@@ -26,21 +33,23 @@ std::variant<ScannerSettings, int> readSettings(const std::vector<std::string>& 
   ScannerSettings settings;
   CLI::App app{"Scans bank cards, identity cards and codes with a camera.", "pravik-scanner"};
   app.set_version_flag("--version", PravikVersion::fullDescription());
-  app.add_option("--mode", settings.mode, "Scan this at once: bankCard, idCardFront, idCardBack or qrCode")
-      ->transform(CLI::CheckedTransformer(modes).description("MODE"));
+  std::string mode;
+  std::string level = "none";
+  addChoice(app, "--mode", modes, mode, "Scan this at once: bankCard, idCardFront, idCardBack or qrCode");
   app.add_option("--camera", settings.camera, "The number of a camera (0 is the first) or a video file")
       ->type_name("INDEX|FILE");
   app.add_flag("--loop", settings.loops, "Begin a video file anew when it has ended");
   app.add_flag("--mode-switch", settings.showsModeSwitch, "Let the user switch between the cards while scanning");
   app.add_flag("--json", settings.writesJson, "Write the first record to standard output and end");
   app.add_option("--models", settings.models, "The folder of the text models")->type_name("DIR");
-  app.add_option("--log-level", settings.logLevel, "none, error, warning, info, debug or verbose, on standard error")
-      ->transform(CLI::CheckedTransformer(levels).description("LEVEL"));
+  addChoice(app, "--log-level", levels, level, "none, error, warning, info, debug or verbose, on standard error");
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {
     return app.exit(error, out, err) == 0 ? 0 : static_cast<int>(cli::usageError);
   }
+  if (!mode.empty()) settings.mode = modes.at(mode);
+  settings.logLevel = levels.at(level);
   return settings;
 }
 

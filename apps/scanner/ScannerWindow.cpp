@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QUrl>
+#include <filesystem>
 #include <utility>
 
 #include "RunWithCompletion.h"
@@ -105,10 +106,12 @@ void ScannerWindow::scan() {
 bool ScannerWindow::prepareCamera() {
   if (bringsCamera_) return true;
   const std::string camera = start_->camera();
-  const std::string problem =
-      camera.empty() ? text(Text::noCamera).toStdString() : problemWith(videoSourceNamed(camera));
-  // A camera that the user may not open is the scanner's own to tell of.
-  if (!problem.empty() && (camera.empty() || mayBeOpened(videoSourceNamed(camera)))) {
+  const VideoSource source = videoSourceNamed(camera);
+  const std::string problem = camera.empty() ? text(Text::noCamera).toStdString() : problemWith(source);
+  // A camera that is there and may not be used is the scanner's own to tell of.
+  std::error_code error;
+  const bool isForbidden = source.isCamera && std::filesystem::exists(source.path, error) && !mayBeOpened(source);
+  if (!problem.empty() && !isForbidden) {
     showFailure(QString::fromStdString(problem));
     return false;
   }
