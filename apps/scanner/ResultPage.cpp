@@ -18,9 +18,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int pictureHeight = 240;
+constexpr int pictureHeight = 300;
 constexpr int pageMargins = 20;
-constexpr int contentWidth = 640;
+constexpr int contentWidth = 960;
+constexpr int sideSpacing = 24;
 constexpr int buttonHeight = 44;
 /// How long a button says that it has copied.
 constexpr std::chrono::milliseconds copiedDuration = 1500ms;
@@ -76,23 +77,29 @@ ResultPage::ResultPage() : scroll_(new QScrollArea), again_(new QPushButton(text
 
 void ResultPage::show(const ScannedRecord& record) {
   pixmap_ = pixmapOf(record.picture);
-  scroll_->setWidget(makeFields(record));
-  fitPicture();
+  scroll_->setWidget(makeContent(record));
+  arrange();
   again_->setFocus();
 }
 
-QWidget* ResultPage::makeFields(const ScannedRecord& record) {
+QWidget* ResultPage::makeContent(const ScannedRecord& record) {
   auto* content = new QWidget;
   content->setMaximumWidth(contentWidth);
-  auto* column = new QVBoxLayout(content);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(16);
   picture_ = new QLabel;
-  picture_->setAlignment(Qt::AlignCenter);
+  picture_->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
   // As narrow as the window makes it.
   picture_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   picture_->setVisible(!pixmap_.isNull());
-  column->addWidget(picture_);
+  sides_ = new QBoxLayout(QBoxLayout::TopToBottom, content);
+  sides_->setContentsMargins(0, 0, 0, 0);
+  sides_->setSpacing(sideSpacing);
+  sides_->addWidget(picture_);
+  sides_->addLayout(makeFields(record));
+  return content;
+}
+
+QLayout* ResultPage::makeFields(const ScannedRecord& record) {
+  auto* column = new QVBoxLayout;
   if (record.failsCheck) {
     auto* warning = new QLabel(text(Text::checkFailed));
     warning->setWordWrap(true);
@@ -105,7 +112,7 @@ QWidget* ResultPage::makeFields(const ScannedRecord& record) {
   for (const Field& field : record.fields) addRow(*grid, field);
   column->addLayout(grid);
   column->addStretch(1);
-  return content;
+  return column;
 }
 
 void ResultPage::addRow(QGridLayout& grid, const Field& field) {
@@ -127,14 +134,19 @@ void ResultPage::addRow(QGridLayout& grid, const Field& field) {
 }
 
 void ResultPage::resizeEvent(QResizeEvent* /*event*/) {
-  fitPicture();
+  arrange();
 }
 
-void ResultPage::fitPicture() {
+void ResultPage::arrange() {
   if (pixmap_.isNull() || picture_ == nullptr) return;
+  const bool isWide = width() > height();
+  sides_->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+  sides_->setStretch(0, isWide ? 1 : 0);
+  sides_->setStretch(1, 1);
+  const int room = std::min(width() - 2 * pageMargins, contentWidth);
   const double scale = devicePixelRatioF();
-  const QSize room(std::min(width() - 2 * pageMargins, contentWidth), pictureHeight);
-  QPixmap fitted = pixmap_.scaled(room * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  const QSize space(isWide ? (room - sideSpacing) / 2 : room, pictureHeight);
+  QPixmap fitted = pixmap_.scaled(space * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
   fitted.setDevicePixelRatio(scale);
   picture_->setPixmap(fitted);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBoxLayout>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPixmap>
@@ -26,11 +27,14 @@ class ResultPage : public QWidget {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
-  QWidget* makeFields(const ScannedRecord& record);
+  QWidget* makeContent(const ScannedRecord& record);
+  static QLayout* makeFields(const ScannedRecord& record);
   static void addRow(QGridLayout& grid, const Field& field);
-  void fitPicture();
+  /// The picture above the fields, or beside them in a wide window.
+  void arrange();
 
   QScrollArea* scroll_;
+  QBoxLayout* sides_ = nullptr;
   QLabel* picture_ = nullptr;
   QPixmap pixmap_;
   QPushButton* again_;
