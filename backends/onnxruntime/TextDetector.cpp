@@ -17,8 +17,10 @@ constexpr double accuratePixels = 960 * 720;
 constexpr double fastPixels = 640 * 480;
 /// A small picture is enlarged by this at most: its text does not become clearer.
 constexpr double maximumEnlargement = 2;
-/// Nor is one enlarged that is as long as this already: the band of a card number would cost as much as the card.
-constexpr double longestEnlargedSide = 1216;
+/// A picture as long as this, in its short sides, is a line or two: it needs less than a whole card, which it would
+/// cost as much as.
+constexpr double bandAspect = 3;
+constexpr double bandShare = 0.6;
 /// Bounds the long side of extreme shapes, whose short side cannot go below sideStep.
 constexpr int maximumSide = 4096;
 /// Statistics of the pictures that the model was trained on, blue, green, red in the order that training used.
@@ -46,9 +48,8 @@ Tensor inputOf(const cv::Mat& picture, cv::Size size) {
 cv::Size detectionSize(cv::Size picture, RecognitionLevel level) {
   const double budget = level == RecognitionLevel::accurate ? accuratePixels : fastPixels;
   const double pixels = static_cast<double>(picture.width) * picture.height;
-  const double enlargement =
-      std::clamp(longestEnlargedSide / std::max(picture.width, picture.height), 1.0, maximumEnlargement);
-  const double scale = std::min(std::sqrt(budget / pixels), enlargement);
+  const bool isBand = std::max(picture.width, picture.height) > bandAspect * std::min(picture.width, picture.height);
+  const double scale = std::min(std::sqrt(budget * (isBand ? bandShare : 1) / pixels), maximumEnlargement);
   return {roundedSide(picture.width * scale), roundedSide(picture.height * scale)};
 }
 
