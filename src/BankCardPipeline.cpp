@@ -15,6 +15,7 @@
 #include "Parsers/BINHints.h"
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
+#include "Parsers/CardText.h"
 #include "Pravik.h"
 #include "RunOnPool.h"
 #include "Utils/OCRLogger.h"
@@ -23,8 +24,6 @@
 namespace pravik {
 namespace {
 
-/// Blocks whose centres are closer than this fraction of the picture's height share a row.
-constexpr double rowThreshold = 0.04;
 constexpr double numberRowThreshold = 0.03;
 constexpr std::size_t numberRowDigits = 6;
 /// So many variants of the band that agree end the stage.
@@ -56,7 +55,7 @@ constexpr std::array<WholeCardStage, 2> wholeCardStages{{
 }};
 
 CardNumberPieces piecesOf(const Observations& observations) {
-  return {extractCardNumberFragments(observations), extractBINHints(groupedByLine(observations, rowThreshold))};
+  return {extractCardNumberFragments(observations), extractBINHints(bankCardRows(observations))};
 }
 
 void debugSaveImage(const BankCardPipeline& pipeline, const std::optional<Bitmap>& bitmap, std::string_view label) {

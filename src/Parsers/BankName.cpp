@@ -12,19 +12,20 @@ namespace pravik {
 
 namespace {
 
-struct BankRow {
+/// What may be printed, and what it stands for: a bank's Chinese name, or a simplified character.
+struct PrintedForm {
   std::string_view printed;
-  std::string_view bank;
+  std::string_view meaning;
 };
 
-constexpr std::array<BankRow, 30> traditionalToSimplified{{
+constexpr std::array<PrintedForm, 30> traditionalToSimplified{{
     {"銀", "银"}, {"國", "国"}, {"農", "农"}, {"業", "业"}, {"設", "设"}, {"構", "构"}, {"務", "务"}, {"發", "发"},
     {"東", "东"}, {"華", "华"}, {"開", "开"}, {"關", "关"}, {"點", "点"}, {"號", "号"}, {"卡", "卡"}, {"儲", "储"},
     {"蓄", "蓄"}, {"郵", "邮"}, {"政", "政"}, {"興", "兴"}, {"廣", "广"}, {"聯", "联"}, {"滙", "汇"}, {"豐", "丰"},
     {"實", "实"}, {"萬", "万"}, {"長", "长"}, {"還", "还"}, {"餘", "余"}, {"額", "额"},
 }};
 
-constexpr std::array<BankRow, 22> bankKeywords{{
+constexpr std::array<PrintedForm, 22> bankKeywords{{
     {"工商银行", "中国工商银行"},     {"建设银行", "中国建设银行"}, {"农业银行", "中国农业银行"},
     {"中国银行", "中国银行"},         {"交通银行", "交通银行"},     {"招商银行", "招商银行"},
     {"浦发银行", "上海浦东发展银行"}, {"中信银行", "中信银行"},     {"光大银行", "中国光大银行"},
@@ -35,7 +36,7 @@ constexpr std::array<BankRow, 22> bankKeywords{{
     {"浦东发展", "上海浦东发展银行"},
 }};
 
-constexpr std::array<BankRow, 18> bankDomains{{
+constexpr std::array<PrintedForm, 18> bankDomains{{
     {"icbc.com.cn", "中国工商银行"},
     {"ccb.com", "中国建设银行"},
     {"abchina.com", "中国农业银行"},
@@ -57,7 +58,7 @@ constexpr std::array<BankRow, 18> bankDomains{{
 }};
 
 /// The last row catches a name that is cut off at a line end.
-constexpr std::array<BankRow, 28> bankEnglishFullNames{{
+constexpr std::array<PrintedForm, 28> bankEnglishFullNames{{
     {"INDUSTRIAL AND COMMERCIAL BANK OF CHINA", "中国工商银行"},
     {"CHINA CONSTRUCTION BANK", "中国建设银行"},
     {"AGRICULTURAL BANK OF CHINA", "中国农业银行"},
@@ -88,7 +89,7 @@ constexpr std::array<BankRow, 28> bankEnglishFullNames{{
     {"CHINA CONSTRUCTION", "中国建设银行"},
 }};
 
-constexpr std::array<BankRow, 14> bankAbbreviations{{
+constexpr std::array<PrintedForm, 14> bankAbbreviations{{
     {"ICBC", "中国工商银行"},
     {"CCB", "中国建设银行"},
     {"ABC", "中国农业银行"},
@@ -132,10 +133,10 @@ constexpr std::string_view chineseNamePattern = R"([\u4e00-\u9fa5]{2,10}银行)"
 constexpr std::array<std::string_view, 4> namelessBanks{"发卡银行", "开户银行", "本银行", "商业银行"};
 constexpr std::string_view wordPattern = "[A-Z]+";
 
-std::optional<std::string> firstContained(std::string_view text, std::span<const BankRow> rows) {
-  const auto row = std::ranges::find_if(rows, [text](const BankRow& r) { return contains(text, r.printed); });
+std::optional<std::string> firstContained(std::string_view text, std::span<const PrintedForm> rows) {
+  const auto row = std::ranges::find_if(rows, [text](const PrintedForm& r) { return contains(text, r.printed); });
   if (row == rows.end()) return std::nullopt;
-  return std::string(row->bank);
+  return std::string(row->meaning);
 }
 
 std::optional<std::string> printedChineseName(std::string_view text) {
@@ -150,13 +151,13 @@ std::optional<std::string> printedChineseName(std::string_view text) {
 /// them between words in narrow letters.
 std::optional<std::string> longestEnglishName(std::string_view upperText) {
   const std::string text = removingAll(upperText, " ");
-  const BankRow* longest = nullptr;
-  for (const BankRow& row : bankEnglishFullNames) {
+  const PrintedForm* longest = nullptr;
+  for (const PrintedForm& row : bankEnglishFullNames) {
     if (longest != nullptr && row.printed.size() <= longest->printed.size()) continue;
     if (contains(text, removingAll(row.printed, " "))) longest = &row;
   }
   if (longest == nullptr) return std::nullopt;
-  return std::string(longest->bank);
+  return std::string(longest->meaning);
 }
 
 std::set<std::string> upperCaseWords(std::string_view text) {
@@ -165,8 +166,8 @@ std::set<std::string> upperCaseWords(std::string_view text) {
 }
 
 std::optional<std::string> bankOfAbbreviation(const std::set<std::string>& words) {
-  for (const BankRow& row : bankAbbreviations)
-    if (words.contains(std::string(row.printed))) return std::string(row.bank);
+  for (const PrintedForm& row : bankAbbreviations)
+    if (words.contains(std::string(row.printed))) return std::string(row.meaning);
   return std::nullopt;
 }
 
@@ -174,8 +175,9 @@ std::optional<std::string> bankOfAbbreviation(const std::set<std::string>& words
 
 std::string normalizeTraditional(std::string_view text) {
   std::string result(text);
-  for (const BankRow& row : traditionalToSimplified)
-    if (row.printed != row.bank && contains(result, row.printed)) result = replacingAll(result, row.printed, row.bank);
+  for (const PrintedForm& row : traditionalToSimplified)
+    if (row.printed != row.meaning && contains(result, row.printed))
+      result = replacingAll(result, row.printed, row.meaning);
   return result;
 }
 

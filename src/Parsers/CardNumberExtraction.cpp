@@ -14,6 +14,7 @@
 
 #include "Parsers/BINHints.h"
 #include "Parsers/CardNumber.h"
+#include "Parsers/CardText.h"
 #include "Parsers/LuhnRepair.h"
 #include "Parsers/OCRDigits.h"
 #include "Utils/OCRLogger.h"
@@ -37,8 +38,6 @@ constexpr int completedLastGroup = 5;
 constexpr int correctedLine = 6;
 }  // namespace priority
 
-/// Blocks whose centres are closer than this fraction of the picture's height share a row.
-constexpr double rowThreshold = 0.04;
 /// 16 to 19 digits with at most one separator between two.
 constexpr std::string_view spacedNumberPattern = R"((?:\d[ \-]?){15,18}\d)";
 /// Enough of a text's edge for a separator and a digit of any script.
@@ -105,7 +104,7 @@ std::vector<std::string> linesOf(const Observations& observations);
 }  // namespace
 
 std::optional<ExtractedCardNumber> extractCardNumber(const Observations& observations) {
-  const std::vector<Observations> rows = groupedByLine(observations, rowThreshold);
+  const std::vector<Observations> rows = bankCardRows(observations);
   const std::vector<std::string> lines = linesOf(observations);
 
   Candidates candidates;

@@ -11,6 +11,7 @@
 
 #include "Parsers/BINHints.h"
 #include "Parsers/CardNumber.h"
+#include "Parsers/CardText.h"
 #include "Parsers/OCRDigits.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/RegexHelper.h"
@@ -20,8 +21,6 @@ namespace pravik {
 
 namespace {
 
-/// Blocks whose centres are closer than this fraction of the picture's height share a row.
-constexpr double rowThreshold = 0.04;
 constexpr std::size_t shortestFragment = 4;
 constexpr std::size_t longestFragment = 19;
 /// One overlapping digit agrees by chance once in ten times.
@@ -63,7 +62,7 @@ std::vector<std::string> extractCardNumberFragments(const Observations& observat
     for (const OCRDigitVariant& variant : ocrCorrectedVariants(text))
       if (variant.digits.size() == length) take(variant.digits);
   };
-  for (const Observations& row : groupedByLine(observations, rowThreshold)) {
+  for (const Observations& row : bankCardRows(observations)) {
     std::string whole;
     for (const auto& block : row) {
       for (const std::string_view group : splitAtWhitespace(block.text)) {

@@ -11,6 +11,7 @@ namespace {
 
 /// Blocks whose vertical centres are closer than this fraction of the picture's height share a line.
 constexpr double lineThreshold = 0.025;
+constexpr double bankCardRowThreshold = 0.04;
 
 }  // namespace
 
@@ -20,6 +21,10 @@ CardText cardText(const Observations& observations) {
   std::ranges::transform(text.lines, std::back_inserter(text.lineTexts), lineText);
   text.fullText = joined(text.lineTexts, "\n");
   return text;
+}
+
+std::vector<Observations> bankCardRows(const Observations& observations) {
+  return groupedByLine(observations, bankCardRowThreshold);
 }
 
 }  // namespace pravik

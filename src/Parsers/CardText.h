@@ -19,4 +19,7 @@ struct CardText {
 
 CardText cardText(const Observations& observations);
 
+/// The rows of a bank card, coarser than lines: the groups of an embossed number do not stand as level as print.
+std::vector<Observations> bankCardRows(const Observations& observations);
+
 }  // namespace pravik
