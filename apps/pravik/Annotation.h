@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "Platform/Bitmap.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/Recording.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

@@ -10,7 +10,7 @@ namespace {
 /// An element of an array, indented as its place asks.
 std::string arrayElement(const Answer& answer) {
   std::string element = "  ";
-  for (const char c : text(answer, true)) {
+  for (const char c : jsonText(answer, true)) {
     element += c;
     if (c == '\n') element += "  ";
   }
@@ -30,7 +30,7 @@ void AnswerWriter::write(const Answer& answer) {
       out_ << (first_ ? "[\n" : ",\n") << arrayElement(answer);
       break;
     case Format::jsonl:
-      out_ << text(answer) << '\n';
+      out_ << jsonText(answer) << '\n';
       break;
   }
   out_.flush();

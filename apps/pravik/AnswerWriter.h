@@ -2,8 +2,8 @@
 
 #include <iosfwd>
 
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/Settings.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

@@ -12,8 +12,8 @@
 #include <ostream>
 
 #include "PravikVersion.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/Table.h"
+#include "backends/json/Answer.h"
 #include "backends/onnxruntime/ModelFiles.h"
 #include "backends/zxing/ZXingBarcodeDetector.h"
 
@@ -94,10 +94,10 @@ void writeTable(const std::vector<Part>& parts, std::ostream& out) {
 void writeJson(const std::vector<Part>& parts, bool lines, std::ostream& out) {
   Json array = Json::array();
   for (const Part& part : parts) {
-    if (lines) out << text(toJson(part)) << '\n';
+    if (lines) out << jsonText(toJson(part)) << '\n';
     array.push_back(toJson(part));
   }
-  if (!lines) out << text(array, true) << '\n';
+  if (!lines) out << jsonText(array, true) << '\n';
 }
 
 }  // namespace

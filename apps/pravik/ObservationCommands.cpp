@@ -10,8 +10,9 @@
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
 #include "apps/pravik/AnswerWriter.h"
-#include "apps/pravik/Checks.h"
 #include "apps/pravik/ObservationInput.h"
+#include "backends/json/Checks.h"
+#include "backends/json/ObservationsJson.h"
 
 namespace pravik::cli {
 namespace {
@@ -51,9 +52,9 @@ constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
                                                 {"bankCard", SceneType::bankCard}}};
 
 Answer answerText(const ObservationCommand& command, const InputText& input) {
-  if (input.tooLong) return invalidInput("longer than 64 MiB");
+  if (input.tooLong) return invalidInputAnswer("longer than 64 MiB");
   const auto observations = parseObservations(input.text);
-  if (!observations) return invalidInput(observations.error());
+  if (!observations) return invalidInputAnswer(observations.error());
   Answer answer = command.tellsKind ? Answer{{"kind", command.kind}} : Answer::object();
   answer.update(command.answer(*observations));
   return answer;
@@ -88,7 +89,7 @@ ExitStatus answerObservations(const ObservationCommand& command, const std::stri
     std::error_code ignored;
     if (!opened || std::filesystem::is_directory(file, ignored)) {
       const int reason = opened ? EISDIR : errno;
-      writer.write(invalidInput("cannot read " + file + ": " + std::generic_category().message(reason)));
+      writer.write(invalidInputAnswer("cannot read " + file + ": " + std::generic_category().message(reason)));
       return writer.finish();
     }
   }

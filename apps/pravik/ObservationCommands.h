@@ -6,8 +6,8 @@
 
 #include "Core/TextRecognizer.h"
 #include "Pravik.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/Settings.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

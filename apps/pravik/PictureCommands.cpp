@@ -12,20 +12,15 @@
 
 #include "apps/pravik/Annotation.h"
 #include "apps/pravik/AnswerWriter.h"
-#include "apps/pravik/Checks.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/OrderedBatch.h"
 #include "apps/pravik/PictureInput.h"
 #include "apps/pravik/Progress.h"
 #include "apps/pravik/Recording.h"
+#include "backends/json/Checks.h"
 
 namespace pravik::cli {
 namespace {
-
-template <class Info>
-Answer cardAnswer(const Result<Info>& result) {
-  return result ? recordAnswer(*result) : answerOf(result.error());
-}
 
 Answer idFront(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
   return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));

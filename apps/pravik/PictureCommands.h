@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Pravik.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/Settings.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

@@ -35,7 +35,7 @@ Size frameSize(const VideoSource& source) {
 
 ExitStatus answerUnusable(const ScanOptions& options, const std::string& reason, ScanEventWriter& writer) {
   Json event{{"time", 0.0}, {"event", "result"}, {"file", options.source}, {"kind", options.mode.kind}};
-  event.update(invalidInput(reason));
+  event.update(invalidInputAnswer(reason));
   writer.write(event);
   writer.finish();
   return someNotRecognized;

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "UI/OCRScannerDelegate.h"
-#include "apps/pravik/Answer.h"
-#include "apps/pravik/Checks.h"
+#include "backends/json/Answer.h"
+#include "backends/json/Checks.h"
 
 namespace pravik::cli {
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "UI/OCRScannerViewController.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/ObservedDispatch.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

@@ -1,9 +1,9 @@
 #include "apps/pravik/StatsCommand.h"
 
 #include "Core/ImagePreprocessor.h"
-#include "apps/pravik/Answer.h"
 #include "apps/pravik/AnswerWriter.h"
 #include "apps/pravik/PictureInput.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 namespace {

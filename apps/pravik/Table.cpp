@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-#include "apps/pravik/Checks.h"
+#include "backends/json/Checks.h"
 
 namespace pravik::cli {
 namespace {
@@ -33,7 +33,7 @@ std::string valueText(const Json& value) {
   if (value.is_null()) return "-";
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   if (value.is_string()) return value.get<std::string>().empty() ? "-" : value.get<std::string>();
-  return text(value);
+  return jsonText(value);
 }
 
 std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "apps/pravik/Answer.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::cli {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "apps/pravik/Checks.h"
+#include "backends/json/Checks.h"
 
 namespace pravik::scanner {
 namespace {
@@ -24,12 +24,12 @@ class FieldList {
   std::vector<Field> fields_;
 };
 
-bool fails(const cli::Json& checks, const char* check) {
+bool fails(const Json& checks, const char* check) {
   return checks.contains(check) && checks[check] == false;
 }
 
-cli::Answer withKind(const char* kind, const cli::Answer& answer) {
-  cli::Answer whole{{"kind", kind}};
+Answer withKind(const char* kind, const Answer& answer) {
+  Answer whole{{"kind", kind}};
   whole.update(answer);
   return whole;
 }
@@ -47,8 +47,8 @@ ScannedRecord describe(const OCRScannerResult<BankCardInfo>& result) {
                         .add(Text::cardholderName, info.cardholderName.value_or(""))
                         .take(),
           .picture = result.capturedImage,
-          .failsCheck = fails(cli::checksOf(info), "luhn"),
-          .answer = withKind("bank-card", cli::recordAnswer(info))};
+          .failsCheck = fails(checksOf(info), "luhn"),
+          .answer = withKind("bank-card", recordAnswer(info))};
 }
 
 ScannedRecord describe(const OCRScannerResult<IDCardFrontInfo>& result) {
@@ -62,8 +62,8 @@ ScannedRecord describe(const OCRScannerResult<IDCardFrontInfo>& result) {
                         .addSecret(Text::idNumber, info.idNumber)
                         .take(),
           .picture = result.capturedImage,
-          .failsCheck = fails(cli::checksOf(info), "checkDigit"),
-          .answer = withKind("id-front", cli::recordAnswer(info))};
+          .failsCheck = fails(checksOf(info), "checkDigit"),
+          .answer = withKind("id-front", recordAnswer(info))};
 }
 
 ScannedRecord describe(const OCRScannerResult<IDCardBackInfo>& result) {
@@ -74,7 +74,7 @@ ScannedRecord describe(const OCRScannerResult<IDCardBackInfo>& result) {
                         .take(),
           .picture = result.capturedImage,
           .failsCheck = false,
-          .answer = withKind("id-back", cli::recordAnswer(info))};
+          .answer = withKind("id-back", recordAnswer(info))};
 }
 
 ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result) {
@@ -82,7 +82,7 @@ ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result) {
   return {.fields = FieldList().add(Text::payload, code.payload).add(Text::symbology, code.symbology).take(),
           .picture = result.capturedImage,
           .failsCheck = false,
-          .answer = withKind("code", {{"result", cli::toJson(code)}})};
+          .answer = withKind("code", {{"result", toJson(code)}})};
 }
 
 QString masked(const QString& value) {

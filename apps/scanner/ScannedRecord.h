@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "Pravik.h"
-#include "apps/pravik/Answer.h"
 #include "apps/scanner/Texts.h"
+#include "backends/json/Answer.h"
 
 namespace pravik::scanner {
 
@@ -29,7 +29,7 @@ struct ScannedRecord {
   /// Whether a number does not fit its own check digit.
   bool failsCheck = false;
   /// {"kind":…,"result":…} with "checks" for a card, as the command-line tool answers.
-  cli::Answer answer;
+  Answer answer;
 };
 
 ScannedRecord describe(const OCRScannerResult<BankCardInfo>& result);

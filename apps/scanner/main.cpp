@@ -57,7 +57,7 @@ int main(int argumentCount, char** arguments) {
   int status = pravik::cli::allRecognized;
   if (settings.writesJson) {
     window.onRecord = [](const ScannedRecord& record) {
-      std::cout << pravik::cli::text(record.answer) << std::endl;
+      std::cout << pravik::jsonText(record.answer) << std::endl;
       QApplication::quit();
     };
     window.onNothing = [&settings, &status] {

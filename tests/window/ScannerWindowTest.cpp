@@ -32,7 +32,7 @@ std::string sample(const char* name) {
 
 struct Window {
   std::unique_ptr<ScannerWindow> window;
-  std::vector<cli::Answer> records;
+  std::vector<Answer> records;
   int nothings = 0;
 
   explicit Window(ScannerSettings settings) {

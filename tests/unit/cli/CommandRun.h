@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Platform/AsioDispatch.h"
-#include "apps/pravik/Answer.h"
+#include "backends/json/Answer.h"
 #include "apps/pravik/CommandLine.h"
 #include "support/Fakes.h"
 #include "support/Pictures.h"

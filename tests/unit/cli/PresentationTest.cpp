@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "apps/pravik/Annotation.h"
-#include "apps/pravik/Checks.h"
+#include "backends/json/Checks.h"
 #include "apps/pravik/Table.h"
 
 namespace pravik::cli {

@@ -1,8 +1,8 @@
-#include "apps/pravik/Answer.h"
+#include "backends/json/Answer.h"
 
 #include <optional>
 
-namespace pravik::cli {
+namespace pravik {
 namespace {
 
 Json orNull(const std::optional<std::string>& value) {
@@ -43,7 +43,7 @@ Answer answerOf(const OCRError& error, const std::string& reason) {
   return {{"error", {{"code", error.errorCode()}, {"message", error.errorDescription()}, {"context", context}}}};
 }
 
-Answer invalidInput(const std::string& message) {
+Answer invalidInputAnswer(const std::string& message) {
   return {{"error", {{"code", "invalid_input"}, {"message", message}}}};
 }
 
@@ -51,8 +51,8 @@ bool isRecognized(const Answer& answer) {
   return answer.contains("result");
 }
 
-std::string text(const Json& json, bool indented) {
+std::string jsonText(const Json& json, bool indented) {
   return json.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace);
 }
 
-}  // namespace pravik::cli
+}  // namespace pravik

@@ -1,4 +1,4 @@
-#include "apps/pravik/Checks.h"
+#include "backends/json/Checks.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include "Parsers/CardNumber.h"
 #include "Utils/Text.h"
 
-namespace pravik::cli {
+namespace pravik {
 namespace {
 
 constexpr std::size_t citizenNumberLength = 18;
@@ -75,4 +75,4 @@ std::optional<CheckText> checkText(std::string_view check) {
   return *found;
 }
 
-}  // namespace pravik::cli
+}  // namespace pravik

@@ -6,9 +6,9 @@
 #include "BankCardInfo.h"
 #include "IDCardBackInfo.h"
 #include "IDCardFrontInfo.h"
-#include "apps/pravik/Answer.h"
+#include "backends/json/Answer.h"
 
-namespace pravik::cli {
+namespace pravik {
 
 /// Whether the last of the 18 characters is the check character of the others (GB 11643-1999, which uses ISO 7064
 /// MOD 11-2).
@@ -29,6 +29,12 @@ Answer recordAnswer(const Info& info) {
   return {{"result", toJson(info)}, {"checks", checksOf(info)}};
 }
 
+/// The same, or the error that kept a card from being read.
+template <class Info>
+Answer cardAnswer(const Result<Info>& result) {
+  return result ? recordAnswer(*result) : answerOf(result.error());
+}
+
 /// How a failed check is told to a person.
 struct CheckText {
   std::string_view check;
@@ -40,4 +46,4 @@ struct CheckText {
 /// Absent for a check that is not known.
 std::optional<CheckText> checkText(std::string_view check);
 
-}  // namespace pravik::cli
+}  // namespace pravik

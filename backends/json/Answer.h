@@ -9,7 +9,7 @@
 #include "IDCardFrontInfo.h"
 #include "OCRError.h"
 
-namespace pravik::cli {
+namespace pravik {
 
 /// JSON that keeps its keys in the order of the records.
 using Json = nlohmann::ordered_json;
@@ -28,12 +28,12 @@ Json toJson(const CodeScanResult& code);
 /// file could not be read, and stands in the context unless it is empty.
 Answer answerOf(const OCRError& error, const std::string& reason = {});
 /// {"error":{"code":"invalid_input","message":…}}: what was handed in is not what the command reads.
-Answer invalidInput(const std::string& message);
+Answer invalidInputAnswer(const std::string& message);
 
 /// Whether the answer is a result.
 bool isRecognized(const Answer& answer);
 
 /// JSON text on one line, or indented over several. Bytes that are no UTF-8 come out as U+FFFD.
-std::string text(const Json& json, bool indented = false);
+std::string jsonText(const Json& json, bool indented = false);
 
-}  // namespace pravik::cli
+}  // namespace pravik
