@@ -11,10 +11,10 @@
 
 #include "PravikVersion.h"
 #include "apps/pravik/Installation.h"
+#include "apps/pravik/MeasurementCommands.h"
 #include "apps/pravik/ObservationCommands.h"
 #include "apps/pravik/PictureCommands.h"
 #include "apps/pravik/ScanCommand.h"
-#include "apps/pravik/StatsCommand.h"
 
 namespace pravik::cli {
 namespace {
@@ -202,13 +202,15 @@ void addScanCommand(CLI::App& app, Request& request) {
 }
 
 void addOtherCommands(CLI::App& app, Request& request) {
-  CLI::App& stats = addCommand(app, "stats", "Measure a picture and show how it would be enhanced", request);
-  stats.add_option("IMAGE", request.file, "A picture file; - for standard input")->required()->type_name("");
-  stats.callback([&request] {
-    request.action = [](const Request& wanted, const Host& host) {
-      return showStatistics(wanted.file, wanted.settings, host);
-    };
-  });
+  for (const MeasurementCommand& measurement : measurementCommands()) {
+    CLI::App& command = addCommand(app, std::string(measurement.kind), std::string(measurement.description), request);
+    command.add_option("IMAGE", request.file, "A picture file; - for standard input")->required()->type_name("");
+    command.callback([&request, &measurement] {
+      request.action = [&measurement](const Request& wanted, const Host& host) {
+        return answerMeasurement(measurement, wanted.file, wanted.settings, host);
+      };
+    });
+  }
   addCommand(app, "doctor", "Show what is installed and what is missing", request).callback([&request] {
     request.action = [](const Request& wanted, const Host& host) { return doctor(wanted.settings, host); };
   });

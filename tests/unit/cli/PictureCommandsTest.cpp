@@ -194,6 +194,13 @@ TEST(Annotation, aFolderThatCannotBeWrittenIsSaidBeforeTheWorkStarts) {
   EXPECT_TRUE(command.engine->requests.empty());
 }
 
+TEST(Quality, tellsHowTheScannerWouldJudgeTheFrame) {
+  CommandRun command;
+  EXPECT_EQ(command({"quality", "--format", "jsonl", "a.jpg"}), 0);
+  const Json result = command.lines().at(0)["result"];
+  EXPECT_EQ(result["isGoodForCapture"], result["qualityHint"].is_null()) << result;
+}
+
 TEST(Stats, showsTheMeasuresAndBothEnhancements) {
   CommandRun command;
   EXPECT_EQ(command({"stats", "--format", "jsonl", "a.jpg"}), 0);
