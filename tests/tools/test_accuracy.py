@@ -25,27 +25,21 @@ class ReadingTest(unittest.TestCase):
     def test_edit_distance(self):
         for first, second, distance in (("", "", 0), ("住址", "", 2), ("佳址", "住址", 1), ("kitten", "sitting", 3)):
             self.assertEqual(reading.edit_distance(first, second), distance)
-            self.assertEqual(reading.edit_distance(second, first), distance)
 
     def test_wrong_fields(self):
-        truth = {"kind": "id-back", "result": BACK}
+        back, card = {"kind": "id-back", "result": BACK}, {"kind": "bank-card", "result": CARD}
         cases = (
-            ({"result": BACK}, []),
-            ({"result": BACK | {"endDate": "20350301"}}, ["endDate"]),
-            ({"result": BACK | {"endDate": ""}}, ["endDate"]),
-            ({"error": {"code": "insufficient_text"}}, list(reading.FIELDS["id-back"])),
+            (back, {"result": BACK}, []),
+            (back, {"result": BACK | {"endDate": ""}}, ["endDate"]),
+            (back, {"error": {"code": "insufficient_text"}}, list(reading.FIELDS["id-back"])),
+            # Card numbers are compared by their digits.
+            (card, card_answer(cardNumber=CARD["rawCardNumber"], rawCardNumber="1"), []),
+            (card, card_answer(cardNumber="6222 0212 3456 7890 127"), ["cardNumber"]),
+            (card, card_answer(bankName=None, cardholderName="LI SI"), ["bankName", "cardholderName"]),
         )
-        for answer, wrong in cases:
+        for truth, answer, wrong in cases:
             with self.subTest(answer=answer):
                 self.assertEqual(reading.wrong_fields(truth, answer), wrong)
-
-    def test_card_numbers_are_compared_by_their_digits(self):
-        truth = {"kind": "bank-card", "result": CARD}
-        for changes, wrong in (({"cardNumber": CARD["rawCardNumber"], "rawCardNumber": "1"}, []),
-                               ({"cardNumber": "6222 0212 3456 7890 127"}, ["cardNumber"]),
-                               ({"bankName": None, "cardholderName": "LI SI"}, ["bankName", "cardholderName"])):
-            with self.subTest(changes=changes):
-                self.assertEqual(reading.wrong_fields(truth, card_answer(**changes)), wrong)
 
 
 class BankCardReportTest(unittest.TestCase):
