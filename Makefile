@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan bench accuracy scan-accuracy format lint clean
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan coverage bench accuracy scan-accuracy format lint clean
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -13,6 +13,7 @@ help:
 	@echo "make screenshots  take a picture of the window in every state into docs/images/"
 	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
 	@echo "make test-tsan  unit tests under the thread sanitizer"
+	@echo "make coverage   unit tests with the lines counted that they run; 85 % of src/ is the least"
 	@echo "make bench      benchmarks"
 	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
 	@echo "make scan-accuracy  draw fresh clips and report what the scanner makes of them and how long it takes"
@@ -46,10 +47,19 @@ screenshots: setup
 test: build
 	@ctest --test-dir build/release --output-on-failure -j$(JOBS)
 
+# A finding of a sanitizer ends the test that shows it, and fails it.
+test-asan: export ASAN_OPTIONS = detect_stack_use_after_return=1:strict_string_checks=1
+test-asan: export UBSAN_OPTIONS = print_stacktrace=1
+test-tsan: export TSAN_OPTIONS = halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.suppressions
 test-asan test-tsan: test-%: setup
 	$(call build-preset,$*,unit-tests)
-	@TSAN_OPTIONS=suppressions=$(CURDIR)/tests/tsan.suppressions \
-		ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
+	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
+
+coverage: setup
+	$(call build-preset,coverage,unit-tests)
+	@find build/coverage -name '*.gcda' -delete
+	@ctest --test-dir build/coverage --output-on-failure -j$(JOBS) -L unit
+	@tools/coverage
 
 bench: build
 	@build/release/bench/pravik-bench
