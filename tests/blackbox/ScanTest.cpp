@@ -22,7 +22,7 @@ std::string videoOf(const test::VideoFolder& folder, const std::string& sample) 
 }
 
 TEST(Scan, readsACodeThatComesIntoView) {
-  const test::VideoFolder folder("scan-samples");
+  const test::VideoFolder folder;
   const std::string sample = "code-photo-0003.jpg";
   const ToolRun tool = runTool({"scan", videoOf(folder, sample), "--mode", "qrCode", "--format", "jsonl"});
   EXPECT_EQ(tool.status, allRecognized) << tool.out << tool.err;

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -12,10 +9,11 @@
 #include <vector>
 
 #include "Platform/AsioDispatch.h"
-#include "backends/json/Answer.h"
 #include "apps/pravik/CommandLine.h"
+#include "backends/json/Answer.h"
 #include "support/Fakes.h"
 #include "support/Pictures.h"
+#include "support/TemporaryFolder.h"
 
 namespace pravik::cli {
 
@@ -108,24 +106,6 @@ inline std::vector<RecognizedText> portraitSide() {
           test::textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
 }
 
-/// A folder of its own that goes with the test.
-class TemporaryFolder {
- public:
-  TemporaryFolder() : path_(std::filesystem::temp_directory_path() / ("pravik-test-" + std::to_string(::getpid()))) {
-    std::filesystem::create_directories(path_);
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-  std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ / name, std::ios::binary) << content;
-    return (path_ / name).string();
-  }
-
- private:
-  std::filesystem::path path_;
-};
+using test::TemporaryFolder;
 
 }  // namespace pravik::cli

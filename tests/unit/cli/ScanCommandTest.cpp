@@ -46,7 +46,7 @@ class ScanCommand : public testing::Test {
     return command_.lines();
   }
 
-  test::VideoFolder folder_{"scan"};
+  test::VideoFolder folder_;
   CommandRun command_;
   int status_ = -1;
 };
@@ -168,7 +168,7 @@ TEST_F(ScanCommand, aSourceThatCannotBeScannedIsAnsweredWithTheReason) {
       {"/dev/null", "not a camera"},
       {(folder_.path() / "none.avi").string(), "no such file"},
       {folder_.path().string(), "is a directory"},
-      {folder_.file("text.avi", "this is no video"), "not a video, or damaged"},
+      {folder_.write("text.avi", "this is no video"), "not a video, or damaged"},
       {folder_.motionJpeg("picture.jpg", {plainFrame(90)}), "a picture, not a video"},
       {folder_.video("none-yet.avi", {}), "no pictures"},
   };

@@ -76,7 +76,7 @@ struct PacedCamera {
 
 class OpenCvCapture : public testing::Test {
  protected:
-  test::VideoFolder folder_{"capture"};
+  test::VideoFolder folder_;
 };
 
 TEST_F(OpenCvCapture, aFileGivesEachFrameAtItsTimeUntilItEnds) {
@@ -202,7 +202,7 @@ TEST_F(OpenCvCapture, oddVideosArePlayedAsFarAsTheyGo) {
 }
 
 TEST_F(OpenCvCapture, aSourceThatCannotBeUsedSaysWhy) {
-  const std::string picture = folder_.file("picture.avi", "\x89PNG\r\n\x1a\n");
+  const std::string picture = folder_.write("picture.avi", "\x89PNG\r\n\x1a\n");
   const std::string cut = folder_.video("cut.avi", brightening(3));
   test::truncateFile(cut, 0.01);
   const std::vector<std::pair<VideoSource, std::string>> cases{
@@ -214,8 +214,8 @@ TEST_F(OpenCvCapture, aSourceThatCannotBeUsedSaysWhy) {
       {videoSourceNamed(""), "no such file"},
       {videoSourceNamed("http://127.0.0.1/clip.avi"), "no such file"},
       {videoSourceNamed(folder_.path().string()), "is a directory"},
-      {videoSourceNamed(folder_.file("empty.avi", "")), "the file is empty"},
-      {videoSourceNamed(folder_.file("text.avi", "this is no video")), "not a video, or damaged"},
+      {videoSourceNamed(folder_.write("empty.avi", "")), "the file is empty"},
+      {videoSourceNamed(folder_.write("text.avi", "this is no video")), "not a video, or damaged"},
       {videoSourceNamed(picture), "a picture, not a video"},
       {videoSourceNamed(folder_.motionJpeg("picture.jpg", {plainFrame(90)})), "a picture, not a video"},
       {videoSourceNamed(cut), "not a video, or damaged"},
