@@ -23,14 +23,14 @@ class VideoFolder : public TemporaryFolder {
   /// A video of these frames, all of one size and one number of channels, as motion JPEG.
   std::string video(const std::string& name, const std::vector<cv::Mat>& frames, double rate = 10,
                     cv::Size size = {64, 48}) const {
-    const std::string path = (path() / name).string();
+    const std::string file = (path() / name).string();
     if (!frames.empty()) size = frames.front().size();
     const bool hasColour = frames.empty() || frames.front().channels() == 3;
-    cv::VideoWriter writer(path, cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), rate, size,
+    cv::VideoWriter writer(file, cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), rate, size,
                            hasColour);
-    if (!writer.isOpened()) throw std::runtime_error("no video can be written to " + path);
+    if (!writer.isOpened()) throw std::runtime_error("no video can be written to " + file);
     for (const cv::Mat& frame : frames) writer.write(frame);
-    return path;
+    return file;
   }
 
   /// A video whose frames may be of several sizes: JPEG pictures one after the other.
