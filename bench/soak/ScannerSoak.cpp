@@ -1,8 +1,9 @@
+#include "bench/soak/ScannerSoak.h"
+
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <opencv2/videoio.hpp>
@@ -13,27 +14,17 @@
 
 #include "apps/pravik/CommandLine.h"
 #include "apps/pravik/Installation.h"
+#include "bench/soak/Memory.h"
 
-// Lets the scanner work for an hour of stream time, or for so many minutes as the argument says, and shows its memory:
-// half of the time one screen watches an empty desk, half of it screen after screen reads a card.
+namespace pravik::bench {
 namespace {
 
-constexpr double usualMinutes = 60;
 /// How often the memory is shown, in parts of a half.
 constexpr int reports = 6;
 constexpr double frameRate = 30;
 const cv::Size frameSize(1280, 720);
 constexpr int deskFrames = 90;
 constexpr const char* cardClip = "id-front-easy-0002.avi";
-
-/// What the process holds in memory, in MB (proc(5), /proc/self/statm).
-double residentMegabytes() {
-  std::ifstream file("/proc/self/statm");
-  double total = 0;
-  double resident = 0;
-  file >> total >> resident;
-  return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / 1e6;
-}
 
 /// A video of a desk with nothing on it.
 void writeDesk(const std::string& path) {
@@ -43,17 +34,17 @@ void writeDesk(const std::string& path) {
 }
 
 /// Runs `pravik scan` in this process and gives the second of stream time at which it ended.
-double scan(const pravik::Platform& platform, std::vector<std::string> words) {
+double scan(const Platform& platform, std::vector<std::string> words) {
   std::istringstream in;
   std::ostringstream out;
   words.insert(words.begin(), "scan");
   words.insert(words.end(), {"--mode", "idCardFront", "--format", "jsonl"});
-  pravik::cli::run(words, {.in = in,
-                           .out = out,
-                           .err = std::cerr,
-                           .makePlatform = [&](const pravik::DefaultPlatformOptions&) { return platform; },
-                           .missingModels = pravik::cli::missingModels,
-                           .brokenModels = pravik::cli::brokenModels});
+  cli::run(words, {.in = in,
+                   .out = out,
+                   .err = std::cerr,
+                   .makePlatform = [&](const DefaultPlatformOptions&) { return platform; },
+                   .missingModels = cli::missingModels,
+                   .brokenModels = cli::brokenModels});
   std::string last;
   std::istringstream lines(out.str());
   for (std::string line; std::getline(lines, line);) last = line;
@@ -68,7 +59,7 @@ void report(const char* what, double streamSeconds, std::chrono::steady_clock::t
             << std::flush;
 }
 
-void watchDesk(const pravik::Platform& platform, const std::string& desk, double seconds) {
+void watchDesk(const Platform& platform, const std::string& desk, double seconds) {
   const auto begin = std::chrono::steady_clock::now();
   double done = 0;
   for (int i = 0; i < reports; ++i) {
@@ -77,7 +68,7 @@ void watchDesk(const pravik::Platform& platform, const std::string& desk, double
   }
 }
 
-void readCards(const pravik::Platform& platform, const std::string& card, double seconds) {
+void readCards(const Platform& platform, const std::string& card, double seconds) {
   const auto begin = std::chrono::steady_clock::now();
   double done = 0;
   for (int i = 1; i <= reports; ++i) {
@@ -88,14 +79,15 @@ void readCards(const pravik::Platform& platform, const std::string& card, double
 
 }  // namespace
 
-int main(int argumentCount, char** arguments) {
-  const double minutes = argumentCount > 1 ? std::stod(arguments[1]) : usualMinutes;
+void soakScanner(double minutes) {
   const std::filesystem::path desk =
       std::filesystem::temp_directory_path() / ("pravik-soak-" + std::to_string(::getpid()) + ".avi");
   writeDesk(desk.string());
 
-  const pravik::Platform platform = pravik::makeDefaultPlatform();
+  const Platform platform = makeDefaultPlatform();
   watchDesk(platform, desk.string(), minutes * 30);
   readCards(platform, (std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / cardClip).string(), minutes * 30);
   std::filesystem::remove(desk);
 }
+
+}  // namespace pravik::bench
