@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan coverage bench accuracy scan-accuracy format lint clean
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan coverage fuzz bench accuracy scan-accuracy format lint clean
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -14,6 +14,7 @@ help:
 	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
 	@echo "make test-tsan  unit tests under the thread sanitizer"
 	@echo "make coverage   unit tests with the lines counted that they run; 85 % of src/ is the least"
+	@echo "make fuzz       every fuzz target for SECONDS=60 each, or those named with TARGET=... (id-front, picture, ...)"
 	@echo "make bench      benchmarks"
 	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
 	@echo "make scan-accuracy  draw fresh clips and report what the scanner makes of them and how long it takes"
@@ -60,6 +61,11 @@ coverage: setup
 	@find build/coverage -name '*.gcda' -delete
 	@ctest --test-dir build/coverage --output-on-failure -j$(JOBS) -L unit
 	@tools/coverage
+
+fuzz: SECONDS = 60
+fuzz: setup
+	$(call build-preset,fuzz,fuzz-targets)
+	@fuzz/run $(SECONDS) $(TARGET)
 
 bench: build
 	@build/release/bench/pravik-bench
