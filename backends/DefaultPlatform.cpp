@@ -1,10 +1,11 @@
 #include "backends/DefaultPlatform.h"
 
+#include <cstdlib>
 #include <memory>
-#include <system_error>
 
 #include "Platform/AsioDispatch.h"
 #include "backends/FolderPhotoLibrary.h"
+#include "backends/onnxruntime/ModelFiles.h"
 #include "backends/onnxruntime/OnnxTextEngine.h"
 #include "backends/opencv/OpenCvImageCodec.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
@@ -12,23 +13,13 @@
 #include "backends/zxing/ZXingBarcodeDetector.h"
 
 namespace pravik {
-namespace {
-
-/// The folder of the models beside an installed program, PREFIX/bin/... and PREFIX/share/pravik/models.
-std::filesystem::path installedModelDirectory() {
-  std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) return {};
-  return program.parent_path().parent_path() / "share" / "pravik" / "models";
-}
-
-}  // namespace
 
 std::filesystem::path defaultModelDirectory() {
-  const std::filesystem::path installed = installedModelDirectory();
-  std::error_code error;
-  if (!installed.empty() && std::filesystem::is_directory(installed, error)) return installed;
-  return PRAVIK_DEFAULT_MODEL_DIRECTORY;
+  if (const char* named = std::getenv("PRAVIK_MODELS"); named != nullptr && *named != '\0') return named;
+  // PREFIX/lib/pravik/libonnxruntime.so.1 in an installation, third_party/onnxruntime/lib/... in a source tree.
+  const std::filesystem::path folder = onnxRuntimeLibrary().parent_path();
+  const std::filesystem::path root = folder.parent_path().parent_path();
+  return folder.filename() == "pravik" ? root / "share" / "pravik" / "models" : root / "models";
 }
 
 Platform makeDefaultPlatform(const DefaultPlatformOptions& options) {

@@ -16,8 +16,9 @@ struct DefaultPlatformOptions {
   std::filesystem::path photoFolder = {};
 };
 
-/// The folder of the text models: share/pravik/models of the installation that the program belongs to when it is
-/// there, else the folder that tools/setup filled in the source tree.
+/// The folder of the text models: what the environment variable PRAVIK_MODELS names, else the one that belongs to the
+/// ONNX Runtime in use, wherever the program itself is: PREFIX/share/pravik/models for PREFIX/lib/pravik, and
+/// third_party/models for third_party/onnxruntime in a source tree. Nobody looks whether it is there.
 std::filesystem::path defaultModelDirectory();
 
 /// Real parts for every port that a still picture needs: OpenCV for pixels and rectangles, ONNX Runtime for text,

@@ -7,7 +7,8 @@ function(pravik_sources out)
 endfunction()
 
 function(pravik_target target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                           -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   if(PRAVIK_SANITIZERS)
     target_compile_options(${target} PRIVATE -fsanitize=${PRAVIK_SANITIZERS} -fno-omit-frame-pointer

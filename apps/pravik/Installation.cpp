@@ -100,6 +100,12 @@ void writeJson(const std::vector<Part>& parts, bool lines, std::ostream& out) {
   if (!lines) out << jsonText(array, true) << '\n';
 }
 
+/// An installation brings its models; a source tree fetches them.
+const char* remedy() {
+  return defaultModelDirectory().parent_path().filename() == "pravik" ? "Install Pravik (libpravik1) anew"
+                                                                      : "Run tools/setup";
+}
+
 }  // namespace
 
 std::vector<Part> installedParts(const std::filesystem::path& models) {
@@ -135,7 +141,7 @@ std::vector<std::string> brokenModels(const std::filesystem::path& models) {
 ExitStatus reportIncomplete(const std::vector<std::string>& problems, std::ostream& err) {
   err << "pravik: the installation is incomplete:\n";
   for (const std::string& problem : problems) err << "  " << problem << '\n';
-  err << "Run " << setupCommand << " to mend it, or name another folder of text models with --models DIR.\n";
+  err << remedy() << " to mend it, or name another folder of text models with --models DIR.\n";
   return incompleteInstallation;
 }
 

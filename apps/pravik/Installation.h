@@ -9,9 +9,6 @@
 
 namespace pravik::cli {
 
-/// The command that fetches whatever is missing.
-inline constexpr const char* setupCommand = "tools/setup";
-
 /// One part that the tool works with.
 struct Part {
   std::string name;

@@ -1,10 +1,11 @@
 #include "backends/onnxruntime/ModelFiles.h"
 
+#include <dlfcn.h>
 #include <onnxruntime_cxx_api.h>
 
 #include <exception>
-#include <filesystem>
 #include <functional>
+#include <system_error>
 
 #include "backends/onnxruntime/DirectionClassifier.h"
 #include "backends/onnxruntime/LineReader.h"
@@ -35,6 +36,13 @@ std::vector<ModelFileStatus> checkModels(const std::string& modelDirectory) {
   return {{detectionModelFile, detection, problemOf([&] { ppocr::TextDetector(detection, 1); })},
           {directionModelFile, direction, problemOf([&] { ppocr::DirectionClassifier(direction, 1); })},
           {recognitionModelFile, recognition, problemOf([&] { ppocr::LineReader(recognition, 1); })}};
+}
+
+std::filesystem::path onnxRuntimeLibrary() {
+  Dl_info module{};
+  if (dladdr(reinterpret_cast<const void*>(&OrtGetApiBase), &module) == 0) return {};
+  std::error_code unresolved;
+  return std::filesystem::canonical(module.dli_fname, unresolved);
 }
 
 std::string onnxRuntimeVersion() {

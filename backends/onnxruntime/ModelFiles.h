@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,8 @@ struct ModelFileStatus {
 /// of a file.
 std::vector<ModelFileStatus> checkModels(const std::string& modelDirectory);
 
+/// The file that the ONNX Runtime in use was loaded from, without symbolic links; empty when that cannot be told.
+std::filesystem::path onnxRuntimeLibrary();
 /// The version of the ONNX Runtime library in use, such as "1.21.0".
 std::string onnxRuntimeVersion();
 
