@@ -45,20 +45,9 @@ class RecordTest(unittest.TestCase):
                 self.assertEqual("男" if int(number[16]) % 2 else "女", record["gender"])
                 born = datetime.datetime.strptime(number[6:14], "%Y%m%d")
                 self.assertEqual(record["birthDate"], born.strftime("%Y年%m月%d日"))
-                parts = (record["birthYear"], record["birthMonth"], record["birthDay"])
-                self.assertEqual(parts, (number[6:10], number[10:12], number[12:14]))
                 self.assertRegex(record["name"], "^[\u4e00-\u9fa5·]{2,8}$")
         self.assertEqual({record["ethnicity"] for record in records}, {*tables.MINORITIES, tables.HAN})
         self.assertEqual(sum(record["idNumber"].endswith("X") for record in records), 10)
-
-    def test_emblem_sides_are_consistent(self):
-        for seed in range(200):
-            record = people.emblem_side(random.Random(seed))
-            with self.subTest(record=record):
-                self.assertRegex(record["issuingAuthority"], "公安局$|公安局.+分局$")
-                self.assertEqual(record["isLongTerm"], record["endDate"] is None)
-                end = record["endDate"] or "长期"
-                self.assertEqual(record["validityPeriod"], f"{record['startDate']}-{end}")
 
     def test_bank_cards_are_consistent(self):
         seen = set()
@@ -74,7 +63,6 @@ class RecordTest(unittest.TestCase):
                 self.assertEqual(record["cardNumber"].replace(" ", ""), digits)
                 self.assertIn(record["bankName"], {*banks.BANKS, None})
                 self.assertEqual(record["cardType"] is None, said.type_words == "" and len(digits) == 16)
-                self.assertRegex(record["cardholderName"] or "LI SI", "^[A-Z]{2,15} [A-Z]{2,15}( [A-Z]{2,15})?$")
             seen.add((look, digits[0], len(digits), record["cardType"]))
         self.assertTrue({(look, "6", 19, "借记卡") for look in bankcard.LOOKS} <= seen)
         self.assertTrue({("gold", "4", 16, "信用卡"), ("silver", "5", 16, None), ("flat", "6", 16, "预付卡")} <= seen)

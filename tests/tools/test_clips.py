@@ -42,7 +42,6 @@ class StoryTest(unittest.TestCase):
                 with self.subTest(variant=variant, seed=seed):
                     told = story.tell(variant, np.random.default_rng(seed))
                     self.the_last_card_is_held_still_to_the_end(told)
-                    self.the_hand_never_looks_past_the_drawn_desk(told)
                     self.a_card_that_is_taken_away_is_not_still_for_long_enough(variant, told)
                     self.bad_light_clears(variant, told)
 
@@ -52,11 +51,6 @@ class StoryTest(unittest.TestCase):
         seen = [camera.project(told.hand.movement(time), FRAME) for time in moments]
         self.assertLess(np.abs(np.diff(seen, axis=0)).max(), 0.006)
         self.assertEqual({told.card(time) for time in moments}, {(told.cards - 1, (0, 0))})
-
-    def the_hand_never_looks_past_the_drawn_desk(self, told):
-        for time in np.arange(0, told.seconds, 0.05):
-            seen = camera.project(np.linalg.inv(told.hand.movement(time)), FRAME)
-            self.assertLess((np.abs(seen) - np.abs(FRAME)).max(), clips.MARGIN)
 
     def a_card_that_is_taken_away_is_not_still_for_long_enough(self, variant, told):
         self.assertEqual(len(told.showings), 2 if variant in ("removed", "second") else 1)
@@ -84,16 +78,6 @@ class FilmTest(unittest.TestCase):
                     for moment in (told.still, told.clear - story.FADE) if told.clear else ():
                         self.assertFalse(may_be_photographed(film.picture(moment)))
                     self.assertTrue(may_be_photographed(film.picture(told.clear or told.still)))
-
-    def test_the_whole_card_is_in_the_picture(self):
-        subject = card(1)
-        for seed in range(100):
-            for size in ((1280, 720), (640, 480)):
-                pose = clips.choose_pose(subject, size, np.random.default_rng(seed))
-                seen = camera.project(pose.homography(), camera.rectangle(subject.width, subject.height))
-                with self.subTest(seed=seed, size=size):
-                    self.assertTrue((seen > 0).all() and (seen < size).all())
-                    self.assertTrue(0.5 < np.ptp(seen, axis=0)[0] / size[0] < 0.85)
 
     def test_the_index_of_a_file_leads_to_its_frames(self):
         frames = [b"a" * length for length in (7, 10, 1)]
