@@ -4,10 +4,10 @@
 /*
  * Pravik for C and for every language that can call C.
  *
- * A handle (pravik *) holds the engines. Handles share nothing: two users in one process do not notice each other.
- * All functions may be called from any thread, also several at once on one handle; destroy a handle when no call on
- * it is under way. Texts are UTF-8 and end with a zero byte. No function throws; a null handle or a null text gives
- * the status PRAVIK_INVALID_ARGUMENT.
+ * A handle (pravik_handle *) holds the engines. Handles share nothing: two users in one process do not notice each
+ * other. A call does its work before it returns, and keeps nothing of its picture. All functions may be called from
+ * any thread, also several at once on one handle; destroy a handle when no call on it is under way. Texts are UTF-8
+ * and end with a zero byte. No function throws; a null handle, picture or text gives PRAVIK_INVALID_ARGUMENT.
  */
 
 #include <stddef.h>
@@ -20,7 +20,7 @@ extern "C" {
 /* What became of a call. The numbers do not change. */
 typedef enum pravik_status {
   PRAVIK_OK = 0,
-  /* The text engine failed, or its models are missing. */
+  /* The text engine failed, its models are missing, or there was no memory for it. */
   PRAVIK_RECOGNITION_FAILED = 1,
   /* A field could not be parsed. */
   PRAVIK_PARSE_FAILURE = 2,
@@ -40,14 +40,18 @@ typedef enum pravik_status {
 
 /* What is read from a picture. */
 typedef enum pravik_kind {
-  PRAVIK_ID_FRONT = 0,  /* the portrait side of an identity card */
-  PRAVIK_ID_BACK = 1,   /* its emblem side */
+  PRAVIK_ID_FRONT = 0, /* the portrait side of an identity card */
+  PRAVIK_ID_BACK = 1,  /* its emblem side */
   PRAVIK_BANK_CARD = 2,
-  PRAVIK_CODE = 3,      /* a QR or bar code */
-  PRAVIK_TEXT = 4       /* all text, line by line */
+  PRAVIK_CODE = 3, /* a QR or bar code */
+  PRAVIK_TEXT = 4  /* all text, line by line */
 } pravik_kind;
 
-/* From silent to the most detailed. Card data appears from PRAVIK_LOG_DEBUG on. */
+/*
+ * From silent to the most detailed. Lines may hold card data from PRAVIK_LOG_WARNING on: a warning quotes the whole
+ * text of a portrait side without a number, PRAVIK_LOG_INFO tells identity numbers and the payloads of codes, and
+ * PRAVIK_LOG_DEBUG everything that is read. PRAVIK_LOG_ERROR holds none.
+ */
 typedef enum pravik_log_level {
   PRAVIK_LOG_NONE = 0,
   PRAVIK_LOG_ERROR = 1,
@@ -63,62 +67,69 @@ typedef enum pravik_pixel_format {
   PRAVIK_GREY8 = 1
 } pravik_pixel_format;
 
-typedef struct pravik pravik;
+typedef struct pravik_handle pravik_handle;
 /* What a call gave: a status with its texts. Belongs to the caller, who frees it with pravik_result_free(). */
 typedef struct pravik_result pravik_result;
 
-/* Hears one line of the log, without a line end. Called from threads of the library, one call at a time for a handle;
- * the line is valid during the call. It must not call pravik_destroy() or pravik_set_log() on its own handle. */
-typedef void (*pravik_log_function)(void *context, pravik_log_level level, const char *line);
+/*
+ * Hears one message of the log, a line without its end that may quote a text of several lines. Called on the thread of
+ * the call that it belongs to, one at a time for a handle; the line is valid during the call. It must return, and must
+ * not use its own handle.
+ */
+typedef void (*pravik_log_function)(void* context, pravik_log_level level, const char* line);
 
 /* The library's version, such as "1.1.1". */
-const char *pravik_version(void);
+const char* pravik_version(void);
 
 /*
- * Makes a handle. `model_directory` is the folder of the text models, null for the installed one; `threads` is how
- * many threads one recognition may use, 0 for one a core. Models are loaded with the first recognition. Null when
- * there is no memory, or `threads` is negative.
+ * Makes a handle. `model_directory` is the folder of the text models, null or "" for the installed one; `threads` is
+ * how many threads one recognition may use, 0 (or more than there are cores) for one a core. Models are loaded with the
+ * first recognition that needs them. Null when there is no memory, or `threads` is negative.
  */
-pravik *pravik_create(const char *model_directory, int threads);
+pravik_handle* pravik_create(const char* model_directory, int threads);
 /* Ends a handle; null is allowed. */
-void pravik_destroy(pravik *handle);
+void pravik_destroy(pravik_handle* handle);
 
 /*
- * Sends the log of this handle's own calls, up to `level`, to a function; a null function, or PRAVIK_LOG_NONE, ends
- * that. Nothing is logged anywhere unless this is called.
+ * Sends the log of this handle's own calls, up to `level`, to a function, which is handed the context; a null function,
+ * or PRAVIK_LOG_NONE, ends that. The function before is not called any more once this returns. Nothing is logged
+ * anywhere unless this is called.
  */
-pravik_status pravik_set_log(pravik *handle, pravik_log_level level, pravik_log_function function, void *context);
+pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, pravik_log_function function,
+                             void* context);
 
 /* Reads the picture in a file (JPEG, PNG, BMP, WebP or TIFF; the orientation that it stores is honoured). */
-pravik_result *pravik_recognize_file(pravik *handle, pravik_kind kind, const char *path);
+pravik_result* pravik_recognize_file(pravik_handle* handle, pravik_kind kind, const char* path);
 /* Reads the picture in the bytes of such a file. */
-pravik_result *pravik_recognize_memory(pravik *handle, pravik_kind kind, const void *bytes, size_t size);
+pravik_result* pravik_recognize_memory(pravik_handle* handle, pravik_kind kind, const void* bytes, size_t size);
 /*
  * Reads pixels as a camera gives them, upright, row by row from the top left. `stride` is the distance of two rows in
- * bytes. The pixels are copied.
+ * bytes. PRAVIK_INVALID_ARGUMENT when a side is below 1 or the stride does not hold a row. The pixels are read during
+ * the call and not changed; alpha is passed over.
  */
-pravik_result *pravik_recognize_pixels(pravik *handle, pravik_kind kind, const uint8_t *pixels, int width, int height,
-                                       size_t stride, pravik_pixel_format format);
+pravik_result* pravik_recognize_pixels(pravik_handle* handle, pravik_kind kind, const uint8_t* pixels, int width,
+                                       int height, size_t stride, pravik_pixel_format format);
 /*
  * Makes a record of text that something else has read: a JSON text {"observations":[{"text":…,"confidence":0…1,
  * "boundingBox":{"x":…,"y":…,"width":…,"height":…}}]}, boxes within 0…1 with the origin at the lower left. The kind is
- * that of a card.
+ * that of a card, else PRAVIK_INVALID_ARGUMENT. Nothing is logged.
  */
-pravik_result *pravik_parse(pravik_kind kind, const char *observations);
+pravik_result* pravik_parse(pravik_kind kind, const char* observations);
 
 /* PRAVIK_OK, or why there is no record. A null result, which only a lack of memory gives, is PRAVIK_INTERNAL_ERROR. */
-pravik_status pravik_result_status(const pravik_result *result);
+pravik_status pravik_result_status(const pravik_result* result);
 /*
  * The answer as JSON on one line, {"kind":…,"result":{…},"checks":{…}} or {"kind":…,"error":{"code":…,"message":…,
- * "context":{…}}}, as the command line writes it. Never null; valid until the result is freed, as are the next two.
+ * "context":{…}}}, as the command line writes it; the statuses from PRAVIK_INVALID_INPUT on have neither kind nor
+ * context. Never null; valid until the result is freed, as are the next two.
  */
-const char *pravik_result_json(const pravik_result *result);
+const char* pravik_result_json(const pravik_result* result);
 /* The error's stable code, such as "scene_mismatch"; "" without an error. */
-const char *pravik_result_error_code(const pravik_result *result);
+const char* pravik_result_error_code(const pravik_result* result);
 /* The error's text for people; "" without an error. */
-const char *pravik_result_error_message(const pravik_result *result);
+const char* pravik_result_error_message(const pravik_result* result);
 /* Null is allowed. */
-void pravik_result_free(pravik_result *result);
+void pravik_result_free(pravik_result* result);
 
 #ifdef __cplusplus
 }

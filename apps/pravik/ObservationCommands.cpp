@@ -19,12 +19,6 @@ namespace {
 
 using SceneType = PravikSDK::SceneType;
 
-template <class Parser>
-Answer parsed(const Observations& observations) {
-  const auto info = Parser{}.parse(observations);
-  return info ? recordAnswer(*info) : answerOf(OCRError::insufficientText());
-}
-
 template <SceneType scene>
 Answer validated(const Observations& observations) {
   try {
@@ -36,9 +30,9 @@ Answer validated(const Observations& observations) {
 }
 
 constexpr std::array<ObservationCommand, 3> parseTable{
-    {{"id-front", "The portrait side of an identity card", true, parsed<IDCardFrontParser>},
-     {"id-back", "The emblem side of an identity card", true, parsed<IDCardBackParser>},
-     {"bank-card", "A bank card", true, parsed<BankCardParser>}}};
+    {{"id-front", "The portrait side of an identity card", true, parsedAnswer<IDCardFrontParser>},
+     {"id-back", "The emblem side of an identity card", true, parsedAnswer<IDCardBackParser>},
+     {"bank-card", "A bank card", true, parsedAnswer<BankCardParser>}}};
 
 constexpr std::array<ObservationCommand, 4> sceneTable{
     {{"idCard", "Either side of an identity card", false, validated<SceneType::idCard>},
@@ -51,9 +45,8 @@ constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
                                                 {"idCardBack", SceneType::idCardBack},
                                                 {"bankCard", SceneType::bankCard}}};
 
-Answer answerText(const ObservationCommand& command, const InputText& input) {
-  if (input.tooLong) return invalidInputAnswer("longer than 64 MiB");
-  const auto observations = parseObservations(input.text);
+Answer answerText(const ObservationCommand& command, const std::string& text) {
+  const auto observations = parseObservations(text);
   if (!observations) return invalidInputAnswer(observations.error());
   Answer answer = command.tellsKind ? Answer{{"kind", command.kind}} : Answer::object();
   answer.update(command.answer(*observations));

@@ -2,31 +2,26 @@
 
 #include <istream>
 
+#include "backends/json/ObservationsJson.h"
+
 namespace pravik::cli {
 
-std::optional<InputText> nextLine(std::istream& in) {
-  InputText line;
+std::optional<std::string> nextLine(std::istream& in) {
+  std::string line;
   std::streambuf& buffer = *in.rdbuf();
   int c = buffer.sbumpc();
   if (c == std::char_traits<char>::eof()) return std::nullopt;
-  for (; c != '\n' && c != std::char_traits<char>::eof(); c = buffer.sbumpc()) {
-    if (line.text.size() < maximumInputBytes)
-      line.text += static_cast<char>(c);
-    else
-      line.tooLong = true;
-  }
+  for (; c != '\n' && c != std::char_traits<char>::eof(); c = buffer.sbumpc())
+    if (line.size() <= maximumObservationsBytes) line += static_cast<char>(c);
   return line;
 }
 
-InputText wholeText(std::istream& in) {
-  InputText whole;
+std::string wholeText(std::istream& in) {
+  std::string whole;
   std::streambuf& buffer = *in.rdbuf();
   for (int c = buffer.sbumpc(); c != std::char_traits<char>::eof(); c = buffer.sbumpc()) {
-    if (whole.text.size() == maximumInputBytes) {
-      whole.tooLong = true;
-      break;
-    }
-    whole.text += static_cast<char>(c);
+    whole += static_cast<char>(c);
+    if (whole.size() > maximumObservationsBytes) break;
   }
   return whole;
 }

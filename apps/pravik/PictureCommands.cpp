@@ -41,13 +41,11 @@ Answer bankCard(const PravikSDK& sdk, const Image& image, const PictureOptions& 
 }
 
 Answer code(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
-  const auto result = syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode));
-  return result ? Answer{{"result", toJson(*result)}} : answerOf(result.error());
+  return codeAnswer(syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode)));
 }
 
 Answer rawText(const PravikSDK& sdk, const Image& image, const PictureOptions& options) {
-  const auto result = syncWait(sdk.recognizeRawText(image, options.scene));
-  return result ? Answer{{"result", {{"text", *result}}}} : answerOf(result.error());
+  return textAnswer(syncWait(sdk.recognizeRawText(image, options.scene)));
 }
 
 constexpr std::array<PictureCommand, 5> table{
@@ -71,7 +69,8 @@ struct Reader {
   }
 };
 
-int engineThreads(int jobs) {
+int threadsEach(const Settings& settings, int jobs) {
+  if (settings.threads > 0) return settings.threads;
   const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
   return std::max(1, cores / jobs);
 }
@@ -213,14 +212,14 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
   if (const auto problem = problemWith(options.debugImages, "debug pictures", host)) return *problem;
 
   const int jobs = options.sameCard ? 1 : std::min(settings.jobs, static_cast<int>(files.size()));
-  Batch batch{
-      .command = command,
-      .files = files,
-      .options = options,
-      .host = host,
-      .platform = host.makePlatform(
-          {.modelDirectory = settings.models, .threads = engineThreads(jobs), .photoFolder = options.debugImages}),
-      .annotated = {}};
+  Batch batch{.command = command,
+              .files = files,
+              .options = options,
+              .host = host,
+              .platform = host.makePlatform({.modelDirectory = settings.models,
+                                             .threads = threadsEach(settings, jobs),
+                                             .photoFolder = options.debugImages}),
+              .annotated = {}};
   if (!settings.annotate.empty()) batch.annotated = annotatedPaths(settings.annotate, files);
 
   AnswerWriter writer(host.out, settings.format);

@@ -43,6 +43,14 @@ Answer answerOf(const OCRError& error, const std::string& reason) {
   return {{"error", {{"code", error.errorCode()}, {"message", error.errorDescription()}, {"context", context}}}};
 }
 
+Answer codeAnswer(const Result<CodeScanResult>& result) {
+  return result ? Answer{{"result", toJson(*result)}} : answerOf(result.error());
+}
+
+Answer textAnswer(const Result<std::string>& result) {
+  return result ? Answer{{"result", {{"text", *result}}}} : answerOf(result.error());
+}
+
 Answer invalidInputAnswer(const std::string& message) {
   return {{"error", {{"code", "invalid_input"}, {"message", message}}}};
 }

@@ -27,6 +27,10 @@ Json toJson(const CodeScanResult& code);
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
 /// file could not be read, and stands in the context unless it is empty.
 Answer answerOf(const OCRError& error, const std::string& reason = {});
+/// {"result":…}, or the error that kept a code from being read.
+Answer codeAnswer(const Result<CodeScanResult>& result);
+/// {"result":{"text":…}}, or the error that kept text from being read.
+Answer textAnswer(const Result<std::string>& result);
 /// {"error":{"code":"invalid_input","message":…}}: what was handed in is not what the command reads.
 Answer invalidInputAnswer(const std::string& message);
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "BankCardInfo.h"
+#include "Core/TextRecognizer.h"
 #include "IDCardBackInfo.h"
 #include "IDCardFrontInfo.h"
 #include "backends/json/Answer.h"
@@ -33,6 +34,13 @@ Answer recordAnswer(const Info& info) {
 template <class Info>
 Answer cardAnswer(const Result<Info>& result) {
   return result ? recordAnswer(*result) : answerOf(result.error());
+}
+
+/// The record that a card's parser makes of observations, or insufficientText.
+template <class Parser>
+Answer parsedAnswer(const Observations& observations) {
+  const auto info = Parser{}.parse(observations);
+  return info ? recordAnswer(*info) : answerOf(OCRError::insufficientText());
 }
 
 /// How a failed check is told to a person.

@@ -96,6 +96,8 @@ std::string readable(const nlohmann::json::exception& error) {
 }  // namespace
 
 tl::expected<Observations, std::string> parseObservations(std::string_view text) {
+  if (text.size() > maximumObservationsBytes)
+    return tl::unexpected(fmt::format("longer than {} MiB", maximumObservationsBytes >> 20U));
   try {
     return observations(nlohmann::json::parse(text, StructureGuard{}));
   } catch (const nlohmann::json::exception& error) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <tl/expected.hpp>
@@ -7,6 +8,9 @@
 #include "Core/TextRecognizer.h"
 
 namespace pravik {
+
+/// A longer text is refused.
+inline constexpr std::size_t maximumObservationsBytes = std::size_t{64} << 20U;
 
 /// The observations in a JSON text {"observations":[{"text":…,"confidence":…,"boundingBox":{"x":…,"y":…,"width":…,
 /// "height":…}}]}, or what is wrong with it in words. Other keys are passed over. A box must lie within 0...1, give or

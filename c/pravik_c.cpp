@@ -1,0 +1,221 @@
+#pragma GCC visibility push(default)
+#include "c/pravik_c.h"
+#pragma GCC visibility pop
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+#include <span>
+#include <string_view>
+#include <thread>
+
+#include "Pravik.h"
+#include "backends/DefaultPlatform.h"
+#include "backends/json/Checks.h"
+#include "backends/json/ObservationsJson.h"
+#include "c/CallResult.h"
+#include "c/HandleLog.h"
+
+struct pravik_handle {
+  pravik::Platform platform;
+  pravik::HandleLog log;
+};
+
+namespace {
+
+using namespace pravik;
+
+Answer idFront(const PravikSDK& sdk, const Image& image) {
+  return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));
+}
+Answer idBack(const PravikSDK& sdk, const Image& image) {
+  return cardAnswer(syncWait(sdk.recognizeIDCardBack(image)));
+}
+Answer bankCard(const PravikSDK& sdk, const Image& image) {
+  return cardAnswer(syncWait(sdk.recognizeBankCard(image)));
+}
+Answer code(const PravikSDK& sdk, const Image& image) {
+  return codeAnswer(syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode)));
+}
+Answer text(const PravikSDK& sdk, const Image& image) {
+  return textAnswer(syncWait(sdk.recognizeRawText(image, PravikSDK::SceneType::idCard)));
+}
+
+struct Kind {
+  std::string_view name;
+  Answer (*recognize)(const PravikSDK& sdk, const Image& image);
+  /// Null for what is no card.
+  Answer (*parse)(const Observations& observations);
+};
+
+/// In the order of pravik_kind.
+constexpr std::array<Kind, 5> kinds{{{"id-front", idFront, parsedAnswer<IDCardFrontParser>},
+                                     {"id-back", idBack, parsedAnswer<IDCardBackParser>},
+                                     {"bank-card", bankCard, parsedAnswer<BankCardParser>},
+                                     {"code", code, nullptr},
+                                     {"text", text, nullptr}}};
+
+/// Null for a number that is no kind.
+const Kind* kindOf(pravik_kind kind) {
+  const auto index = static_cast<std::size_t>(kind);
+  return index < kinds.size() ? &kinds[index] : nullptr;
+}
+
+Answer withKind(const Kind& kind, const Answer& answer) {
+  Answer whole{{"kind", kind.name}};
+  whole.update(answer);
+  return whole;
+}
+
+/// Makes the result of a call, whatever it throws; null when there is not even memory for that.
+template <class Call>
+pravik_result* resultOf(const Call& call) noexcept {
+  try {
+    try {
+      return new pravik_result(call());
+    } catch (const std::bad_alloc&) {
+      return new pravik_result(internalErrorAnswer("not enough memory"));
+    } catch (const std::exception& error) {
+      return new pravik_result(internalErrorAnswer(error.what()));
+    } catch (...) {
+      return new pravik_result(internalErrorAnswer("an unknown fault"));
+    }
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+/// Loads a picture with `load` and reads it.
+template <class Load>
+Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Load& load) {
+  Image image;
+  try {
+    image = load();
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    return withKind(kind, answerOf(OCRError::invalidImage(), error.what()));
+  }
+  // One of its own for every call, so that what a failed photo gave is not kept.
+  const PravikSDK sdk(handle.platform);
+  return withKind(kind, kind.recognize(sdk, image));
+}
+
+/// Checks what all the calls share; `source` is the picture.
+template <class Load>
+pravik_result* recognize(pravik_handle* handle, pravik_kind kindNumber, const void* source, const Load& load) {
+  return resultOf([&] {
+    const Kind* kind = kindOf(kindNumber);
+    if (handle == nullptr) return invalidArgumentAnswer("the handle is null");
+    if (kind == nullptr) return invalidArgumentAnswer("there is no such kind");
+    if (source == nullptr) return invalidArgumentAnswer("the picture is null");
+    const LogScope scope(&handle->log);
+    return recognizedAnswer(*handle, *kind, load);
+  });
+}
+
+/// What is wrong with the layout of pixels in memory; null when nothing is.
+const char* problemWith(int width, int height, std::size_t stride, pravik_pixel_format format) {
+  if (format != PRAVIK_BGRA8 && format != PRAVIK_GREY8) return "there is no such pixel format";
+  if (width < 1 || height < 1) return "a picture has at least one pixel";
+  const std::size_t pixelBytes = format == PRAVIK_BGRA8 ? 4 : 1;
+  if (stride / pixelBytes < static_cast<std::size_t>(width)) return "the stride does not hold a row";
+  constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+  if (stride > most / static_cast<std::size_t>(height)) return "the stride is larger than the memory";
+  return nullptr;
+}
+
+/// A picture of pixels that belong to the caller.
+Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t stride, pravik_pixel_format format) {
+  return {.bitmap = Bitmap(format == PRAVIK_BGRA8 ? PixelFormat::bgra8 : PixelFormat::grey8, width, height,
+                           static_cast<std::ptrdiff_t>(stride), {pixels, [](const std::uint8_t*) {}})};
+}
+
+}  // namespace
+
+const char* pravik_version(void) {
+  return PravikSDK::version().c_str();
+}
+
+pravik_handle* pravik_create(const char* modelDirectory, int threads) {
+  if (threads < 0) return nullptr;
+  try {
+    const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    auto handle = std::make_unique<pravik_handle>();
+    handle->platform = makeDefaultPlatform(
+        {.modelDirectory = modelDirectory == nullptr ? "" : modelDirectory, .threads = std::min(threads, cores)});
+    // Without queues a call does all its work on the thread that it came on.
+    handle->platform.dispatch.reset();
+    return handle.release();
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+void pravik_destroy(pravik_handle* handle) {
+  delete handle;
+}
+
+pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, pravik_log_function function,
+                             void* context) {
+  try {
+    const auto known = OCRLogger::levelFromRawValue(static_cast<int>(level));
+    if (handle == nullptr || !known) return PRAVIK_INVALID_ARGUMENT;
+    handle->log.send(*known, function, context);
+    return PRAVIK_OK;
+  } catch (...) {
+    return PRAVIK_INTERNAL_ERROR;
+  }
+}
+
+pravik_result* pravik_recognize_file(pravik_handle* handle, pravik_kind kind, const char* path) {
+  return recognize(handle, kind, path, [&] { return handle->platform.imageCodec->load(path); });
+}
+
+pravik_result* pravik_recognize_memory(pravik_handle* handle, pravik_kind kind, const void* bytes, size_t size) {
+  return recognize(handle, kind, bytes, [&] {
+    return handle->platform.imageCodec->decode(std::span(static_cast<const std::uint8_t*>(bytes), size));
+  });
+}
+
+pravik_result* pravik_recognize_pixels(pravik_handle* handle, pravik_kind kind, const uint8_t* pixels, int width,
+                                       int height, size_t stride, pravik_pixel_format format) {
+  if (const char* problem = problemWith(width, height, stride, format))
+    return resultOf([&] { return invalidArgumentAnswer(problem); });
+  return recognize(handle, kind, pixels, [&] { return borrowed(pixels, width, height, stride, format); });
+}
+
+pravik_result* pravik_parse(pravik_kind kindNumber, const char* observations) {
+  return resultOf([&] {
+    const Kind* kind = kindOf(kindNumber);
+    if (kind == nullptr || kind->parse == nullptr) return invalidArgumentAnswer("the kind is not that of a card");
+    if (observations == nullptr) return invalidArgumentAnswer("the text is null");
+    const LogScope nowhere(nullptr);
+    const auto parsed = parseObservations(observations);
+    return parsed ? withKind(*kind, kind->parse(*parsed)) : invalidInputAnswer(parsed.error());
+  });
+}
+
+pravik_status pravik_result_status(const pravik_result* result) {
+  return result == nullptr ? PRAVIK_INTERNAL_ERROR : result->status;
+}
+
+const char* pravik_result_json(const pravik_result* result) {
+  if (result == nullptr) return R"({"error":{"code":"internal_error","message":"not enough memory"}})";
+  return result->json.c_str();
+}
+
+const char* pravik_result_error_code(const pravik_result* result) {
+  return result == nullptr ? "internal_error" : result->errorCode.c_str();
+}
+
+const char* pravik_result_error_message(const pravik_result* result) {
+  return result == nullptr ? "not enough memory" : result->errorMessage.c_str();
+}
+
+void pravik_result_free(pravik_result* result) {
+  delete result;
+}
