@@ -10,6 +10,8 @@
 #include "backends/qt/QtPlatform.h"
 #include "backends/qt/QtStage.h"
 
+namespace {
+
 pravik::Task<void> scan(QLabel& window, std::shared_ptr<pravik::QtStage> stage) {
   try {
     const auto scanned = co_await pravik::PravikSDK::shared().scanBankCard(stage);
@@ -17,12 +19,14 @@ pravik::Task<void> scan(QLabel& window, std::shared_ptr<pravik::QtStage> stage) 
   } catch (const pravik::OCRError& error) {
     window.setText(QString::fromStdString(error.errorDescription()));
   }
-  std::cout << window.text().toStdString() << std::endl;
+  std::cout << window.text().toStdString() << '\n';
   QApplication::quit();
 }
 
+}  // namespace
+
 int main(int argumentCount, char** arguments) {
-  QApplication application(argumentCount, arguments);
+  const QApplication application(argumentCount, arguments);
   pravik::Platform& platform = pravik::Platform::current();
   platform = pravik::makeQtPlatform({.camera = argumentCount > 1 ? arguments[1] : "0"});
   QLabel window;
