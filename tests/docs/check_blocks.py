@@ -37,7 +37,7 @@ LINK = re.compile(r"\]\((?!https?:)([^)#\s]+)")
 def scratch_checkout(folder, build):
     """A folder that looks like the top of a checkout after a build, with pictures of the reader's own."""
     shutil.copytree(ROOT / "samples", folder / "samples")
-    for name in ("docs", "tools"):
+    for name in ("c", "docs", "tools"):
         (folder / name).symlink_to(ROOT / name)
     (folder / "build").mkdir()
     (folder / "build" / "release").symlink_to(build)
@@ -91,6 +91,7 @@ class Page:
                 raise ValueError("follows no commands that were run")
             check_output(text, self.printed)
         elif language == "sh":
+            self.printed = None
             self.printed = output_of(text, self.folder, self.build)
         else:
             raise ValueError(f"a block of {language or 'plain text'} without a comment that tells what it is")
