@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+#include <pravik_c.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+/// Which of this thread's next allocations fails; 0 for none.
+thread_local int failingAllocation = 0;
+
+}  // namespace
+
+// Also those of the library: there is one operator for the whole process.
+void* operator new(std::size_t size) {
+  void* memory = failingAllocation > 0 && --failingAllocation == 0 ? nullptr : std::malloc(size + (size == 0));
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
+
+namespace {
+
+using Handle = std::unique_ptr<pravik_handle, decltype(&pravik_destroy)>;
+using CallResult = std::unique_ptr<pravik_result, decltype(&pravik_result_free)>;
+using Lines = std::vector<std::string>;
+
+constexpr int width = 64;
+constexpr int height = 48;
+const std::vector<std::uint8_t> blank(width* height, 200);
+
+const std::string portrait =
+    R"({"observations":[{"text":"姓名 张三","confidence":0.9,"boundingBox":{"x":0.1,"y":0.8,"width":0.3,"height":0.05}},)"
+    R"({"text":"11010119900307123X","confidence":1,"boundingBox":{"x":0.1,"y":0.1,"width":0.3,"height":0.05}}]})";
+
+Handle handle() {
+  return {pravik_create(nullptr, 1), pravik_destroy};
+}
+
+CallResult owned(pravik_result* result) {
+  return {result, pravik_result_free};
+}
+
+CallResult readBlank(const Handle& handle, pravik_kind kind) {
+  return owned(
+      pravik_recognize_pixels(handle.get(), kind, blank.data(), width, height, std::size_t{width}, PRAVIK_GREY8));
+}
+
+void collect(void* lines, pravik_log_level /*level*/, const char* line) {
+  static_cast<Lines*>(lines)->emplace_back(line);
+  // What a listener does itself is not logged to it.
+  owned(pravik_parse(PRAVIK_ID_FRONT, R"({"observations":[]})"));
+}
+
+int linesWith(const Lines& lines, const std::string& text) {
+  return static_cast<int>(
+      std::ranges::count_if(lines, [&](const auto& line) { return line.find(text) != std::string::npos; }));
+}
+
+TEST(CInterface, makesTheRecordOfObservations) {
+  const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, portrait.c_str()));
+  EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_OK);
+  EXPECT_STREQ(pravik_result_error_code(result.get()), "");
+  EXPECT_STREQ(
+      pravik_result_json(result.get()),
+      R"({"kind":"id-front","result":{"name":"张三","gender":"男","ethnicity":"","birthDate":"1990年03月07日",)"
+      R"("birthYear":"1990","birthMonth":"03","birthDay":"07","address":"","idNumber":"11010119900307123X"},)"
+      R"("checks":{"checkDigit":false,"birthDateMatches":true,"genderMatches":true}})");
+}
+
+TEST(CInterface, answersWhatIsWrong) {
+  const Handle handle = ::handle();
+  const Handle elsewhere{pravik_create("no/such/folder\xFF", 1), pravik_destroy};
+  pravik_handle* h = handle.get();
+  const auto pixels = [&](int w, int h2, std::size_t stride, int format) {
+    return pravik_recognize_pixels(h, PRAVIK_CODE, blank.data(), w, h2, stride,
+                                   static_cast<pravik_pixel_format>(format));
+  };
+  constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
+  constexpr int largest = std::numeric_limits<int>::max();
+  const struct {
+    pravik_result* result;
+    pravik_status status;
+    std::string code;
+  } cases[]{
+      {nullptr, PRAVIK_INTERNAL_ERROR, "internal_error"},
+      {pravik_recognize_file(nullptr, PRAVIK_CODE, "a.jpg"), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_recognize_file(h, PRAVIK_CODE, nullptr), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_recognize_file(h, static_cast<pravik_kind>(7), "a.jpg"), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_recognize_memory(h, PRAVIK_CODE, nullptr, 0), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_recognize_pixels(h, PRAVIK_CODE, nullptr, 1, 1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT,
+       "invalid_argument"},
+      {pixels(0, 1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pixels(1, -1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pixels(2, 1, 7, PRAVIK_BGRA8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pixels(1, 3, most / 2, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pixels(1, 1, 4, 3), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_parse(PRAVIK_TEXT, portrait.c_str()), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pravik_parse(PRAVIK_ID_BACK, nullptr), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
+      {pixels(largest, 1, std::size_t{largest}, PRAVIK_GREY8), PRAVIK_INVALID_IMAGE, "invalid_image"},
+      {pravik_recognize_file(h, PRAVIK_CODE, "no/such\xFF file"), PRAVIK_INVALID_IMAGE, "invalid_image"},
+      {pravik_recognize_memory(h, PRAVIK_CODE, "GIF", most), PRAVIK_INVALID_IMAGE, "invalid_image"},
+      {pravik_parse(PRAVIK_ID_BACK, "{\"observations\":[\"\xFF\"]}"), PRAVIK_INVALID_INPUT, "invalid_input"},
+      {pravik_parse(PRAVIK_ID_BACK, R"({"observations":[]})"), PRAVIK_INSUFFICIENT_TEXT, "insufficient_text"},
+      {readBlank(handle, PRAVIK_CODE).release(), PRAVIK_INSUFFICIENT_TEXT, "insufficient_text"},
+      {readBlank(elsewhere, PRAVIK_TEXT).release(), PRAVIK_RECOGNITION_FAILED, "recognition_failed"},
+  };
+  for (const auto& [result, status, code] : cases) {
+    const std::string json = pravik_result_json(result);
+    EXPECT_EQ(pravik_result_status(result), status) << json;
+    EXPECT_EQ(pravik_result_error_code(result), code) << json;
+    EXPECT_NE(json.find('"' + code + '"'), std::string::npos) << json;
+    EXPECT_NE(json.find(pravik_result_error_message(result)), std::string::npos) << json;
+    EXPECT_EQ(json.find('\xFF'), std::string::npos) << json;
+    pravik_result_free(result);
+  }
+  EXPECT_EQ(pravik_create(nullptr, -1), nullptr);
+  EXPECT_EQ(pravik_set_log(nullptr, PRAVIK_LOG_INFO, collect, nullptr), PRAVIK_INVALID_ARGUMENT);
+  EXPECT_EQ(pravik_set_log(h, static_cast<pravik_log_level>(6), collect, nullptr), PRAVIK_INVALID_ARGUMENT);
+}
+
+TEST(CInterface, tellsOfALackOfMemoryWhereverItStrikes) {
+  int failures = 0;
+  for (int failing = 1;; failing += 1 + failing / 50, ++failures) {
+    failingAllocation = failing;
+    const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, portrait.c_str()));
+    failingAllocation = 0;
+    if (pravik_result_status(result.get()) == PRAVIK_OK) break;
+    ASSERT_EQ(pravik_result_status(result.get()), PRAVIK_INTERNAL_ERROR) << pravik_result_json(result.get());
+  }
+  EXPECT_GT(failures, 50);
+}
+
+TEST(CInterface, aHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
+  constexpr int calls = 5;
+  const Handle codes = handle(), cards = handle(), silent = handle();
+  Lines codeLines, cardLines;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(pravik_set_log(codes.get(), PRAVIK_LOG_INFO, collect, &codeLines), PRAVIK_OK);
+  EXPECT_EQ(pravik_set_log(cards.get(), PRAVIK_LOG_WARNING, collect, &cardLines), PRAVIK_OK);
+  std::thread other([&] {
+    for (int i = 0; i < calls; ++i) {
+      readBlank(codes, PRAVIK_CODE);
+      readBlank(silent, PRAVIK_CODE);
+    }
+  });
+  for (int i = 0; i < calls; ++i) {
+    readBlank(cards, PRAVIK_CODE);
+    readBlank(cards, PRAVIK_ID_FRONT);
+  }
+  other.join();
+  EXPECT_EQ(linesWith(codeLines, "[INFO]"), calls);
+  EXPECT_EQ(codeLines.size(), std::size_t{calls});
+  EXPECT_EQ(linesWith(cardLines, "[WARN]"), calls);
+  EXPECT_EQ(cardLines.size(), std::size_t{calls});
+  EXPECT_EQ(pravik_set_log(codes.get(), PRAVIK_LOG_NONE, collect, &codeLines), PRAVIK_OK);
+  readBlank(codes, PRAVIK_CODE);
+  EXPECT_EQ(codeLines.size(), std::size_t{calls});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(CInterface, handlesComeAndGoOnManyThreads) {
+  const Handle shared = handle();
+  const auto work = [&](int thread) {
+    for (int round = 0; round < 5; ++round) {
+      const Handle own = handle();
+      Lines lines;
+      pravik_set_log(own.get(), static_cast<pravik_log_level>(2 + thread), collect, &lines);
+      pravik_set_log(shared.get(), PRAVIK_LOG_DEBUG, [](void*, pravik_log_level, const char*) {}, nullptr);
+      EXPECT_EQ(pravik_result_status(readBlank(own, PRAVIK_CODE).get()), PRAVIK_INSUFFICIENT_TEXT);
+      EXPECT_EQ(pravik_result_status(readBlank(shared, PRAVIK_BANK_CARD).get()), PRAVIK_INSUFFICIENT_TEXT);
+      EXPECT_EQ(lines.empty(), thread == 0);
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 3; ++thread) threads.emplace_back(work, thread);
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
