@@ -73,6 +73,7 @@ Result<CodeScanResult> readCode(const BarcodeDetector* detector, const Image& im
   if (detector == nullptr) return tl::unexpected(OCRError::recognitionFailed("no barcode detector is available"));
   const std::vector<BarcodeSymbology> symbologies = visionSymbologies(mode);
   std::vector<BarcodeObservation> codes;
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): isUsable() has seen the bitmap.
   if (!symbologies.empty()) codes = detector->detect(uprightBitmap(*image.bitmap, image.orientation), symbologies);
   if (codes.empty()) {
     OCRLogger::info(

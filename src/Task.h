@@ -45,6 +45,7 @@ Result<T> syncWait(Task<T> task) {
     failure = std::move(error);
     if (!failure) value = std::move(result);
   });
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): without a failure there is one.
   if (!failure) return std::move(*value);
   try {
     std::rethrow_exception(failure);
@@ -69,6 +70,7 @@ Task<T> suspendUntilCalled(std::function<void(std::function<void(Result<T>)>)> s
         });
       },
       asio::use_awaitable);
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): what resumes fills it first.
   Result<T>& result = **holder;
   if (!result) throw OCRError(result.error());
   co_return std::move(*result);

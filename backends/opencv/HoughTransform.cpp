@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace pravik {
 namespace {
@@ -111,7 +112,7 @@ std::vector<LineGuess> guessLines(const EdgeMap& edges) {
     bySector[static_cast<std::size_t>(peak.orientation * sectors / orientations)].push_back(peak);
   std::vector<LineGuess> guesses;
   for (auto& peaks : bySector) {
-    std::sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.votes > b.votes; });
+    std::ranges::sort(peaks, std::greater{}, &Peak::votes);
     peaks.resize(std::min(peaks.size(), peaksPerSector));
     for (const Peak& peak : peaks) guesses.push_back(accumulator.lineOf(peak));
   }

@@ -52,6 +52,7 @@ LinearColors linearColors(const ColorControls& controls) {
 
 /// Clamped to a byte and rounded.
 std::uint8_t toByte(float value) {
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): not for what is clamped first, and faster than std::lround.
   return static_cast<std::uint8_t>(static_cast<int>(std::min(std::max(value, 0.0F), 255.0F) + 0.5F));
 }
 
@@ -140,6 +141,7 @@ void sharpen(const cv::Mat& source, int firstRow, cv::Mat& target, const Sharpen
 
 void renderRows(const cv::Mat& source, cv::Mat& target, const cv::Range& rows, const Pass& pass) {
   cv::Mat band = target.rowRange(rows);
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): a pass has at least one of the two.
   if (!pass.sharpening) return controlColors(source.rowRange(rows), band, *pass.colors);
   const int reach = blurReach(*pass.sharpening);
   const cv::Range wider(std::max(0, rows.start - reach), std::min(source.rows, rows.end + reach));
@@ -196,8 +198,8 @@ std::optional<cv::Mat> straighten(const cv::Mat& source, const Quadrilateral& qu
 
   // Corners lie between pixels, OpenCV counts from the middle of the first pixel.
   std::array<cv::Point2f, 4> from;
-  std::transform(corners.begin(), corners.end(), from.begin(),
-                 [](const cv::Point2d& corner) { return cv::Point2f(corner - cv::Point2d(0.5, 0.5)); });
+  std::ranges::transform(corners, from.begin(),
+                         [](const cv::Point2d& corner) { return cv::Point2f(corner - cv::Point2d(0.5, 0.5)); });
   const auto right = static_cast<float>(width - 0.5), bottom = static_cast<float>(height - 0.5);
   const std::array<cv::Point2f, 4> to = {{{-0.5F, -0.5F}, {right, -0.5F}, {right, bottom}, {-0.5F, bottom}}};
   cv::Mat straight;

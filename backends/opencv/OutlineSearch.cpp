@@ -34,10 +34,9 @@ using Corners = std::array<cv::Point2d, 4>;
 Corners ordered(Corners corners) {
   double area = 0;
   for (std::size_t i = 0; i < 4; ++i) area += corners[i].cross(corners[(i + 1) % 4]);
-  if (area < 0) std::reverse(corners.begin(), corners.end());
-  const auto first = std::min_element(corners.begin(), corners.end(),
-                                      [](cv::Point2d a, cv::Point2d b) { return a.x + a.y < b.x + b.y; });
-  std::rotate(corners.begin(), first, corners.end());
+  if (area < 0) std::ranges::reverse(corners);
+  const auto first = std::ranges::min_element(corners, {}, [](cv::Point2d corner) { return corner.x + corner.y; });
+  std::ranges::rotate(corners, first);
   return corners;
 }
 
@@ -192,13 +191,14 @@ std::vector<Outline> findOutlines(const std::vector<EdgeLine>& lines, cv::Size p
                                   std::size_t most) {
   std::vector<Outline> outlines = Search(lines, picture, request).run();
   std::vector<std::pair<double, std::size_t>> ranking;
+  ranking.reserve(outlines.size());
   for (std::size_t i = 0; i < outlines.size(); ++i) ranking.emplace_back(-promise(outlines[i]), i);
-  std::sort(ranking.begin(), ranking.end());
+  std::ranges::sort(ranking);
   std::vector<Outline> best;
   for (const auto& [promise, i] : ranking) {
     if (best.size() == most) break;
-    const bool known = std::any_of(best.begin(), best.end(),
-                                   [&, index = i](const Outline& other) { return same(other, outlines[index]); });
+    const bool known =
+        std::ranges::any_of(best, [&, index = i](const Outline& other) { return same(other, outlines[index]); });
     if (!known) best.push_back(outlines[i]);
   }
   return best;

@@ -294,13 +294,13 @@ void addCompletedLastGroups(std::span<const Observations> rows, Candidates& cand
   for (const Observations& row : rows) {
     const std::vector<DigitGroup> groups = digitGroups(row);
     if (!lacksItsLastDigit(groups)) continue;
-    std::string digits;
-    for (const DigitGroup& group : groups) digits += group.digits;
+    std::string asRead;
+    for (const DigitGroup& group : groups) asRead += group.digits;
     for (const char last : std::string_view("0123456789")) {
-      const std::string completed = digits + last;
+      const std::string completed = asRead + last;
       if (!isValidCardNumber(completed) || !luhnCheck(completed)) continue;
-      candidates.add(completed, digits, priority::completedLastGroup,
-                     fmt::format("策略6(短组末位补全,位置{}) 候选卡号: ", digits.size()));
+      candidates.add(completed, asRead, priority::completedLastGroup,
+                     fmt::format("策略6(短组末位补全,位置{}) 候选卡号: ", asRead.size()));
     }
   }
 }
@@ -359,6 +359,7 @@ std::vector<Candidate> ranked(std::vector<Candidate> candidates) {
   });
   OCRLogger::debug([&] {
     std::vector<std::string> texts;
+    texts.reserve(candidates.size());
     for (const Candidate& c : candidates) texts.push_back(fmt::format("{} luhn={}", c.digits, c.passesLuhn));
     return "候选排序结果: " + joined(texts, ", ");
   });
