@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan coverage fuzz bench accuracy scan-accuracy format lint clean
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -13,11 +13,14 @@ help:
 	@echo "make screenshots  take a picture of the window in every state into docs/images/"
 	@echo "make test-asan  unit tests under the address and undefined-behaviour sanitizers"
 	@echo "make test-tsan  unit tests under the thread sanitizer"
+	@echo "make test-arm64 unit tests of the library alone, cross-compiled for 64-bit Arm, under an emulator"
+	@echo "make packages   Debian packages of library, development files and tools into build/release/packages/"
 	@echo "make coverage   unit tests with the lines counted that they run; 85 % of src/ is the least"
 	@echo "make fuzz       every fuzz target for SECONDS=60 each, or those named with TARGET=... (id-front, picture, ...)"
 	@echo "make bench      benchmarks"
 	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
 	@echo "make scan-accuracy  draw fresh clips and report what the scanner makes of them and how long it takes"
+	@echo "make docs       the reference of the public headers and the guide into build/docs/html/"
 	@echo "make format     format the sources;  make lint: clang-format and clang-tidy in check mode"
 	@echo "make clean      remove build/ (what tools/setup fetched stays)"
 
@@ -56,6 +59,15 @@ test-asan test-tsan: test-%: setup
 	$(call build-preset,$*,unit-tests)
 	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
 
+packages: build
+	@cd build/release && cpack
+
+# The library alone, cross-compiled and run under an emulator.
+test-arm64:
+	@tools/setup --arm64
+	$(call build-preset,arm64,all)
+	@ctest --test-dir build/arm64 --output-on-failure -j$(JOBS)
+
 coverage: setup
 	$(call build-preset,coverage,unit-tests)
 	@find build/coverage -name '*.gcda' -delete
@@ -70,6 +82,7 @@ fuzz: setup
 bench: build
 	@build/release/bench/pravik-bench
 	@bench/process
+	@bench/jobs
 	@bench/window/window
 
 accuracy: build
@@ -77,6 +90,10 @@ accuracy: build
 
 scan-accuracy: build
 	@tools/accuracy/scan-accuracy --pravik $(PRAVIK)
+
+docs:
+	@tools/setup --docs
+	@mkdir -p build/docs && doxygen Doxyfile && echo build/docs/html/index.html
 
 format: setup
 	@clang-format-19 -i $(SOURCES)
