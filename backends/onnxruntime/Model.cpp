@@ -1,11 +1,13 @@
 #include "backends/onnxruntime/Model.h"
 
 #include <onnxruntime_cxx_api.h>
+#include <onnxruntime_session_options_config_keys.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <mutex>
 #include <numeric>
 #include <stdexcept>
 #include <utility>
@@ -15,9 +17,27 @@ namespace {
 
 constexpr std::size_t inputRank = 4;
 
-Ort::Env& environment() {
-  static Ort::Env env(ORT_LOGGING_LEVEL_FATAL, "pravik");
-  return env;
+/// An environment with one arena for all models: what finding text is done with, reading it takes.
+std::shared_ptr<Ort::Env> makeEnvironment() {
+  const auto environment = std::make_shared<Ort::Env>(ORT_LOGGING_LEVEL_FATAL, "pravik");
+  constexpr int usual = -1;
+  try {
+    environment->CreateAndRegisterAllocator(Ort::MemoryInfo::CreateCpu(OrtArenaAllocator, OrtMemTypeDefault),
+                                            Ort::ArenaCfg(0, usual, usual, usual));
+  } catch (const Ort::Exception&) {
+    // A host that uses ONNX Runtime too shares the environment, and its arena when it has registered one.
+  }
+  return environment;
+}
+
+/// The one environment of the process, for as long as there are models: with the last of them its memory goes.
+std::shared_ptr<Ort::Env> environment() {
+  static std::mutex mutex;
+  static std::weak_ptr<Ort::Env> current;
+  const std::lock_guard lock(mutex);
+  auto environment = current.lock();
+  if (!environment) current = environment = makeEnvironment();
+  return environment;
 }
 
 std::vector<char> readFile(const std::string& path) {
@@ -36,6 +56,7 @@ Ort::SessionOptions sessionOptions(int threadCount) {
   options.SetGraphOptimizationLevel(GraphOptimizationLevel::ORT_ENABLE_ALL);
   // Every picture has other sizes: a remembered memory plan would not fit the next one.
   options.DisableMemPattern();
+  options.AddConfigEntry(kOrtSessionOptionsConfigUseEnvAllocators, "1");
   return options;
 }
 
@@ -53,6 +74,7 @@ std::size_t count(const std::vector<std::int64_t>& shape) {
 }  // namespace
 
 struct Model::Session {
+  std::shared_ptr<Ort::Env> env = environment();
   Ort::Session session{nullptr};
   std::string inputName;
   std::string outputName;
@@ -65,7 +87,7 @@ std::shared_ptr<float> allocateValues(const std::vector<std::int64_t>& shape) {
 Model::Model(const std::string& path, int threadCount, std::size_t outputRank) : session_(std::make_unique<Session>()) {
   const auto bytes = readFile(path);
   try {
-    session_->session = Ort::Session(environment(), bytes.data(), bytes.size(), sessionOptions(threadCount));
+    session_->session = Ort::Session(*session_->env, bytes.data(), bytes.size(), sessionOptions(threadCount));
   } catch (const Ort::Exception& error) {
     throw std::runtime_error("the model file " + path + " is damaged: " + error.what());
   }
