@@ -21,6 +21,7 @@ namespace {
 
 /// Running more pictures at once than any machine has cores for only costs memory.
 constexpr int maximumJobs = 256;
+constexpr int maximumThreads = 256;
 /// A week.
 constexpr int maximumTimeout = 7 * 24 * 3600;
 
@@ -116,6 +117,10 @@ void addSharedOptions(CLI::App& app, Settings& settings) {
       ->type_name("DIR");
   app.add_option("--jobs", settings.jobs, "Pictures to read at the same time (1)")
       ->check(CLI::Range(1, maximumJobs).description(""))
+      ->type_name("N");
+  app.add_option("--threads", settings.threads,
+                 "Threads that each of them may use (0: the cores are shared among them)")
+      ->check(CLI::Range(0, maximumThreads).description(""))
       ->type_name("N");
   app.add_option("--models", settings.models, "Folder of the text models")->type_name("DIR");
 }

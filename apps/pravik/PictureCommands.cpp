@@ -22,11 +22,11 @@
 namespace pravik::cli {
 namespace {
 
-Answer idFront(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
+Answer idFront(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
   return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));
 }
 
-Answer idBack(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
+Answer idBack(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
   return cardAnswer(syncWait(sdk.recognizeIDCardBack(image)));
 }
 
@@ -40,7 +40,7 @@ Answer bankCard(const PravikSDK& sdk, const Image& image, const PictureOptions& 
   return answer;
 }
 
-Answer code(const PravikSDK& sdk, const Image& image, const PictureOptions&) {
+Answer code(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
   return codeAnswer(syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode)));
 }
 
@@ -141,6 +141,7 @@ struct BatchEnd {
 
 BatchEnd answerEach(const Batch& batch, int jobs, AnswerWriter& writer) {
   std::vector<std::unique_ptr<Reader>> readers;
+  readers.reserve(static_cast<std::size_t>(jobs));
   for (int i = 0; i < jobs; ++i) readers.push_back(std::make_unique<Reader>(batch.platform, batch.options));
   Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
   BatchEnd end;

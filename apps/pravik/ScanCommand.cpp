@@ -68,7 +68,7 @@ ExitStatus scan(const ScanOptions& options, const Settings& settings, const Host
   } catch (const std::exception& error) {
     return answerUnusable(options, error.what(), writer);
   }
-  const Platform platform = host.makePlatform({.modelDirectory = settings.models});
+  const Platform platform = host.makePlatform({.modelDirectory = settings.models, .threads = settings.threads});
   const bool isRealTime = options.isRealTime || source.isCamera;
   const auto run = std::make_shared<ScanRun>(
       options, isRealTime ? platform.dispatch : std::make_shared<ManualDispatch>(), frame, writer);

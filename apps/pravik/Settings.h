@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
@@ -14,7 +15,7 @@
 namespace pravik::cli {
 
 /// What the tool ends with.
-enum ExitStatus : int {
+enum ExitStatus : std::uint8_t {
   allRecognized = 0,
   someNotRecognized = 1,
   usageError = 2,
@@ -33,6 +34,8 @@ struct Settings {
   std::filesystem::path annotate;
   /// Pictures that are read at the same time, at least 1.
   int jobs = 1;
+  /// Threads that each of them may use; 0 shares the cores among them.
+  int threads = 0;
   /// Where the text models are; empty for the usual place.
   std::filesystem::path models;
 };

@@ -1,11 +1,13 @@
 #include <QApplication>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "apps/pravik/Installation.h"
+#include "apps/pravik/ProgramMemory.h"
 #include "apps/scanner/ScannerSettings.h"
 #include "apps/scanner/ScannerWindow.h"
 #include "backends/qt/QtPlatform.h"
@@ -35,9 +37,7 @@ void checkDisplay() {
 #endif
 }
 
-}  // namespace
-
-int main(int argumentCount, char** arguments) {
+int runScanner(int argumentCount, char** arguments) {
   using namespace pravik::scanner;
   const auto read =
       readSettings(std::vector<std::string>(arguments + 1, arguments + argumentCount), std::cout, std::cerr);
@@ -50,6 +50,7 @@ int main(int argumentCount, char** arguments) {
   checkDisplay();
   qInstallMessageHandler(endOnFatalMessage);
 
+  // NOLINTNEXTLINE(misc-const-correctness): runs as long as it lives, and is changed through its statics.
   QApplication application(argumentCount, arguments);
   QApplication::setApplicationName("pravik-scanner");
   QApplication::setFont(pravik::interfaceFont());
@@ -57,7 +58,7 @@ int main(int argumentCount, char** arguments) {
   int status = pravik::cli::allRecognized;
   if (settings.writesJson) {
     window.onRecord = [](const ScannedRecord& record) {
-      std::cout << pravik::jsonText(record.answer) << std::endl;
+      std::cout << pravik::jsonText(record.answer) << '\n' << std::flush;
       QApplication::quit();
     };
     window.onNothing = [&settings, &status] {
@@ -70,4 +71,16 @@ int main(int argumentCount, char** arguments) {
   window.begin();
   QApplication::exec();
   return status;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  pravik::cli::returnLargeBlocks();
+  try {
+    return runScanner(argumentCount, arguments);
+  } catch (const std::exception& error) {
+    std::cerr << "pravik-scanner: " << error.what() << '\n';
+    return pravik::cli::usageError;
+  }
 }

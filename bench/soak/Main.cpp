@@ -2,6 +2,7 @@
 #include <exception>
 #include <iostream>
 
+#include "apps/pravik/ProgramMemory.h"
 #include "bench/soak/RecognitionSoak.h"
 #include "bench/soak/ScannerSoak.h"
 
@@ -37,6 +38,7 @@ int soak(int argumentCount, char** arguments) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+  pravik::cli::returnLargeBlocks();
   try {
     return soak(argumentCount, arguments);
   } catch (const std::exception& error) {
