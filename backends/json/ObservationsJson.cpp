@@ -14,8 +14,6 @@ namespace {
 constexpr int maximumDepth = 32;
 /// By how much a box may stand over the edge of the picture: some engines round outwards.
 constexpr double edgeTolerance = 0.01;
-/// What the JSON parser says about a text may quote the text; no more than this of it is passed on.
-constexpr std::size_t maximumMessageBytes = 200;
 
 class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
@@ -85,11 +83,13 @@ Observations observations(const nlohmann::json& document) {
   return result;
 }
 
-/// Without the parser's own tag "[json.exception...] ".
+/// Without the parser's own tag "[json.exception...] ", and without the input that it quotes: that may be what is
+/// written on a card.
 std::string readable(const nlohmann::json::exception& error) {
   std::string message = error.what();
   if (const auto end = message.find("] "); end != std::string::npos) message.erase(0, end + 2);
-  if (message.size() > maximumMessageBytes) message = message.substr(0, maximumMessageBytes) + "...";
+  for (const std::string_view quotation : {"; last read: '", " parsing '"})
+    message = message.substr(0, message.find(quotation));
   return "not valid JSON: " + message;
 }
 
