@@ -15,7 +15,7 @@ thread_local HandleLog* currentLog = nullptr;
 class Listeners {
  public:
   Listeners() {
-    // The dump of a reading, which goes to the sink alone, is dropped with everything else that would be printed.
+    // What goes to the sink alone, the dump of a reading, is heard nowhere.
     OCRLogger::setSink([](std::string_view) {});
     OCRLogger::setOnLog([](Level level, const std::string& line) {
       if (currentLog != nullptr) currentLog->hear(level, line);

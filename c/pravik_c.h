@@ -50,7 +50,7 @@ typedef enum pravik_kind {
 /*
  * From silent to the most detailed. Lines may hold card data from PRAVIK_LOG_WARNING on: a warning quotes the whole
  * text of a portrait side without a number, PRAVIK_LOG_INFO tells identity numbers and the payloads of codes, and
- * PRAVIK_LOG_DEBUG everything that is read. PRAVIK_LOG_ERROR holds none.
+ * PRAVIK_LOG_DEBUG the fields of all cards. PRAVIK_LOG_ERROR holds none.
  */
 typedef enum pravik_log_level {
   PRAVIK_LOG_NONE = 0,
@@ -120,8 +120,9 @@ pravik_result* pravik_parse(pravik_kind kind, const char* observations);
 pravik_status pravik_result_status(const pravik_result* result);
 /*
  * The answer as JSON on one line, {"kind":…,"result":{…},"checks":{…}} or {"kind":…,"error":{"code":…,"message":…,
- * "context":{…}}}, as the command line writes it; the statuses from PRAVIK_INVALID_INPUT on have neither kind nor
- * context. Never null; valid until the result is freed, as are the next two.
+ * "context":{…}}}, as the command line writes it; the context says more than the message, such as why a file cannot be
+ * read. The statuses from PRAVIK_INVALID_INPUT on have neither kind nor context. Never null; valid until the result is
+ * freed, as are the next two.
  */
 const char* pravik_result_json(const pravik_result* result);
 /* The error's stable code, such as "scene_mismatch"; "" without an error. */
