@@ -1,4 +1,5 @@
 #include <memory>
+#include <span>
 #include <stdexcept>
 
 #include "Parsers/CardNumber.h"
@@ -6,6 +7,7 @@
 #include "backends/opencv/OpenCvImageCodec.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
 #include "backends/opencv/OpenCvRectangleDetector.h"
+#include "backends/opencv/PictureHeader.h"
 #include "backends/zxing/ZXingBarcodeDetector.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/Fakes.h"
@@ -16,12 +18,18 @@ namespace {
 
 /// What stands before it is a file with a picture, what stands behind it the text that the engine reads there.
 constexpr std::string_view separator = "\n--text--\n";
-/// More takes so long that the fuzzer would learn nothing.
-constexpr int maximumPixels = 256 * 256;
+/// More takes so long that the fuzzer would learn little.
+constexpr std::int64_t maximumPixels = 256 * 256;
 
-std::optional<Image> decoded(std::string_view file) {
+std::optional<Image> decoded(std::span<const std::uint8_t> file) {
   try {
-    return OpenCvImageCodec().decode({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
+    const PictureHeader header = readPictureHeader(file);
+    const std::int64_t pixels = header.width * header.height;
+    if (pixels > maximumPixels) return std::nullopt;
+    Image image = OpenCvImageCodec().decode(file);
+    fuzz::require(image.bitmap && image.bitmap->width() * image.bitmap->height() == pixels,
+                  "a picture has the size that its header says");
+    return image;
   } catch (const std::runtime_error& error) {
     fuzz::require(error.what()[0] != '\0', "a refusal gives its reason");
     return std::nullopt;
@@ -35,8 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::logEverything();
   const std::string_view input = fuzz::asText(data, size);
   const std::size_t end = std::min(input.rfind(separator), input.size());
-  const auto photo = decoded(input.substr(0, end));
-  if (!photo || !photo->bitmap || photo->bitmap->width() * photo->bitmap->height() > maximumPixels) return 0;
+  const auto photo = decoded({data, end});
+  if (!photo) return 0;
 
   const auto engine = std::make_shared<test::FakeTextEngine>();
   if (end < input.size())
