@@ -96,7 +96,7 @@ Model::Model(const std::string& path, int threadCount, std::size_t outputRank) :
     outputShape_ = floatShape(session.GetOutputTypeInfo(0));
   if (outputShape_.size() != outputRank || floatShape(session.GetInputTypeInfo(0)).size() != inputRank)
     throw std::runtime_error("the model file " + path + " holds another kind of model");
-  Ort::AllocatorWithDefaultOptions allocator;
+  const Ort::AllocatorWithDefaultOptions allocator;
   session_->inputName = session.GetInputNameAllocated(0, allocator).get();
   session_->outputName = session.GetOutputNameAllocated(0, allocator).get();
 }
@@ -118,7 +118,7 @@ Tensor Model::run(const Tensor& input) const {
 }
 
 std::string Model::metadata(const char* name) const {
-  Ort::AllocatorWithDefaultOptions allocator;
+  const Ort::AllocatorWithDefaultOptions allocator;
   const auto text = session_->session.GetModelMetadata().LookupCustomMetadataMapAllocated(name, allocator);
   return text ? text.get() : std::string();
 }

@@ -69,6 +69,7 @@ class RecognitionSoak {
     begin_ = Clock::now();
     {
       std::vector<std::jthread> callers;
+      callers.reserve(static_cast<std::size_t>(load_.callers));
       for (int i = 0; i < load_.callers; ++i) callers.emplace_back([this] { call(); });
     }
     return showVerdict();
