@@ -54,12 +54,14 @@ std::size_t runInOrder(std::size_t count, int workers, const std::function<bool(
   {
     std::vector<std::jthread> threads;
     const int started = running;
+    threads.reserve(static_cast<std::size_t>(started));
     for (int worker = 0; worker < started; ++worker) threads.emplace_back(workLoop, worker);
     try {
       while (taken < count) {
         std::unique_lock lock(mutex);
         changed.wait(lock, [&] { return results[taken].has_value() || running == 0; });
         if (!results[taken].has_value()) break;
+        // NOLINTNEXTLINE(bugprone-unchecked-optional-access): seen a line above.
         T result = *std::exchange(results[taken], std::nullopt);
         lock.unlock();
         const bool goOn = take(taken, std::move(result));

@@ -12,10 +12,10 @@ enum class PictureFormat : std::uint8_t { jpeg, png, bmp, webp, tiff };
 
 /// What the start of a picture file says about the pixels.
 struct PictureHeader {
-  PictureFormat format;
+  PictureFormat format{};
   /// Size of the stored pixels, before they are turned upright; at least 1 x 1.
-  std::int64_t width;
-  std::int64_t height;
+  std::int64_t width = 0;
+  std::int64_t height = 0;
   /// From the Exif data or the TIFF directory; up when there is none.
   ImageOrientation orientation = ImageOrientation::up;
 };

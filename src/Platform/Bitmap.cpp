@@ -27,7 +27,7 @@ std::shared_ptr<std::uint8_t> allocatePixels(PixelFormat format, int width, int 
   const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
                            static_cast<std::size_t>(bytesPerPixel(format));
   std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[size]());
-  std::shared_ptr<std::uint8_t[]> array(std::move(bytes));
+  const std::shared_ptr<std::uint8_t[]> array(std::move(bytes));
   return {array, array.get()};
 }
 

@@ -45,9 +45,10 @@ CodePoint lastCodePoint(std::string_view text) {
   std::array<std::uint8_t, maximumSequence> bytes{};
   const std::string_view tail = text.substr(text.size() - std::min(text.size(), maximumSequence));
   std::memcpy(bytes.data(), tail.data(), tail.size());
+  const std::uint8_t* characters = bytes.data();
   auto start = static_cast<std::int32_t>(tail.size());
   UChar32 value = 0;
-  U8_PREV_OR_FFFD(bytes.data(), 0, start, value);
+  U8_PREV_OR_FFFD(characters, 0, start, value);
   return {static_cast<char32_t>(value), text.substr(text.size() - tail.size() + static_cast<std::size_t>(start))};
 }
 
