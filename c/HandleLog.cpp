@@ -9,7 +9,11 @@ namespace {
 
 using Level = OCRLogger::Level;
 
-thread_local HandleLog* currentLog = nullptr;
+/// Where what this thread logs goes; null for nowhere.
+HandleLog*& currentLog() {
+  thread_local HandleLog* log = nullptr;
+  return log;
+}
 
 /// How many handles listen at each level.
 class Listeners {
@@ -18,7 +22,7 @@ class Listeners {
     // What goes to the sink alone, the dump of a reading, is heard nowhere.
     OCRLogger::setSink([](std::string_view) {});
     OCRLogger::setOnLog([](Level level, const std::string& line) {
-      if (currentLog != nullptr) currentLog->hear(level, line);
+      if (HandleLog* log = currentLog()) log->hear(level, line);
     });
   }
 
@@ -66,10 +70,10 @@ void HandleLog::hear(Level level, const std::string& line) {
   function_(context_, static_cast<pravik_log_level>(level), line.c_str());
 }
 
-LogScope::LogScope(HandleLog* log) : outer_(std::exchange(currentLog, log)) {}
+LogScope::LogScope(HandleLog* log) : outer_(std::exchange(currentLog(), log)) {}
 
 LogScope::~LogScope() {
-  currentLog = outer_;
+  currentLog() = outer_;
 }
 
 }  // namespace pravik

@@ -75,13 +75,13 @@ template <class Call>
 pravik_result* resultOf(const Call& call) noexcept {
   try {
     try {
-      return new pravik_result(call());
+      return std::make_unique<pravik_result>(call()).release();
     } catch (const std::bad_alloc&) {
-      return new pravik_result(internalErrorAnswer("not enough memory"));
+      return std::make_unique<pravik_result>(internalErrorAnswer("not enough memory")).release();
     } catch (const std::exception& error) {
-      return new pravik_result(internalErrorAnswer(error.what()));
+      return std::make_unique<pravik_result>(internalErrorAnswer(error.what())).release();
     } catch (...) {
-      return new pravik_result(internalErrorAnswer("an unknown fault"));
+      return std::make_unique<pravik_result>(internalErrorAnswer("an unknown fault")).release();
     }
   } catch (...) {
     return nullptr;
@@ -140,13 +140,13 @@ const char* pravik_version(void) {
   return PravikSDK::version().c_str();
 }
 
-pravik_handle* pravik_create(const char* modelDirectory, int threads) {
+pravik_handle* pravik_create(const char* model_directory, int threads) {
   if (threads < 0) return nullptr;
   try {
     const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     auto handle = std::make_unique<pravik_handle>();
     handle->platform = makeDefaultPlatform(
-        {.modelDirectory = modelDirectory == nullptr ? "" : modelDirectory, .threads = std::min(threads, cores)});
+        {.modelDirectory = model_directory == nullptr ? "" : model_directory, .threads = std::min(threads, cores)});
     // Without queues a call does all its work on the thread that it came on.
     handle->platform.dispatch.reset();
     return handle.release();
@@ -156,7 +156,7 @@ pravik_handle* pravik_create(const char* modelDirectory, int threads) {
 }
 
 void pravik_destroy(pravik_handle* handle) {
-  delete handle;
+  const std::unique_ptr<pravik_handle> last(handle);
 }
 
 pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, pravik_log_function function,
@@ -217,5 +217,5 @@ const char* pravik_result_error_message(const pravik_result* result) {
 }
 
 void pravik_result_free(pravik_result* result) {
-  delete result;
+  const std::unique_ptr<pravik_result> last(result);
 }
