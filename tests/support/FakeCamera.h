@@ -16,8 +16,6 @@ namespace pravik::test {
 
 class FakeCaptureDevice : public CaptureDevice {
  public:
-  bool canFocus = true;
-  bool canExpose = true;
   bool canExposeAtPoint = true;
   bool withTorch = true;
   /// When set, the device cannot be locked, for this reason.
@@ -34,9 +32,9 @@ class FakeCaptureDevice : public CaptureDevice {
     ++locks;
   }
   void unlockForConfiguration() override { --locks; }
-  bool supportsContinuousAutoFocus() const override { return canFocus; }
+  bool supportsContinuousAutoFocus() const override { return true; }
   void setContinuousAutoFocus() override { focuses = true; }
-  bool supportsContinuousAutoExposure() const override { return canExpose; }
+  bool supportsContinuousAutoExposure() const override { return true; }
   void setContinuousAutoExposure() override { exposes = true; }
   bool supportsExposurePointOfInterest() const override { return canExposeAtPoint; }
   void setExposurePointOfInterest(Point point) override { exposurePoints.push_back(point); }
@@ -106,7 +104,7 @@ class FakeCaptureSession : public CaptureSession {
   void setMetadataObjectTypes(const std::vector<MetadataObjectType>& asked) override { types = asked; }
   std::optional<Bitmap> previewPicture() const override { return preview; }
 
- private:
+ protected:
   std::shared_ptr<SerialQueue> frameQueue_;
   std::shared_ptr<SerialQueue> metadataQueue_;
   FrameHandler frames_;

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/ManualDispatch.h"
 #include "Platform/Stage.h"
-#include "support/ManualDispatch.h"
 
 namespace pravik::test {
 

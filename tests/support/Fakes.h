@@ -2,16 +2,15 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "Platform/BarcodeDetector.h"
-#include "Platform/ImageRenderer.h"
-#include "Platform/RectangleDetector.h"
-#include "Platform/TextEngine.h"
+#include "Platform/Platform.h"
 
 // Scripted fakes of the ports: each gives what the test set, and keeps what it was asked.
 namespace pravik::test {
@@ -66,6 +65,7 @@ class FakeRectangleDetector : public RectangleDetector {
   }
 };
 
+/// May be asked by several threads at once.
 class FakeBarcodeDetector : public BarcodeDetector {
  public:
   std::vector<BarcodeObservation> codes;
@@ -74,15 +74,44 @@ class FakeBarcodeDetector : public BarcodeDetector {
 
   std::vector<BarcodeObservation> detect(const Bitmap& /*bitmap*/,
                                          std::span<const BarcodeSymbology> symbologies) const override {
+    const std::lock_guard lock(mutex_);
     symbologyCounts.push_back(symbologies.size());
     if (failure) throw std::runtime_error(*failure);
     return codes;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+};
+
+/// The fakes that read pictures, and the platform that they make.
+struct FakeParts {
+  std::shared_ptr<FakeTextEngine> engine = std::make_shared<FakeTextEngine>();
+  std::shared_ptr<FakeRenderer> renderer = std::make_shared<FakeRenderer>();
+  std::shared_ptr<FakeRectangleDetector> rectangles = std::make_shared<FakeRectangleDetector>();
+  std::shared_ptr<FakeBarcodeDetector> barcodes = std::make_shared<FakeBarcodeDetector>();
+
+  Platform makePlatform(std::shared_ptr<Dispatch> dispatch = nullptr) const {
+    Platform platform;
+    platform.textEngine = engine;
+    platform.imageRenderer = renderer;
+    platform.rectangleDetector = rectangles;
+    platform.barcodeDetector = barcodes;
+    platform.dispatch = std::move(dispatch);
+    return platform;
   }
 };
 
 /// A block of text whose centre lies at `centreY` measured from the top.
 inline RecognizedText textBlock(std::string text, double centreX, double centreY) {
   return {TextCandidate{std::move(text), 0.9F}, Rect{centreX - 0.05, 1 - centreY - 0.01, 0.1, 0.02}};
+}
+
+/// What is read on the portrait side of an identity card.
+inline std::vector<RecognizedText> portraitSide() {
+  return {textBlock("姓名 张三", 0.2, 0.15), textBlock("性别 男 民族 汉", 0.25, 0.28),
+          textBlock("住址 北京市东城区景山前街4号", 0.3, 0.55),
+          textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
 }
 
 }  // namespace pravik::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,6 @@ class LogCapture {
     OCRLogger::setOnLog([this](OCRLogger::Level hookLevel, const std::string& line) {
       levels.push_back(hookLevel);
       lines.push_back(line);
-      printedBeforeHook.push_back(printed.size());
     });
     OCRLogger::setLevel(level);
     clear();
@@ -32,7 +32,11 @@ class LogCapture {
     printed.clear();
     levels.clear();
     lines.clear();
-    printedBeforeHook.clear();
+  }
+
+  /// How many lines end like this.
+  auto count(std::string_view end) const {
+    return std::ranges::count_if(lines, [&](const std::string& line) { return line.ends_with(end); });
   }
 
   /// Each piece that was written to the sink.
@@ -40,8 +44,6 @@ class LogCapture {
   /// What the hook was called with.
   std::vector<OCRLogger::Level> levels;
   std::vector<std::string> lines;
-  /// How many pieces had been written when the hook was called.
-  std::vector<std::size_t> printedBeforeHook;
 };
 
 }  // namespace pravik::test

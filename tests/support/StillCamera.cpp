@@ -19,40 +19,24 @@ struct StillCamera::Scene {
   }
 };
 
-class StillCamera::Session : public CaptureSession, public std::enable_shared_from_this<Session> {
+class StillCamera::Session : public FakeCaptureSession, public std::enable_shared_from_this<Session> {
  public:
   Session(std::shared_ptr<Dispatch> dispatch, std::shared_ptr<Scene> scene, std::chrono::milliseconds frameTime,
           std::chrono::milliseconds photoDelay)
-      : dispatch_(std::move(dispatch)), scene_(std::move(scene)), frameTime_(frameTime), photoDelay_(photoDelay) {}
+      : dispatch_(std::move(dispatch)), scene_(std::move(scene)), frameTime_(frameTime), photoDelay_(photoDelay) {
+    offeredTypes = {{"AVMetadataObjectTypeQRCode"}};
+  }
 
-  void beginConfiguration() override {}
-  void commitConfiguration() override {}
-  void usePhotoPreset() override {}
-  bool canAddInput(const CaptureDevice& /*device*/) const override { return true; }
-  void addInput(std::shared_ptr<CaptureDevice> /*device*/) override {}
-  void addVideoOutput(std::shared_ptr<SerialQueue> queue, FrameHandler handler) override {
-    queue_ = std::move(queue);
-    frames_ = std::move(handler);
-  }
-  void addPhotoOutput() override {}
-  void addMetadataOutput(std::shared_ptr<SerialQueue> /*queue*/, MetadataHandler handler) override {
-    metadata_ = std::move(handler);
-  }
   bool isRunning() const override { return run_ != 0; }
   void startRunning() override { filmLater(run_ = ++runs_); }
   void stopRunning() override { run_ = 0; }
-  bool supportsAutomaticFlash() const override { return false; }
   void capturePhoto(bool /*automaticFlash*/, PhotoHandler handler) override {
     dispatch_->asyncAfter(photoDelay_, [weak = weak_from_this(), handler = std::move(handler)] {
       if (const auto session = weak.lock())
-        session->queue_->async(
+        session->frameQueue_->async(
             [handler, picture = session->scene_->look()] { handler({Image{.bitmap = picture}, std::nullopt}); });
     });
   }
-  std::vector<MetadataObjectType> availableMetadataObjectTypes() const override {
-    return {{"AVMetadataObjectTypeQRCode"}};
-  }
-  void setMetadataObjectTypes(const std::vector<MetadataObjectType>& /*types*/) override {}
   std::optional<Bitmap> previewPicture() const override {
     return runs_ > 0 ? std::optional(scene_->look()) : std::nullopt;
   }
@@ -62,7 +46,7 @@ class StillCamera::Session : public CaptureSession, public std::enable_shared_fr
     dispatch_->asyncAfter(frameTime_, [weak = weak_from_this(), run] {
       const auto session = weak.lock();
       if (!session || session->run_ != run) return;
-      session->queue_->async([weak, run] {
+      session->frameQueue_->async([weak, run] {
         if (const auto filming = weak.lock()) filming->film(run);
       });
     });
@@ -84,9 +68,6 @@ class StillCamera::Session : public CaptureSession, public std::enable_shared_fr
   std::shared_ptr<Scene> scene_;
   std::chrono::milliseconds frameTime_;
   std::chrono::milliseconds photoDelay_;
-  std::shared_ptr<SerialQueue> queue_;
-  FrameHandler frames_;
-  MetadataHandler metadata_;
   /// Counts the starts; `run_` is 0 while nothing is filmed.
   std::atomic<int> runs_ = 0;
   std::atomic<int> run_ = 0;

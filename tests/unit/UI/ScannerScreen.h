@@ -1,47 +1,27 @@
 #pragma once
 
-#include <chrono>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
+#include "Platform/ManualDispatch.h"
 #include "Pravik.h"
 #include "UI/OCRScannerViewController.h"
 #include "support/FakeCamera.h"
 #include "support/FakeStage.h"
 #include "support/Fakes.h"
-#include "support/ManualDispatch.h"
 #include "support/Pictures.h"
 
 namespace pravik::test {
 
-inline std::vector<RecognizedText> portraitSide() {
-  return {textBlock("姓名 张三", 0.2, 0.15), textBlock("性别 男 民族 汉", 0.25, 0.28),
-          textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
-}
-
 /// Everything around a scanner, on fakes: a phone with a camera whose pictures are 640 x 1280, and an SDK that reads
 /// what the test says.
-struct Phone {
+struct Phone : FakeParts {
   std::shared_ptr<ManualDispatch> dispatch = std::make_shared<ManualDispatch>();
   std::shared_ptr<FakeStage> stage = std::make_shared<FakeStage>(dispatch);
   std::shared_ptr<FakeCaptureSystem> camera = std::make_shared<FakeCaptureSystem>();
-  std::shared_ptr<FakeTextEngine> engine = std::make_shared<FakeTextEngine>();
-  std::shared_ptr<FakeRenderer> renderer = std::make_shared<FakeRenderer>();
-  std::shared_ptr<FakeRectangleDetector> rectangles = std::make_shared<FakeRectangleDetector>();
-  std::shared_ptr<FakeBarcodeDetector> barcodes = std::make_shared<FakeBarcodeDetector>();
-  Platform platform;
+  Platform platform = makePlatform(dispatch);
   std::optional<PravikSDK> sdk;
 
   Phone() {
-    platform.dispatch = dispatch;
     platform.stage = stage;
     platform.captureSystem = camera;
-    platform.textEngine = engine;
-    platform.imageRenderer = renderer;
-    platform.rectangleDetector = rectangles;
-    platform.barcodeDetector = barcodes;
     sdk.emplace(platform);
     camera->session->preview = plainPicture(640, 1280, 0, 0, 0);
     camera->session->offeredTypes = {{"AVMetadataObjectTypeQRCode"}};
@@ -115,6 +95,11 @@ struct ScannerScreen : Phone {
   std::shared_ptr<Listener> listener = std::make_shared<Listener>();
   std::weak_ptr<OCRScannerViewController> weak;
 
+  ScannerScreen() = default;
+  explicit ScannerScreen(OCRScanMode mode) {
+    scriptPhotos(2);
+    present(mode);
+  }
   /// The screen is the stage's to keep.
   OCRScannerViewController& screen() const { return *weak.lock(); }
   const ScannerOverlayView& overlay() const { return *screen().overlayView(); }
@@ -128,6 +113,11 @@ struct ScannerScreen : Phone {
     weak = made;
     stage->present(made, true, {});
     dispatch->runAll();
+  }
+  /// What was reported once there was time for everything that is under way.
+  std::vector<std::string> reports() const {
+    dispatch->advance(std::chrono::seconds(1));
+    return listener->reports;
   }
   void tap(const std::shared_ptr<Button>& button) const {
     screen().view().touch({button->frame.midX(), button->frame.midY()});
