@@ -15,12 +15,20 @@ TEST(CommandLine, wrongUsageEndsWithStatusTwoAndAWordOnTheErrorStream) {
                                  {"id-front", "--format", "xml", "a.jpg"},
                                  {"id-front", "--jobs", "0", "a.jpg"},
                                  {"id-front", "--jobs", "many", "a.jpg"},
+                                 {"id-front", "--threads", "-1", "a.jpg"},
                                  {"id-front", "--log-level", "loud", "a.jpg"},
                                  {"text", "--scene", "passport", "a.jpg"},
                                  {"code", "--scene", "idCard", "a.jpg"},
                                  {"parse"},
                                  {"parse", "passport"},
-                                 {"stats", "a.jpg", "b.jpg"}};
+                                 {"stats", "a.jpg", "b.jpg"},
+                                 {"scan"},
+                                 {"scan", "a.avi"},
+                                 {"scan", "--mode", "bankCard"},
+                                 {"scan", "a.avi", "--mode", "passport"},
+                                 {"scan", "a.avi", "--mode", "bankCard", "--timeout", "0"},
+                                 {"scan", "a.avi", "--mode", "bankCard", "--timeout", "nan"},
+                                 {"scan", "a.avi", "b.avi", "--mode", "bankCard"}};
   for (const Words& words : cases) {
     CommandRun command;
     EXPECT_EQ(command(words), usageError) << testing::PrintToString(words);

@@ -1,12 +1,7 @@
 #pragma once
 
 #include <atomic>
-#include <filesystem>
-#include <memory>
 #include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "Platform/AsioDispatch.h"
 #include "apps/pravik/CommandLine.h"
@@ -33,22 +28,8 @@ class FakeCodec : public ImageCodec {
   }
 };
 
-/// Finds the same codes on every picture; may be asked by several threads at once.
-class FixedCodes : public BarcodeDetector {
- public:
-  std::vector<BarcodeObservation> codes;
-
-  std::vector<BarcodeObservation> detect(const Bitmap& /*bitmap*/,
-                                         std::span<const BarcodeSymbology> /*symbologies*/) const override {
-    return codes;
-  }
-};
-
 /// Runs the tool in this process on fakes.
-struct CommandRun {
-  std::shared_ptr<test::FakeTextEngine> engine = std::make_shared<test::FakeTextEngine>();
-  std::shared_ptr<FixedCodes> barcodes = std::make_shared<FixedCodes>();
-  std::shared_ptr<test::FakeRectangleDetector> rectangles = std::make_shared<test::FakeRectangleDetector>();
+struct CommandRun : test::FakeParts {
   std::string input;
   std::vector<std::string> missing, broken;
   bool showsProgress = false;
@@ -68,7 +49,9 @@ struct CommandRun {
                                    .makePlatform =
                                        [this](const DefaultPlatformOptions& wanted) {
                                          options = wanted;
-                                         return platform();
+                                         Platform platform = makePlatform(std::make_shared<AsioDispatch>(2));
+                                         platform.imageCodec = std::make_shared<FakeCodec>();
+                                         return platform;
                                        },
                                    .missingModels = [this](const std::filesystem::path&) { return missing; },
                                    .brokenModels = [this](const std::filesystem::path&) { return broken; },
@@ -86,26 +69,9 @@ struct CommandRun {
     for (std::string line; std::getline(all, line);) answers.push_back(Json::parse(line));
     return answers;
   }
-
- private:
-  Platform platform() const {
-    Platform made;
-    made.imageCodec = std::make_shared<FakeCodec>();
-    made.imageRenderer = std::make_shared<test::FakeRenderer>();
-    made.rectangleDetector = rectangles;
-    made.textEngine = engine;
-    made.barcodeDetector = barcodes;
-    made.dispatch = std::make_shared<AsioDispatch>(2);
-    return made;
-  }
 };
 
-inline std::vector<RecognizedText> portraitSide() {
-  return {test::textBlock("姓名 张三", 0.2, 0.15), test::textBlock("性别 男 民族 汉", 0.25, 0.28),
-          test::textBlock("住址 北京市东城区景山前街4号", 0.3, 0.55),
-          test::textBlock("公民身份号码 11010119900307123X", 0.5, 0.88)};
-}
-
+using test::portraitSide;
 using test::TemporaryFolder;
 
 }  // namespace pravik::cli

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "apps/pravik/Annotation.h"
-#include "backends/json/Checks.h"
 #include "apps/pravik/Table.h"
+#include "backends/json/Checks.h"
 
 namespace pravik::cli {
 namespace {
@@ -20,15 +20,7 @@ TEST(Checks, theCheckCharacterFollowsTheStandard) {
 }
 
 TEST(Checks, theNumberIsComparedWithWhatIsPrinted) {
-  const IDCardFrontInfo agreeing{.name = {},
-                                 .gender = "女",
-                                 .ethnicity = {},
-                                 .birthDate = "1949年12月31日",
-                                 .birthYear = "1949",
-                                 .birthMonth = "12",
-                                 .birthDay = "31",
-                                 .address = {},
-                                 .idNumber = "11010519491231002X"};
+  const IDCardFrontInfo agreeing{"", "女", "", "1949年12月31日", "1949", "12", "31", "", "11010519491231002X"};
   EXPECT_EQ(checksOf(agreeing).dump(), R"({"checkDigit":true,"birthDateMatches":true,"genderMatches":true})");
   IDCardFrontInfo other = agreeing;
   other.gender = "男";
@@ -57,28 +49,27 @@ TEST(Table, widthsAreThoseOfATerminal) {
   EXPECT_EQ(padded("张三丰", 4), "张三丰");
 }
 
-TEST(Table, failedChecksStandBesideTheirFieldInOneColumn) {
-  const Answer answer{{"file", "a.jpg"},
-                      {"result", {{"gender", "男"}, {"idNumber", "110"}, {"endDate", nullptr}, {"isLongTerm", true}}},
-                      {"checks", {{"checkDigit", false}, {"genderMatches", false}, {"birthDateMatches", true}}}};
-  EXPECT_EQ(asTable(answer),
-            "a.jpg\n"
-            "  gender      男   ! differs from the identity number\n"
-            "  idNumber    110  ! the check character is wrong\n"
-            "  endDate     -\n"
-            "  isLongTerm  yes\n");
-}
-
-TEST(Table, errorsAreToldInWords) {
-  EXPECT_EQ(asTable(answerOf(OCRError::invalidImage(), "no such file")),
-            "  error   无效的图像，请提供有效的 UIImage\n"
-            "  reason  no such file\n");
-}
-
-TEST(Table, controlCharactersDoNotReachTheTerminal) {
-  EXPECT_EQ(asTable({{"result", {{"payload", "a\033[2Jb\nc\u009b"}}}}),
-            "  payload  a\uFFFD[2Jb\n"
-            "           c\uFFFD\n");
+TEST(Table, tellsAnAnswerInAlignedWords) {
+  const std::vector<std::pair<Answer, std::string>> cases{
+      {{{"file", "a.jpg"},
+        {"result", {{"gender", "男"}, {"idNumber", "110"}, {"endDate", nullptr}, {"isLongTerm", true}}},
+        {"checks", {{"checkDigit", false}, {"genderMatches", false}, {"birthDateMatches", true}}}},
+       "a.jpg\n"
+       "  gender      男   ! differs from the identity number\n"
+       "  idNumber    110  ! the check character is wrong\n"
+       "  endDate     -\n"
+       "  isLongTerm  yes\n"},
+      {{{"result", {{"cardNumber", "1"}}}, {"checks", {{"luhn", false}}}},
+       "  cardNumber  1  ! the check digit is wrong\n"},
+      {answerOf(OCRError::invalidImage(), "no such file"),
+       "  error   无效的图像，请提供有效的 UIImage\n"
+       "  reason  no such file\n"},
+      // Control characters do not reach the terminal.
+      {{{"result", {{"payload", "a\033[2Jb\nc\u009b"}}}},
+       "  payload  a\uFFFD[2Jb\n"
+       "           c\uFFFD\n"},
+  };
+  for (const auto& [answer, table] : cases) EXPECT_EQ(asTable(answer), table);
 }
 
 TEST(Annotation, aBlockBelongsToTheFieldThatItFed) {
