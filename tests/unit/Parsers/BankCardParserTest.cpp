@@ -1,10 +1,6 @@
 #include "Parsers/BankCardParser.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "CardPage.h"
 #include "Parsers/BankCardDetails.h"
@@ -37,11 +33,7 @@ TEST(BankCardParser, NeedsANumberAndKeepsTheRestWithoutOne) {
 }
 
 TEST(BankName, IsFoundInEveryWayThatACardTellsIt) {
-  struct Case {
-    std::string text;
-    std::optional<std::string> bank;
-  };
-  for (const auto& [text, bank] : std::vector<Case>{
+  for (const auto& [text, bank] : std::vector<std::pair<std::string, std::optional<std::string>>>{
            {"中國工商銀行", "中国工商银行"},
            {"中国邮政储蓄银行", "中国邮政储蓄银行"},
            {"某某农村商业银行", "农村商业银行"},
@@ -68,12 +60,7 @@ TEST(BankName, IsFoundInEveryWayThatACardTellsIt) {
 }
 
 TEST(CardType, IsToldByTheTextOrTheNumber) {
-  struct Case {
-    std::string text;
-    std::string number;
-    std::optional<CardType> type;
-  };
-  for (const auto& [text, number, type] : std::vector<Case>{
+  for (const auto& [text, number, type] : std::vector<std::tuple<std::string, std::string, std::optional<CardType>>>{
            {"借记卡 CREDIT", "", CardType::debit},
            {"Debit", "", CardType::debit},
            {"信用卡", "6222021234567890128", CardType::credit},
@@ -87,11 +74,7 @@ TEST(CardType, IsToldByTheTextOrTheNumber) {
 }
 
 TEST(CardholderName, IsInCapitalsAndNoWordOfTheCard) {
-  struct Case {
-    std::string text;
-    std::optional<std::string> name;
-  };
-  for (const auto& [text, name] : std::vector<Case>{
+  for (const auto& [text, name] : std::vector<std::pair<std::string, std::optional<std::string>>>{
            {"ZHANG SAN", "ZHANG SAN"},
            {"LI SI MIN", "LI SI MIN"},
            {"VALID THRU\nZHANG SAN\nVISA", "ZHANG SAN"},

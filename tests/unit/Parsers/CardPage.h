@@ -25,26 +25,14 @@ inline Observations page(const std::vector<std::string>& texts) {
 
 /// Texts that a broken or hostile engine might deliver.
 inline std::vector<std::string> hostileTexts() {
-  const auto repeated = [](const std::string& part) {
-    std::string text;
+  using namespace std::string_view_literals;
+  std::vector<std::string> texts{"", "姓名\xe5\xbc"};
+  for (const std::string_view part : {" "sv, "1"sv, "1 "sv, "20150301 "sv, "２０１５.０３."sv, "1990年 "sv, "姓，"sv,
+                                      "签发机关：有效期"sv, "住址\n"sv, "\u0301"sv, "𠀀"sv, "\xff"sv, "\0"sv}) {
+    std::string& text = texts.emplace_back();
     while (text.size() < 1'000'000) text += part;
-    return text;
-  };
-  return {"",
-          repeated(" "),
-          repeated("1"),
-          repeated("1 "),
-          repeated("20150301 "),
-          repeated("２０１５.０３."),
-          repeated("1990年 "),
-          repeated("姓，"),
-          repeated("签发机关：有效期"),
-          repeated("住址\n"),
-          repeated("\u0301"),
-          repeated("𠀀"),
-          repeated("\xff"),
-          repeated(std::string("\0", 1)),
-          "姓名\xe5\xbc"};
+  }
+  return texts;
 }
 
 }  // namespace pravik::test

@@ -1,11 +1,8 @@
 #include "Parsers/IDCardFrontParser.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
-#include <vector>
 
 #include "CardPage.h"
 #include "support/LogCapture.h"
@@ -41,11 +38,7 @@ TEST(IDCardFrontParser, ReadsAWholeCard) {
 }
 
 TEST(IDCardFrontParser, FindsTheCitizenNumber) {
-  struct Case {
-    std::string line;
-    std::string number;
-  };
-  for (const auto& [line, expected] : std::vector<Case>{
+  for (const auto& [line, expected] : std::vector<std::pair<std::string, std::string>>{
            {"公民身份号码" + number, number},
            {"110101199003071231", "110101199003071231"},
            {"110101 19900307 123X", number},
@@ -85,11 +78,8 @@ TEST(IDCardFrontParser, GivesUpWithoutANumberAndSaysWhatItFound) {
 }
 
 TEST(IDCardFrontParser, PrefersThePrintedBirthDate) {
-  struct Case {
-    std::string line;
-    std::string date;
-  };
-  for (const auto& [line, expected] : std::vector<Case>{{"出生 1991年12月30日", "1991年12月30日"},
+  for (const auto& [line, expected] :
+       std::vector<std::pair<std::string, std::string>>{{"出生 1991年12月30日", "1991年12月30日"},
                                                         {"出生1991年 1月 2日", "1991年01月02日"},
                                                         {"出生 １９９１年１月２日", "1991年01月02日"},
                                                         {"出生 1991年", "1990年03月07日"},
@@ -101,11 +91,7 @@ TEST(IDCardFrontParser, PrefersThePrintedBirthDate) {
 }
 
 TEST(IDCardFrontParser, FindsTheName) {
-  struct Case {
-    Lines lines;
-    std::string name;
-  };
-  for (const auto& [lines, expected] : std::vector<Case>{
+  for (const auto& [lines, expected] : std::vector<std::pair<Lines, std::string>>{
            {{"姓名 林晓岚"}, "林晓岚"},
            {{"姓名林晓岚"}, "林晓岚"},
            {{"姓 名：林晓岚 女"}, "林晓岚"},
@@ -121,18 +107,12 @@ TEST(IDCardFrontParser, FindsTheName) {
            {{"姓名 Lin", "性别 女"}, ""},
            {{"姓名", " "}, ""},
            {{"林"}, ""},
-       }) {
+       })
     EXPECT_EQ(parsed(lines).name, expected) << lines.front();
-  }
 }
 
 TEST(IDCardFrontParser, FindsGenderAndEthnicity) {
-  struct Case {
-    std::string line;
-    std::string gender;
-    std::string ethnicity;
-  };
-  for (const auto& [line, gender, ethnicity] : std::vector<Case>{
+  for (const auto& [line, gender, ethnicity] : std::vector<std::tuple<std::string, std::string, std::string>>{
            {"性别女民族汉", "女", "汉"},
            {"性别 男 民族 维吾尔", "男", "维吾尔"},
            {"性别 X 女 回", "女", "回"},
@@ -152,11 +132,7 @@ TEST(IDCardFrontParser, FindsGenderAndEthnicity) {
 }
 
 TEST(IDCardFrontParser, FindsTheAddressByItsLabel) {
-  struct Case {
-    Lines lines;
-    std::string address;
-  };
-  for (const auto& [lines, expected] : std::vector<Case>{
+  for (const auto& [lines, expected] : std::vector<std::pair<Lines, std::string>>{
            {{"住址 云浮市新平区", " 望江路 18号 ", "302室"}, "云浮市新平区望江路 18号302室"},
            {{"住址", "云浮市新平区"}, "云浮市新平区"},
            {{"佳址云浮市新平区"}, "云浮市新平区"},
@@ -165,17 +141,12 @@ TEST(IDCardFrontParser, FindsTheAddressByItsLabel) {
            {{"住址 云浮市", "110101 19900307 1231", "302室"}, "云浮市"},
            {{"佳址", "公民", "住址 云浮市"}, "云浮市"},
            {{"住址", "公民身份号码", "302室"}, ""},
-       }) {
+       })
     EXPECT_EQ(parsed(lines).address, expected) << lines.front();
-  }
 }
 
 TEST(IDCardFrontParser, FindsTheAddressBetweenTheLinesAroundIt) {
-  struct Case {
-    Observations card;
-    std::string address;
-  };
-  for (const auto& [card, expected] : std::vector<Case>{
+  for (const auto& [card, expected] : std::vector<std::pair<Observations, std::string>>{
            {{block("出生1990年3月7日", 0.1, 0.4), block("云浮市新平区", 0.2, 0.45), block("望江路18号", 0.2, 0.6),
              block(numberLine, 0.1, 0.7), block("背面", 0.1, 0.8)},
             "云浮市新平区望江路18号"},
@@ -183,9 +154,8 @@ TEST(IDCardFrontParser, FindsTheAddressBetweenTheLinesAroundIt) {
            {{block("林晓岚", 0.1, 0.2), block("云浮市", 0.1, 0.35), block(number, 0.1, 0.9)}, "云浮市"},
            {{block("1990年", 0.1, 0.1), block("住", 0.1, 0.2), block("址 云浮市", 0.1, 0.3), block(number, 0.1, 0.7)},
             "云浮市"},
-       }) {
+       })
     EXPECT_EQ(IDCardFrontParser().parse(card)->address, expected);
-  }
 }
 
 TEST(IDCardFrontParser, SurvivesHostileReadings) {
