@@ -1,10 +1,6 @@
 #include "Utils/RegexHelper.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace pravik {
 namespace {
@@ -13,12 +9,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(RegexHelper, MatchesInTheDialectOfThePatterns) {
-  struct Case {
-    std::string pattern;
-    std::string text;
-    bool matches;
-  };
-  for (const auto& [pattern, text, matches] : std::vector<Case>{
+  for (const auto& [pattern, text, matches] : std::vector<std::tuple<std::string, std::string, bool>>{
            {"b+", "abbc", true},
            {"a", "A", false},
            {".", "\n", false},
@@ -40,9 +31,8 @@ TEST(RegexHelper, MatchesInTheDialectOfThePatterns) {
             "\xe4\xb8"
             "b",
             true},
-       }) {
+       })
     EXPECT_EQ(RegexHelper::matches(pattern, text), matches) << pattern << " in " << text;
-  }
 }
 
 TEST(RegexHelper, CutsMatchesFromTheTextAsItIs) {

@@ -1,26 +1,18 @@
 #include "Utils/Text.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <array>
-#include <string>
-#include <vector>
 
 namespace pravik {
 namespace {
 
+using namespace std::string_view_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr std::string_view familyEmoji = "👩‍👧";
 constexpr std::string_view accented = "e\u0301";
-
-std::string repeated(std::string_view part, std::size_t times) {
-  std::string text;
-  for (std::size_t i = 0; i < times; ++i) text += part;
-  return text;
-}
 
 TEST(Text, CountsCharactersAsAReaderDoes) {
   const std::string text = "张𠀀" + std::string(accented) + std::string(familyEmoji) + "\r\n\xff";
@@ -30,11 +22,8 @@ TEST(Text, CountsCharactersAsAReaderDoes) {
 }
 
 TEST(Text, TrimsSpaceSeparatorsAndTabsButNotLineEnds) {
-  struct Case {
-    std::string text;
-    std::string trimmed;
-  };
-  for (const auto& [text, expected] : std::vector<Case>{{" \t\u3000\u00a0张 三\u2003 ", "张 三"},
+  for (const auto& [text, expected] :
+       std::vector<std::pair<std::string, std::string>>{{" \t\u3000\u00a0张 三\u2003 ", "张 三"},
                                                         {" \n张三\r\n ", "\n张三\r\n"},
                                                         {"\u200b张\u200b", "\u200b张\u200b"},
                                                         {" \t\u3000", ""},
@@ -70,10 +59,9 @@ TEST(Text, FindsAndReplacesParts) {
 
 TEST(Text, TakesLongAndBrokenText) {
   constexpr std::size_t length = 1'000'000;
-  for (const std::string_view part :
-       {std::string_view(" "), std::string_view("\u0301"), std::string_view("𠀀"), familyEmoji,
-        std::string_view("\xff"), std::string_view("\xf0\x9f"), std::string_view("\0", 1), std::string_view("🇨")}) {
-    const std::string text = repeated(part, length);
+  for (const std::string_view part : {" "sv, "\u0301"sv, "𠀀"sv, familyEmoji, "\xff"sv, "\xf0\x9f"sv, "\0"sv, "🇨"sv}) {
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i) text += part;
     std::size_t bytes = 0;
     for (const std::string_view character : characters(text)) bytes += character.size();
     EXPECT_EQ(bytes, text.size());
