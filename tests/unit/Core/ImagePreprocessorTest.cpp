@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 
 #include "support/Fakes.h"
 #include "support/Pictures.h"
@@ -60,6 +59,8 @@ struct Preprocessor {
 
 TEST(ImagePreprocessorStats, countStrictlyDarkAndBrightPixels) {
   Preprocessor p;
+  const Stats ordinary{0.5, 0.2, 0.2, 0.2};
+  EXPECT_EQ(p.preprocessor.analyzeImage(test::plainPicture(2, 2, 0, 0, 0)), ordinary) << "it could not be sampled";
   // A quarter each of black, 63 (below 0.25), 64 (above it) and 192 (above 0.75).
   constexpr std::uint8_t quarters[] = {0, 63, 64, 192};
   p.renderer->thumbnail = test::greyPicture(64, 64, [&](int x, int) { return quarters[x / 16]; });
@@ -67,11 +68,6 @@ TEST(ImagePreprocessorStats, countStrictlyDarkAndBrightPixels) {
   EXPECT_NEAR(stats.mean, (0 + 63 + 64 + 192) / 4.0 / 255, close);
   EXPECT_DOUBLE_EQ(stats.darkRatio, 0.5);
   EXPECT_DOUBLE_EQ(stats.brightRatio, 0.25);
-}
-
-TEST(ImagePreprocessorStats, areOrdinaryWhenThePictureCannotBeSampled) {
-  Preprocessor p;
-  EXPECT_EQ(p.preprocessor.analyzeImage(test::plainPicture(2, 2, 0, 0, 0)), (Stats{0.5, 0.2, 0.2, 0.2}));
 }
 
 TEST(ImagePreprocessorEnhancement, turnsThePhotoUprightAndAppliesThePresetOnce) {
@@ -105,14 +101,10 @@ TEST(ImagePreprocessorEnhancement, leavesOutOnlyTheVariantsThatFail) {
   EXPECT_EQ(variants[1].label, "ROI-提亮");
 }
 
-RectangleObservation rectangle(Quadrilateral corners, Rect box) {
-  return {corners, box, 0.9F};
-}
-
 /// A card turned a little: its corners are up to 0.1 away from those of its bounding box.
-RectangleObservation tiltedCard() {
-  return rectangle({{0.1, 0.8}, {0.8, 0.9}, {0.2, 0.1}, {0.9, 0.2}}, {0.1, 0.1, 0.8, 0.8});
-}
+const RectangleObservation tiltedCard{{{0.1, 0.8}, {0.8, 0.9}, {0.2, 0.1}, {0.9, 0.2}}, {0.1, 0.1, 0.8, 0.8}, 0.9F};
+const RectangleObservation aTenth{{{0.1, 0.4}, {0.3, 0.6}, {0.2, 0}, {0.35, 0.1}}, {0.1, 0, 0.25, 0.4}, 0.9F};
+const RectangleObservation wholeFrame{{{0, 1}, {1, 1}, {0, 0}, {1, 0}}, {0, 0, 1, 1}, 0.9F};
 
 TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausibleResult) {
   struct Case {
@@ -122,32 +114,30 @@ TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausible
     bool corrected;
   };
   const Case cases[] = {
-      {"tilted card", {tiltedCard()}, 600, 380, true},
+      {"tilted card", {tiltedCard}, 600, 380, true},
       {"no rectangle", {}, 600, 380, false},
-      {"covers a tenth",
-       {rectangle({{0.1, 0.4}, {0.3, 0.6}, {0.2, 0}, {0.35, 0.1}}, {0.1, 0, 0.25, 0.4})},
-       600,
-       380,
-       false},
-      {"square to the frame", {rectangle({{0, 1}, {1, 1}, {0, 0}, {1, 0}}, {0, 0, 1, 1})}, 600, 380, false},
-      {"portrait result", {tiltedCard()}, 400, 500, false},
-      {"result at the aspect's bound", {tiltedCard()}, 600, 500, true},
-      {"result too narrow", {tiltedCard()}, 249, 100, false},
+      {"covers a tenth", {aTenth}, 600, 380, false},
+      {"square to the frame", {wholeFrame}, 600, 380, false},
+      {"portrait result", {tiltedCard}, 400, 500, false},
+      {"result at the aspect's bound", {tiltedCard}, 600, 500, true},
+      {"result too narrow", {tiltedCard}, 249, 100, false},
   };
+  const Image photo{.bitmap = test::plainPicture(1000, 800, 0, 0, 0)};
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
     Preprocessor p;
     p.detector->rectangles = c.rectangles;
     p.renderer->rendered = [&](const Bitmap&) { return test::plainPicture(c.width, c.height, 0, 0, 0); };
-    EXPECT_EQ(
-        p.preprocessor.attemptPerspectiveCorrection({.bitmap = test::plainPicture(1000, 800, 0, 0, 0)}).has_value(),
-        c.corrected);
+    EXPECT_EQ(p.preprocessor.attemptPerspectiveCorrection(photo).has_value(), c.corrected) << c.what;
   }
+  Preprocessor broken;
+  broken.detector->fails = true;
+  EXPECT_FALSE(broken.preprocessor.attemptPerspectiveCorrection(photo));
+  EXPECT_FALSE(broken.preprocessor.attemptPerspectiveCorrection(Image{}));
 }
 
 TEST(PerspectiveCorrectionAttempt, handsTheCornersOverInPixelsFromTheLowerLeft) {
   Preprocessor p;
-  p.detector->rectangles = {tiltedCard()};
+  p.detector->rectangles = {tiltedCard};
   (void)p.preprocessor.attemptPerspectiveCorrection({.bitmap = test::plainPicture(1000, 500, 0, 0, 0)});
   ASSERT_EQ(p.renderer->filters.size(), 1U);
   const auto correction = std::get<PerspectiveCorrection>(p.renderer->filters[0].at(0));
@@ -155,13 +145,6 @@ TEST(PerspectiveCorrectionAttempt, handsTheCornersOverInPixelsFromTheLowerLeft) 
   EXPECT_NEAR(correction.corners.topLeft.y, 400, close);
   EXPECT_NEAR(correction.corners.bottomRight.x, 900, close);
   EXPECT_NEAR(correction.corners.bottomRight.y, 100, close);
-}
-
-TEST(PerspectiveCorrectionAttempt, goesOnWithoutADetectorThatFails) {
-  Preprocessor p;
-  p.detector->fails = true;
-  EXPECT_FALSE(p.preprocessor.attemptPerspectiveCorrection({.bitmap = test::plainPicture(100, 80, 0, 0, 0)}));
-  EXPECT_FALSE(p.preprocessor.attemptPerspectiveCorrection(Image{}));
 }
 
 TEST(CardNumberBand, isCutWhereTheCardCarriesItsNumber) {
