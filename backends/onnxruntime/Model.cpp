@@ -57,6 +57,8 @@ Ort::SessionOptions sessionOptions(int threadCount) {
   // Every picture has other sizes: a remembered memory plan would not fit the next one.
   options.DisableMemPattern();
   options.AddConfigEntry(kOrtSessionOptionsConfigUseEnvAllocators, "1");
+  // Threads that spin while they wait take the core from all others that have work, and gain nothing.
+  options.AddConfigEntry(kOrtSessionOptionsConfigAllowIntraOpSpinning, "0");
   return options;
 }
 

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int largestCount = 100'000'000;
+constexpr int wrongUsage = 2;
 
 int soak(int argumentCount, char** arguments) {
   CLI::App app("Lets Pravik work for long in one process and shows that its memory stays flat.", "pravik-soak");
@@ -29,7 +30,11 @@ int soak(int argumentCount, char** arguments) {
       "scanner", "Run the live scanner: half of the time before an empty desk, half of it reading card after card.");
   scanner.add_option("MINUTES", minutes, "Minutes of stream time (60)")->check(CLI::PositiveNumber);
 
-  CLI11_PARSE(app, argumentCount, arguments);
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : wrongUsage;
+  }
   if (recognitions.parsed()) return pravik::bench::soakRecognitions(load) ? 0 : 1;
   pravik::bench::soakScanner(minutes);
   return 0;
@@ -43,6 +48,6 @@ int main(int argumentCount, char** arguments) {
     return soak(argumentCount, arguments);
   } catch (const std::exception& error) {
     std::cerr << "pravik-soak: " << error.what() << '\n';
-    return 2;
+    return wrongUsage;
   }
 }
