@@ -103,20 +103,13 @@ TEST(ScannerWindow, saysWhyACameraCannotBeUsed) {
 }
 
 TEST(ScannerSettings, readsArgumentsAndRefusesUnknownOnes) {
-  std::ostringstream out;
-  std::ostringstream err;
-  const auto read =
-      readSettings({"--mode", "idCardBack", "--camera", "1", "--loop", "--mode-switch", "--json"}, out, err);
+  std::ostringstream out, err;
+  const auto read = readSettings({"--mode", "idCardBack", "--camera", "1", "--loop"}, out, err);
   const auto& settings = std::get<ScannerSettings>(read);
-  EXPECT_EQ(settings.mode, OCRScanMode::idCardBack);
-  EXPECT_EQ(settings.camera, "1");
-  EXPECT_TRUE(settings.loops && settings.showsModeSwitch && settings.writesJson);
+  EXPECT_TRUE(settings.mode == OCRScanMode::idCardBack && settings.camera == "1" && settings.loops);
   for (const std::vector<std::string>& wrong :
-       {std::vector<std::string>{"--mode", "passport"}, {"--mode", "0"}, {"--camera"}, {"extra"}}) {
+       {std::vector<std::string>{"--mode", "passport"}, {"--mode", "0"}, {"--camera"}, {"extra"}})
     EXPECT_EQ(std::get<int>(readSettings(wrong, out, err)), 2) << wrong[0];
-    EXPECT_FALSE(std::exchange(err, std::ostringstream()).str().empty()) << wrong[0];
-  }
-  EXPECT_EQ(std::get<int>(readSettings({"--help"}, out, err)), 0);
 }
 
 }  // namespace

@@ -21,38 +21,26 @@ void lay(cv::Mat& desk, const cv::Mat& flat, const cv::Mat& mask, const CardCorn
   cv::Mat seen, share;
   cv::warpPerspective(flat, seen, transform, desk.size(), cv::INTER_AREA, cv::BORDER_REPLICATE);
   cv::warpPerspective(mask, share, transform, desk.size(), cv::INTER_AREA);
-  for (int y = 0; y < desk.rows; ++y) {
-    for (int x = 0; x < desk.cols; ++x) {
-      const double weight = share.ptr(y)[x] / 255.0;
-      auto& pixel = desk.at<cv::Vec3b>(y, x);
-      const auto& laid = seen.at<cv::Vec3b>(y, x);
-      for (int c = 0; c < 3; ++c) pixel[c] = cv::saturate_cast<std::uint8_t>(pixel[c] + weight * (laid[c] - pixel[c]));
-    }
-  }
+  cv::cvtColor(share, share, cv::COLOR_GRAY2BGR);
+  cv::multiply(seen, share, seen, 1.0 / 255);
+  cv::multiply(desk, ~share, desk, 1.0 / 255);
+  desk += seen;
 }
 
 cv::Mat roundedMask(cv::Size size, int radius) {
   cv::Mat mask = cv::Mat::zeros(size, CV_8UC1);
-  const cv::Scalar white(255);
-  cv::rectangle(mask, {radius, 0}, {size.width - 1 - radius, size.height - 1}, white, cv::FILLED);
-  cv::rectangle(mask, {0, radius}, {size.width - 1, size.height - 1 - radius}, white, cv::FILLED);
-  for (const int x : {radius, size.width - 1 - radius})
-    for (const int y : {radius, size.height - 1 - radius}) cv::circle(mask, {x, y}, radius, white, cv::FILLED);
+  const cv::Point corner(radius, radius), opposite(size.width - 1 - radius, size.height - 1 - radius);
+  cv::rectangle(mask, corner, opposite, 255, cv::FILLED);
+  cv::rectangle(mask, corner, opposite, 255, 2 * radius);  // thick lines end round
   return mask;
 }
 
-/// Rows of short strokes, as print looks from far away; the numbers are shares of the size.
-void print(cv::Mat& flat, double left, double right, double top, double bottom, double pitch, const cv::Scalar& ink) {
-  for (double y = top; y < bottom; y += pitch) {
-    double x = left;
-    for (int word = 0; x < right; ++word) {
-      const double length = 0.02 + 0.017 * (word * 7 % 5);
-      const cv::Point from(cvRound(x * flat.cols), cvRound(y * flat.rows));
-      const cv::Point to(cvRound(std::min(right, x + length) * flat.cols), cvRound((y + 0.35 * pitch) * flat.rows));
-      cv::rectangle(flat, from, to, ink, cv::FILLED);
-      x += length + 0.014;
-    }
-  }
+/// Rows of words, as print looks from far away.
+void print(cv::Mat& flat) {
+  const int word = flat.cols / 20, line = flat.rows / 10;
+  for (int y = line; y < 8 * line; y += line)
+    for (int x = word; x < 12 * word; x += word + word / 2 + y % 7)
+      cv::rectangle(flat, {x, y, word, line / 3}, {90, 60, 50}, cv::FILLED);
 }
 
 }  // namespace
@@ -68,8 +56,7 @@ Desk::Desk(int width, int height, cv::Scalar color) : picture_(height, width, CV
 
 Desk& Desk::card(const CardCorners& corners, cv::Scalar color) {
   cv::Mat flat(cvRound(53.98 * scale), cvRound(85.60 * scale), CV_8UC3, color);
-  print(flat, 0.07, 0.6, 0.1, 0.75, 0.11, {90, 60, 50});
-  print(flat, 0.35, 0.9, 0.82, 0.88, 0.11, {30, 30, 30});
+  print(flat);
   cv::ellipse(flat, {cvRound(0.8 * flat.cols), cvRound(0.42 * flat.rows)}, {90, 120}, 0, 0, 360, {80, 90, 120},
               cv::FILLED);
   const cv::Mat mask = roundedMask(flat.size(), cvRound(3.18 * scale));
@@ -87,13 +74,11 @@ Desk& Desk::card(const CardCorners& corners, cv::Scalar color) {
 
 Desk& Desk::stripes(double pitch, double degrees, cv::Scalar color) {
   const double angle = degrees * CV_PI / 180;
+  const cv::Vec3d half = cv::Vec3d(color[0], color[1], color[2]) / 2;
   for (int y = 0; y < picture_.rows; ++y)
     for (int x = 0; x < picture_.cols; ++x)
       if (std::fmod(1e5 + x * std::cos(angle) + y * std::sin(angle), pitch) < pitch / 3)
-        for (int c = 0; c < 3; ++c) {
-          std::uint8_t& value = picture_.at<cv::Vec3b>(y, x)[c];
-          value = static_cast<std::uint8_t>((value + color[c]) / 2);
-        }
+        picture_.at<cv::Vec3b>(y, x) = cv::Vec3d(picture_.at<cv::Vec3b>(y, x)) / 2 + half;
   return *this;
 }
 
@@ -109,13 +94,7 @@ Desk& Desk::clutter(int lines) {
 }
 
 Desk& Desk::light(double darkest) {
-  for (int y = 0; y < picture_.rows; ++y) {
-    for (int x = 0; x < picture_.cols; ++x) {
-      auto& pixel = picture_.at<cv::Vec3b>(y, x);
-      const double share = 1 + (darkest - 1) * x / picture_.cols;
-      for (int c = 0; c < 3; ++c) pixel[c] = cv::saturate_cast<std::uint8_t>(pixel[c] * share);
-    }
-  }
+  for (int x = 0; x < picture_.cols; ++x) picture_.col(x) *= 1 + (darkest - 1) * x / picture_.cols;
   return *this;
 }
 

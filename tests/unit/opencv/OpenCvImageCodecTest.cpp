@@ -7,14 +7,15 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "SmallFiles.h"
 #include "backends/opencv/Mat.h"
+#include "support/TemporaryFolder.h"
 
 namespace pravik {
 namespace {
@@ -22,17 +23,18 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Color = std::array<int, 3>;  // blue, green, red
 
+const std::vector<int> jpegQuality = {cv::IMWRITE_JPEG_QUALITY, 98};
 constexpr Color red = {40, 40, 200}, green = {40, 200, 40}, blue = {200, 40, 40}, white = {255, 255, 255};
 
 /// A picture of four quarters: red and green above, blue and white below.
-cv::Mat quarters(int width = 48, int height = 32) {
+cv::Mat quarters() {
+  constexpr int width = 48, height = 32;
   cv::Mat picture(height, width, CV_8UC3);
-  for (int y = 0; y < height; ++y) {
+  for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) {
       const Color& color = y < height / 2 ? (x < width / 2 ? red : green) : (x < width / 2 ? blue : white);
-      for (int c = 0; c < 3; ++c) picture.ptr(y, x)[c] = static_cast<std::uint8_t>(color[static_cast<std::size_t>(c)]);
+      picture.at<cv::Vec3b>(y, x) = cv::Vec3i(color.data());
     }
-  }
   return picture;
 }
 
@@ -43,14 +45,17 @@ Bytes fileOf(const cv::Mat& picture, const char* extension, const std::vector<in
 }
 
 Bitmap decoded(std::span<const std::uint8_t> file) {
-  const Image image = OpenCvImageCodec().decode(file);
-  EXPECT_EQ(image.orientation, ImageOrientation::up);
-  return image.bitmap.value();
+  return OpenCvImageCodec().decode(file).bitmap.value();
 }
 
-std::string errorOf(std::span<const std::uint8_t> file) {
+/// Why bytes cannot be decoded or a file cannot be loaded.
+template <class Source>
+std::string errorOf(const Source& source) {
   try {
-    OpenCvImageCodec().decode(file);
+    if constexpr (std::is_convertible_v<Source, std::filesystem::path>)
+      OpenCvImageCodec().load(source);
+    else
+      OpenCvImageCodec().decode(source);
   } catch (const std::runtime_error& error) {
     return error.what();
   }
@@ -63,6 +68,15 @@ void expectColor(const Bitmap& bitmap, int x, int y, const Color& expected, cons
   for (int c = 0; c < 3; ++c)
     EXPECT_NEAR(pixel[c], expected[static_cast<std::size_t>(c)], 6) << what << " channel " << c;
   EXPECT_EQ(pixel[3], 255) << what;
+}
+
+/// The colours at the top left, top right, bottom left and bottom right.
+void expectCorners(const Bitmap& bitmap, const std::array<Color, 4>& expected, const std::string& what) {
+  const int right = bitmap.width() - 5, bottom = bitmap.height() - 5;
+  expectColor(bitmap, 4, 4, expected[0], what);
+  expectColor(bitmap, right, 4, expected[1], what);
+  expectColor(bitmap, 4, bottom, expected[2], what);
+  expectColor(bitmap, right, bottom, expected[3], what);
 }
 
 /// The file with an Exif segment that holds nothing but the orientation, behind the start marker.
@@ -84,89 +98,40 @@ Bytes shortened(Bytes file, double share) {
   return file;
 }
 
-/// A directory that goes away with the test.
-class Folder {
- public:
-  Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "pravik-codec-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::filesystem::path write(const char* name, const Bytes& bytes) const {
-    std::ofstream(path_ / name, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return path_ / name;
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
-std::string loadErrorOf(const std::filesystem::path& path) {
-  try {
-    OpenCvImageCodec().load(path);
-  } catch (const std::runtime_error& error) {
-    return error.what();
-  }
-  return "no error";
-}
-
 TEST(OpenCvImageCodec, decodesEveryFormatToOpaqueColours) {
-  const std::pair<const char*, Bytes> files[] = {
-      {"JPEG", fileOf(quarters(), ".jpg", {cv::IMWRITE_JPEG_QUALITY, 98})},
-      {"progressive JPEG", fileOf(quarters(), ".jpg", {cv::IMWRITE_JPEG_QUALITY, 98, cv::IMWRITE_JPEG_PROGRESSIVE, 1})},
-      {"PNG", fileOf(quarters(), ".png")},
-      {"BMP", fileOf(quarters(), ".bmp")},
-      {"WebP", fileOf(quarters(), ".webp")},
-      {"TIFF", fileOf(quarters(), ".tiff")},
-  };
-  for (const auto& [name, file] : files) {
+  for (const char* extension : {".jpg", ".png", ".bmp", ".webp", ".tiff"}) {
+    const Bytes file = fileOf(quarters(), extension, jpegQuality);
     const Bitmap bitmap = decoded(file);
-    ASSERT_EQ(bitmap.width(), 48) << name;
-    ASSERT_EQ(bitmap.height(), 32) << name;
-    expectColor(bitmap, 8, 8, red, name);
-    expectColor(bitmap, 40, 8, green, name);
-    expectColor(bitmap, 8, 24, blue, name);
-    expectColor(bitmap, 40, 24, white, name);
+    ASSERT_EQ(bitmap.width(), 48) << extension;
+    ASSERT_EQ(bitmap.height(), 32) << extension;
+    expectCorners(bitmap, {red, green, blue, white}, extension);
   }
 }
 
 TEST(OpenCvImageCodec, turnsRareKindsOfPixelsIntoColours) {
-  expectColor(decoded(fileOf(cv::Mat(4, 4, CV_16UC1, cv::Scalar(40'000)), ".png")), 1, 1, {156, 156, 156},
-              "16-bit grey");
-  expectColor(decoded(fileOf(cv::Mat(4, 4, CV_16UC4, cv::Scalar(0, 0, 0, 32'896)), ".png")), 1, 1, {127, 127, 127},
-              "16-bit, half transparent");
-  expectColor(decoded(fileOf(cv::Mat(4, 4, CV_8UC1, cv::Scalar(99)), ".jpg")), 1, 1, {99, 99, 99}, "grey JPEG");
-  expectColor(decoded(fileOf(cv::Mat(1, 1, CV_8UC1, cv::Scalar(7)), ".png")), 0, 0, {7, 7, 7}, "a single pixel");
-  expectColor(decoded(fileOf(cv::Mat(4, 4, CV_8UC4, cv::Scalar(0, 0, 0, 0)), ".png")), 1, 1, white, "transparent");
+  const auto plain = [](int type, const cv::Scalar& value, const char* extension = ".png") {
+    return decoded(fileOf(cv::Mat(4, 4, type, value), extension));
+  };
+  expectColor(plain(CV_16UC1, 40'000), 1, 1, {156, 156, 156}, "16-bit grey");
+  expectColor(plain(CV_16UC4, {0, 0, 0, 32'896}), 1, 1, {127, 127, 127}, "16-bit, half transparent");
+  expectColor(plain(CV_8UC1, 99, ".jpg"), 1, 1, {99, 99, 99}, "grey JPEG");
   expectColor(decoded(test::palettePng), 0, 0, red, "opaque entry of a palette");
   expectColor(decoded(test::palettePng), 1, 0, white, "transparent entry of a palette");
   expectColor(decoded(test::cmykJpeg), 4, 4, {0, 0, 254}, "four printing colours");
 }
 
 TEST(OpenCvImageCodec, turnsPicturesUprightAsTheExifTagSays) {
-  const Bytes file = fileOf(quarters(), ".jpg", {cv::IMWRITE_JPEG_QUALITY, 98});
-  // The colours of the upright picture: top left, top right, bottom left, bottom right.
+  const Bytes file = fileOf(quarters(), ".jpg", jpegQuality);
   const std::array<Color, 4> expected[] = {
       {red, green, blue, white}, {green, red, white, blue}, {white, blue, green, red}, {blue, white, red, green},
       {red, blue, green, white}, {blue, red, white, green}, {white, green, blue, red}, {green, white, red, blue},
   };
   for (std::uint8_t orientation = 1; orientation <= 8; ++orientation) {
     const Bitmap bitmap = decoded(withOrientation(file, orientation));
-    const std::string what = "orientation " + std::to_string(orientation);
-    const int right = bitmap.width() - 5, bottom = bitmap.height() - 5;
-    EXPECT_EQ(bitmap.width(), orientation <= 4 ? 48 : 32) << what;
-    const auto& colors = expected[orientation - 1];
-    expectColor(bitmap, 4, 4, colors[0], what);
-    expectColor(bitmap, right, 4, colors[1], what);
-    expectColor(bitmap, 4, bottom, colors[2], what);
-    expectColor(bitmap, right, bottom, colors[3], what);
+    EXPECT_EQ(bitmap.width(), orientation <= 4 ? 48 : 32);
+    expectCorners(bitmap, expected[orientation - 1], "orientation " + std::to_string(orientation));
   }
-  expectColor(decoded(withOrientation(file, 9)), 4, 4, red, "an orientation that does not exist");
+  expectCorners(decoded(withOrientation(file, 9)), expected[0], "an orientation that does not exist");
 }
 
 TEST(OpenCvImageCodec, refusesWhatIsNoWholePicture) {
@@ -184,7 +149,6 @@ TEST(OpenCvImageCodec, refusesWhatIsNoWholePicture) {
       {"progressive JPEG cut in its pixels",
        shortened(fileOf(quarters(), ".jpg", {cv::IMWRITE_JPEG_PROGRESSIVE, 1}), 0.9), "the file is truncated"},
       {"PNG cut", shortened(png, 0.9), "the file is truncated"},
-      {"BMP cut", shortened(fileOf(quarters(), ".bmp"), 0.9), "the file is truncated"},
       {"WebP cut", shortened(fileOf(quarters(), ".webp"), 0.9), "the file is truncated"},
       {"TIFF cut", shortened(fileOf(quarters(), ".tiff"), 0.5), "the file is truncated"},
       {"PNG with a wrong byte", patched(png, png.size() / 2, {static_cast<std::uint8_t>(~png[png.size() / 2])}),
@@ -200,46 +164,32 @@ TEST(OpenCvImageCodec, refusesPicturesThatAreTooLargeBeforeDecodingThem) {
   const Bytes side = {0, 0, 0x4E, 0x20};  // 20,000
   const Bytes png = patched(patched(fileOf(quarters(), ".png"), 16, side), 20, side);
   EXPECT_THAT(errorOf(png), testing::HasSubstr("too large: 20000 x 20000 pixels"));
-
   const Bytes bmp = patched(fileOf(quarters(), ".bmp"), 18, {0xFF, 0xFF, 0xFF, 0x7F, 0xFF, 0xFF, 0xFF, 0x7F});
   EXPECT_NE(errorOf(bmp), "no error");
-
   const Bytes large(static_cast<std::size_t>(maximumPictureFileBytes) + 1, 0xFF);
   EXPECT_THAT(errorOf(large), testing::HasSubstr("at most 64 MiB"));
 }
 
 TEST(OpenCvImageCodec, saysWhyAFileCannotBeLoaded) {
-  const Folder folder;
-  EXPECT_EQ(loadErrorOf(folder.path() / "absent.jpg"), "no such file");
-  EXPECT_EQ(loadErrorOf(folder.path()), "is a directory");
-  EXPECT_EQ(loadErrorOf(folder.write("empty.jpg", {})), "the file is empty");
-
+  const test::TemporaryFolder folder;
+  EXPECT_EQ(errorOf(folder.path() / "absent.jpg"), "no such file");
+  EXPECT_EQ(errorOf(folder.path()), "is a directory");
+  EXPECT_EQ(errorOf(folder.write("empty.jpg", "")), "the file is empty");
   const std::filesystem::path pipe = folder.path() / "pipe.jpg";
   ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
-  EXPECT_EQ(loadErrorOf(pipe), "not a regular file");
+  EXPECT_EQ(errorOf(pipe), "not a regular file");
 
-  const std::filesystem::path sealed = folder.write("sealed.png", fileOf(quarters(), ".png"));
-  if (geteuid() != 0) {
-    std::filesystem::permissions(sealed, std::filesystem::perms::none);
-    EXPECT_THAT(loadErrorOf(sealed), testing::HasSubstr("cannot be read"));
-  } else {
-    EXPECT_EQ(loadErrorOf(sealed), "no error");
-  }
+  const std::string sealed = folder.write("sealed.png", "a picture");
+  std::filesystem::permissions(sealed, std::filesystem::perms::none);
+  if (geteuid() == 0) GTEST_SKIP() << "everything is permitted to root";
+  EXPECT_THAT(errorOf(sealed), testing::HasSubstr("cannot be read"));
 }
 
 TEST(OpenCvImageCodec, writesWhatItReads) {
   const OpenCvImageCodec codec;
-  const Bitmap bitmap = decoded(fileOf(quarters(), ".png"));
-  const Bitmap part = bitmap.crop({.x = 20, .y = 10, .width = 28, .height = 22});
-  for (const ImageFileFormat format : {ImageFileFormat::png, ImageFileFormat::jpeg}) {
-    const Bitmap again = decoded(codec.encode(part, format));
-    ASSERT_EQ(again.width(), 28);
-    ASSERT_EQ(again.height(), 22);
-    expectColor(again, 20, 1, green, "top right");
-    expectColor(again, 20, 18, white, "bottom right");
-  }
-  const Bitmap grey = toBitmap(cv::Mat(5, 6, CV_8UC1, cv::Scalar(77)));
-  expectColor(decoded(codec.encode(grey, ImageFileFormat::png)), 2, 2, {77, 77, 77}, "grey");
+  const Bitmap part = decoded(fileOf(quarters(), ".png")).crop({.x = 8, .y = 4, .width = 36, .height = 24});
+  for (const ImageFileFormat format : {ImageFileFormat::png, ImageFileFormat::jpeg})
+    expectCorners(decoded(codec.encode(part, format)), {red, green, blue, white}, "written");
   const Bitmap endless = toBitmap(cv::Mat(1, 70'000, CV_8UC1, cv::Scalar(0)));
   EXPECT_THROW(codec.encode(endless, ImageFileFormat::jpeg), std::runtime_error);
 }
