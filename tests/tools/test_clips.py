@@ -36,35 +36,27 @@ def may_be_photographed(picture):
 
 
 class StoryTest(unittest.TestCase):
-    def test_of_every_plot(self):
+    def test_the_last_card_of_every_plot_is_held_still_to_the_end(self):
         for variant in story.PLOTS:
             for seed in range(30):
                 with self.subTest(variant=variant, seed=seed):
                     told = story.tell(variant, np.random.default_rng(seed))
-                    self.the_last_card_is_held_still_to_the_end(told)
-                    self.a_card_that_is_taken_away_is_not_still_for_long_enough(variant, told)
-                    self.bad_light_clears(variant, told)
+                    self.assertEqual(told.clear is not None, variant in ("glare", "dark"))
+                    self.assertGreater(told.seconds, max(told.still, told.clear or 0) + 2 * STABLE_SECONDS)
+                    moments = np.arange(told.still, told.seconds, 0.1)
+                    seen = [camera.project(told.hand.movement(time), FRAME) for time in moments]
+                    self.assertLess(np.abs(np.diff(seen, axis=0)).max(), 0.006)
+                    self.assertEqual({told.card(time) for time in moments}, {(told.cards - 1, (0, 0))})
 
-    def the_last_card_is_held_still_to_the_end(self, told):
-        self.assertGreater(told.seconds, max(told.still, told.clear or 0) + 2 * STABLE_SECONDS)
-        moments = np.arange(told.still, told.seconds, 0.1)
-        seen = [camera.project(told.hand.movement(time), FRAME) for time in moments]
-        self.assertLess(np.abs(np.diff(seen, axis=0)).max(), 0.006)
-        self.assertEqual({told.card(time) for time in moments}, {(told.cards - 1, (0, 0))})
-
-    def a_card_that_is_taken_away_is_not_still_for_long_enough(self, variant, told):
-        self.assertEqual(len(told.showings), 2 if variant in ("removed", "second") else 1)
-        for shown, after in zip(told.showings, told.showings[1:]):
-            moments = np.arange(shown.start, shown.gone, 0.01)
-            places = np.array([shown.place(time) for time in moments])
-            slow = moments[10:][np.hypot(*(places[10:] - places[:-10]).T) < 0.1]
-            self.assertLess(np.ptp(slow), STABLE_SECONDS)
-            self.assertIsNone(told.card((shown.gone + after.start) / 2))
-
-    def bad_light_clears(self, variant, told):
-        self.assertEqual(told.clear is not None, variant in ("glare", "dark"))
-        if told.clear:
-            self.assertEqual((told.glare(told.clear), told.exposure(told.clear)), (0, 1))
+    def test_a_card_that_is_taken_away_is_not_still_for_long_enough(self):
+        for variant in ("removed", "second"):
+            for seed in range(30):
+                with self.subTest(variant=variant, seed=seed):
+                    shown, _ = story.tell(variant, np.random.default_rng(seed)).showings
+                    moments = np.arange(shown.start, shown.gone, 0.01)
+                    places = np.array([shown.place(time) for time in moments])
+                    slow = moments[10:][np.hypot(*(places[10:] - places[:-10]).T) < 0.1]
+                    self.assertLess(np.ptp(slow), STABLE_SECONDS)
 
 
 class FilmTest(unittest.TestCase):

@@ -25,6 +25,10 @@ using testing::HasSubstr;
 
 const std::string models = defaultModelDirectory().string();
 
+TextBox boxAt(float left, float top, float width = 50, float height = 20) {
+  return {{{{left, top}, {left + width, top}, {left + width, top + height}, {left, top + height}}}, .9F};
+}
+
 TEST(CtcDecoderTest, takesRunsOnceAndSplitsThemAtBlanks) {
   // Three classes: blank, a, b. The steps say a a blank a b.
   const std::vector<float> steps{.1F, .8F, .1F, .0F, .9F, .1F, .9F, .1F, .0F, .3F, .7F, .0F, .2F, .2F, .6F};
@@ -50,8 +54,7 @@ TEST(ReadingTextTest, putsSpacesWhereLettersStandApartAndMakesSpellingsOne) {
 
 TEST(WordJoiningTest, joinsLatinBlocksThatStandBesideEachOther) {
   const auto line = [](const char* text, float left, float top, float width, float height = 20) {
-    return ReadLine{{{{{left, top}, {left + width, top}, {left + width, top + height}, {left, top + height}}}, .9F},
-                    {text, .9F}};
+    return ReadLine{boxAt(left, top, width, height), {text, .9F}};
   };
   const auto texts = [](const std::vector<ReadLine>& lines) {
     std::vector<std::string> list;
@@ -132,15 +135,14 @@ TEST(SecondLookTest, votesForEachCharacterWhenNoReadingRepeats) {
 }
 
 TEST(TextBoxTest, keepsTheLineWhenTurnedAndGrowsByItsHeight) {
-  const TextBox box{{{{10, 10}, {110, 10}, {110, 30}, {10, 30}}}, 1};
+  const TextBox box = boxAt(10, 10, 100, 20);
   EXPECT_EQ(turned(box).corners[0], cv::Point2f(110, 30));
   EXPECT_EQ(turned(box).corners[1], cv::Point2f(10, 30));
   EXPECT_EQ(withMargin(box, 0.5F).corners[2], cv::Point2f(120, 40));
 }
 
 TEST(ReadingOrderTest, goesByRowsAndThenFromTheLeft) {
-  const auto box = [](float x, float y) { return TextBox{{{{x, y}, {x + 50, y}, {x + 50, y + 20}, {x, y + 20}}}, 1}; };
-  std::vector<TextBox> boxes{box(100, 4), box(0, 60), box(0, 0)};
+  std::vector<TextBox> boxes{boxAt(100, 4), boxAt(0, 60), boxAt(0, 0)};
   sortInReadingOrder(boxes);
   EXPECT_EQ(boxes[0].corners[0], cv::Point2f(0, 0));
   EXPECT_EQ(boxes[1].corners[0], cv::Point2f(100, 4));

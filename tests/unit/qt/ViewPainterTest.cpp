@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Button.h"
 #include "Platform/Label.h"
 #include "Platform/ShapeLayer.h"
 #include "support/FakeCamera.h"
@@ -77,11 +76,11 @@ TEST(ViewPainter, fillsThePreviewWithTheMiddleOfThePicture) {
   EXPECT_EQ(canvas.at(50, 30), "ff0000") << "the next picture";
 }
 
-TEST(ViewPainter, drawsTextAndSymbolsInsideTheirFrames) {
-  const auto isBlank = [](const Canvas& canvas, const QRect& area) {
-    QImage white(area.size(), canvas.picture.format());
+TEST(ViewPainter, cutsTextOffAtItsFrame) {
+  const auto isBlank = [](const QImage& picture) {
+    QImage white(picture.size(), picture.format());
     white.fill(Qt::white);
-    return canvas.picture.copy(area) == white;
+    return picture == white;
   };
   Label label;
   label.frame = {10, 10, 80, 20};
@@ -89,18 +88,9 @@ TEST(ViewPainter, drawsTextAndSymbolsInsideTheirFrames) {
   label.textColor = colors::black;
   Canvas canvas;
   canvas.draw(label);
-  EXPECT_FALSE(isBlank(canvas, {12, 10, 76, 20}));
-  EXPECT_TRUE(isBlank(canvas, {0, 0, 8, 60}) && isBlank(canvas, {92, 0, 8, 60})) << "too long a text is cut off";
-
-  for (const char* icon : {"xmark", "photo", "camera.fill", "flashlight.off.fill", "flashlight.on.fill"}) {
-    Button button;
-    button.frame = {28, 8, 44, 44};
-    button.icon = icon;
-    button.tintColor = colors::black;
-    canvas.draw(button);
-    EXPECT_FALSE(isBlank(canvas, {38, 18, 24, 24})) << icon;
-    EXPECT_TRUE(isBlank(canvas, {0, 0, 36, 60})) << icon;
-  }
+  EXPECT_FALSE(isBlank(canvas.picture.copy(12, 10, 76, 20)));
+  EXPECT_TRUE(isBlank(canvas.picture.copy(0, 0, 8, 60)));
+  EXPECT_TRUE(isBlank(canvas.picture.copy(92, 0, 8, 60)));
 }
 
 }  // namespace
