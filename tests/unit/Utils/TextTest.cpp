@@ -58,7 +58,7 @@ TEST(Text, FindsAndReplacesParts) {
 }
 
 TEST(Text, TakesLongAndBrokenText) {
-  constexpr std::size_t length = 1'000'000;
+  constexpr std::size_t length = 200'000;
   for (const std::string_view part : {" "sv, "\u0301"sv, "𠀀"sv, familyEmoji, "\xff"sv, "\xf0\x9f"sv, "\0"sv, "🇨"sv}) {
     std::string text;
     for (std::size_t i = 0; i < length; ++i) text += part;
