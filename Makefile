@@ -68,6 +68,7 @@ test-arm64:
 	$(call build-preset,arm64,all)
 	@ctest --test-dir build/arm64 --output-on-failure -j$(JOBS)
 
+# Not part of .ci/run: it compiles everything a fourth time for a figure that moves slowly.
 # Listing the tests, as the build does, counts lines too; and counts of an older build do not fit a newer one.
 forget-counts = find build/coverage -name '*.gcda' -delete 2>/dev/null || true
 coverage: setup
