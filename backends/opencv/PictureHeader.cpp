@@ -72,6 +72,8 @@ PictureHeader readJpeg(std::span<const std::uint8_t> file) {
     const std::size_t length = bytes.u16(at + 2);
     const bool frame = code >= 0xC0 && code <= 0xCF && code != 0xC4 && code != 0xC8 && code != 0xCC;
     if (frame) {
+      // A decoder reads the first frame only; the size of another would hide that of the first.
+      if (header.width > 0) refuse("the picture is damaged");
       header.height = bytes.u16(at + 5);
       header.width = bytes.u16(at + 7);
     } else if (code == 0xE1 && bytes.matches(at + 4, "Exif\0\0"sv) && length >= 8) {

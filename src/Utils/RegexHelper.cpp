@@ -52,9 +52,9 @@ class Search {
   /// Goes on to the next match; false when there is none or the search failed.
   bool next() { return isReady() && matcher_->find(status_) && U_SUCCESS(status_); }
 
-  /// The text with every match replaced; the text itself when the search failed.
+  /// The text with every match replaced; the text itself, to the byte, without a match or when the search failed.
   std::string replaceAll(std::string_view replacement) {
-    if (!isReady()) return std::string(text_);
+    if (!next()) return std::string(text_);
     const icu::UnicodeString result = matcher_->replaceAll(icu::UnicodeString::fromUTF8(replacement), status_);
     std::string replaced;
     return U_SUCCESS(status_) ? result.toUTF8String(replaced) : std::string(text_);
