@@ -380,7 +380,10 @@ std::optional<ExtractedCardNumber> repaired(std::span<const Candidate> candidate
       {luhnDigitRemovalFix, "Luhn删位修正(候选): "},
   }};
   for (const auto& [fix, logText] : fixes) {
+    // Most numbers are found in several ways, and a repair that was refused once is refused again.
+    std::set<std::string_view> tried;
     for (const Candidate& candidate : candidates) {
+      if (!tried.insert(candidate.digits).second) continue;
       auto number = fix(candidate.digits, protectedPrefix(candidate.digits, hints));
       if (!number) continue;
       OCRLogger::debug([&] { return fmt::format("{}{}", logText, *number); });
