@@ -1,7 +1,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "apps/pravik/CommandLine.h"
+#include "apps/pravik/ObservationCommands.h"
 #include "backends/json/ObservationsJson.h"
 #include "fuzz/FuzzInput.h"
 
@@ -22,12 +22,12 @@ void requireInRange(std::string_view json) {
   }
 }
 
-std::string output(const std::vector<std::string>& words, const std::string& input) {
+std::string answers(const cli::ObservationCommand& command, cli::Format format, const std::string& input) {
   std::istringstream in(input);
   std::ostringstream out;
   std::ostringstream err;
-  const int status =
-      cli::run(words, {.in = in, .out = out, .err = err, .makePlatform = {}, .missingModels = {}, .brokenModels = {}});
+  const cli::Host host{.in = in, .out = out, .err = err, .makePlatform = {}, .missingModels = {}, .brokenModels = {}};
+  const auto status = cli::answerObservations(command, "-", {.format = format, .annotate = {}, .models = {}}, host);
   fuzz::require(status == cli::allRecognized || status == cli::someNotRecognized, "bad input is no failure");
   return out.str();
 }
@@ -36,22 +36,21 @@ std::string output(const std::vector<std::string>& words, const std::string& inp
 
 // What is handed to `pravik parse`: objects one a line, and the whole as one object.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static constexpr std::array kinds{"id-front", "id-back", "bank-card"};
   const std::string input(fuzz::asText(data, size));
-  const std::string kind = kinds[size % kinds.size()];
+  const cli::ObservationCommand& command = cli::parseCommands()[size % cli::parseCommands().size()];
   std::vector<std::string_view> lines = splitAtLineFeeds(input);
   if (lines.back().empty()) lines.pop_back();
   for (const std::string_view line : lines) requireInRange(line);
 
-  const std::string answerText = output({"parse", kind, "--format", "jsonl"}, input);
-  std::vector<std::string_view> answers = splitAtLineFeeds(answerText);
-  fuzz::require(answers.back().empty() && answers.size() - 1 == lines.size(), "every line has one answer");
-  answers.pop_back();
-  for (const std::string_view line : answers) {
+  const std::string text = answers(command, cli::Format::jsonl, input);
+  std::vector<std::string_view> answered = splitAtLineFeeds(text);
+  fuzz::require(answered.back().empty() && answered.size() - 1 == lines.size(), "every line has one answer");
+  answered.pop_back();
+  for (const std::string_view line : answered) {
     const auto answer = nlohmann::json::parse(line);
     fuzz::require(answer.contains("result") != answer.contains("error"), "an answer is a result or an error");
   }
-  fuzz::require(nlohmann::json::parse(output({"parse", kind, "--format", "json"}, input)).size() == 1,
-                "the whole has one answer");
+  const auto whole = nlohmann::json::parse(answers(command, cli::Format::json, input));
+  fuzz::require(whole.size() == 1, "the whole has one answer");
   return 0;
 }

@@ -19,7 +19,7 @@ namespace {
 /// What stands before it is a file with a picture, what stands behind it the text that the engine reads there.
 constexpr std::string_view separator = "\n--text--\n";
 /// More takes so long that the fuzzer would learn little.
-constexpr std::int64_t maximumPixels = 256 * 256;
+constexpr std::int64_t maximumPixels = 96 * 96;
 
 std::optional<Image> decoded(std::span<const std::uint8_t> file) {
   try {
