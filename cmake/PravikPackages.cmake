@@ -17,8 +17,8 @@ set(same "libpravik1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libpravik1)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Reads identity cards, bank cards and codes: library and models
- The C interface of Pravik, which reads Chinese identity cards, bank cards and
- codes from pictures, with the text engine and the models that it works with.")
+The C interface of Pravik, which reads Chinese identity cards, bank cards and
+codes from pictures, with the text engine and the models that it works with.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpravik-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -26,13 +26,13 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${same}, libicu-dev, libasio-dev, libexpected-dev, libopencv-dev, libzxing-dev, nlohmann-json3-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "qt6-base-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Reads identity cards, bank cards and codes: development files
- Headers, static libraries of the C++ interface, and what CMake and pkg-config
- need to find Pravik. The component qt also needs qt6-base-dev.")
+Headers, static libraries of the C++ interface, and what CMake and pkg-config
+need to find Pravik. The component qt also needs qt6-base-dev.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME pravik-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${same}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-noto-cjk")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Reads identity cards, bank cards and codes: programs
- The command line (pravik) and the desktop scanner (pravik-scanner).")
+The command line (pravik) and the desktop scanner (pravik-scanner).")
 include(CPack)
