@@ -18,13 +18,7 @@ using Stats = ImagePreprocessor::Stats;
 constexpr double close = 1e-9;
 
 TEST(ImagePreprocessorParams, followTheStatisticsAndTheKindOfCard) {
-  struct Case {
-    const char* what;
-    Stats stats;
-    Scene scene;
-    ImagePreprocessor::AdaptiveParams expected;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<const char*, Stats, Scene, ImagePreprocessor::AdaptiveParams>> cases{
       {"gentle at the inclusive lower bounds", {0.35, 0.15, 0.44, 0.44}, Scene::idCard, {1.03, 0, 0.15, 0.92, "轻柔"}},
       {"gentle at the inclusive upper bound", {0.7, 0.15, 0, 0}, Scene::bankCard, {1.03, 0, 0.25, 0.92, "轻柔"}},
       {"a dark share of 0.45 is not gentle", {0.5, 0.2, 0.45, 0}, Scene::idCard, {1.05, 0, 0.3, 0.85, "自适应"}},
@@ -40,14 +34,14 @@ TEST(ImagePreprocessorParams, followTheStatisticsAndTheKindOfCard) {
       {"contrast falls above a spread of 0.3", {0.2, 0.31, 0.5, 0}, Scene::idCard, {1.02, 0.15, 0.2, 0.85, "自适应"}},
       {"between the two pairs of thresholds", {0.2, 0.13, 0, 0}, Scene::idCard, {1.076, 0.15, 0.3, 0.85, "自适应"}},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    const auto params = ImagePreprocessor::computeParams(c.stats, c.scene);
-    EXPECT_NEAR(params.contrast, c.expected.contrast, close);
-    EXPECT_NEAR(params.brightness, c.expected.brightness, close);
-    EXPECT_NEAR(params.sharpness, c.expected.sharpness, close);
-    EXPECT_NEAR(params.saturation, c.expected.saturation, close);
-    EXPECT_EQ(params.mode, c.expected.mode);
+  for (const auto& [what, stats, scene, expected] : cases) {
+    SCOPED_TRACE(what);
+    const auto params = ImagePreprocessor::computeParams(stats, scene);
+    EXPECT_NEAR(params.contrast, expected.contrast, close);
+    EXPECT_NEAR(params.brightness, expected.brightness, close);
+    EXPECT_NEAR(params.sharpness, expected.sharpness, close);
+    EXPECT_NEAR(params.saturation, expected.saturation, close);
+    EXPECT_EQ(params.mode, expected.mode);
   }
 }
 
@@ -107,13 +101,7 @@ const RectangleObservation aTenth{{{0.1, 0.4}, {0.3, 0.6}, {0.2, 0}, {0.35, 0.1}
 const RectangleObservation wholeFrame{{{0, 1}, {1, 1}, {0, 0}, {1, 0}}, {0, 0, 1, 1}, 0.9F};
 
 TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausibleResult) {
-  struct Case {
-    const char* what;
-    std::vector<RectangleObservation> rectangles;
-    int width, height;
-    bool corrected;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<const char*, std::vector<RectangleObservation>, int, int, bool>> cases{
       {"tilted card", {tiltedCard}, 600, 380, true},
       {"no rectangle", {}, 600, 380, false},
       {"covers a tenth", {aTenth}, 600, 380, false},
@@ -123,11 +111,11 @@ TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausible
       {"result too narrow", {tiltedCard}, 249, 100, false},
   };
   const Image photo{.bitmap = test::plainPicture(1000, 800, 0, 0, 0)};
-  for (const Case& c : cases) {
+  for (const auto& [what, rectangles, width, height, corrected] : cases) {
     Preprocessor p;
-    p.detector->rectangles = c.rectangles;
-    p.renderer->rendered = [&](const Bitmap&) { return test::plainPicture(c.width, c.height, 0, 0, 0); };
-    EXPECT_EQ(p.preprocessor.attemptPerspectiveCorrection(photo).has_value(), c.corrected) << c.what;
+    p.detector->rectangles = rectangles;
+    p.renderer->rendered = [&](const Bitmap&) { return test::plainPicture(width, height, 0, 0, 0); };
+    EXPECT_EQ(p.preprocessor.attemptPerspectiveCorrection(photo).has_value(), corrected) << what;
   }
   Preprocessor broken;
   broken.detector->fails = true;

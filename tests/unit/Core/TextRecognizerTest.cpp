@@ -17,13 +17,7 @@ TextRecognizer::Observation block(std::string text, double centreX, double centr
 }
 
 TEST(LineGrouping, rebuildsReadingOrder) {
-  struct Case {
-    const char* what;
-    Observations blocks;
-    double threshold;
-    const char* expected;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<const char*, Observations, double, const char*>> cases{
       {"no block", {}, 0.025, ""},
       {"close rows are one line, left to right", {block("b", 0.6, 0.5), block("a", 0.2, 0.52)}, 0.025, "a b"},
       {"rows apart are two lines, the upper first", {block("b", 0.6, 0.53), block("a", 0.2, 0.5)}, 0.025, "a\nb"},
@@ -36,7 +30,8 @@ TEST(LineGrouping, rebuildsReadingOrder) {
       {"equal centres keep their order", {block("a", 0.5, 0.5), block("b", 0.5, 0.5)}, 0.025, "a b"},
       {"an empty text stays", {block("a", 0.2, 0.5), block("", 0.5, 0.5), block("c", 0.8, 0.5)}, 0.025, "a  c"},
   };
-  for (const Case& c : cases) EXPECT_EQ(joinedText(c.blocks, c.threshold), c.expected) << c.what;
+  for (const auto& [what, blocks, threshold, expected] : cases)
+    EXPECT_EQ(joinedText(blocks, threshold), expected) << what;
 }
 
 TEST(LineGrouping, keepsEveryBlockWhateverItsBox) {

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <future>
-
-#include "Platform/AsioDispatch.h"
 #include "Platform/ManualDispatch.h"
 #include "Pravik.h"
 #include "support/Fakes.h"
@@ -89,22 +86,6 @@ TEST(CompletionForm, callsBackOnceOnTheMainQueueThoughTheSdkIsGone) {
   const bool firstSucceeded = results[0].has_value();
   EXPECT_NE(firstSucceeded, results[1].has_value());
   EXPECT_EQ(results[firstSucceeded ? 1 : 0].error(), OCRError::invalidImage());
-}
-
-TEST(CompletionForm, endsWhenMoreCallsRunThanThePoolHasThreads) {
-  Fixture f;
-  f.engine->failure = "always";
-  const auto dispatch = std::make_shared<AsioDispatch>(1);
-  const PravikSDK sdk = f.sdk(dispatch);
-  std::promise<void> done;
-  int left = 20;
-  for (int i = 0; i < 20; ++i) {
-    sdk.recognizeIDCardBack(f.photo, [&](const Result<IDCardBackInfo>& result) {
-      EXPECT_FALSE(result);
-      if (--left == 0) done.set_value();
-    });
-  }
-  done.get_future().wait();
 }
 
 TEST(CodeRecognition, givesTheFirstCodeOfTheModesTypes) {

@@ -26,13 +26,7 @@ TEST(SceneValidation, refusesOnlyWhatClearlyIsAnotherDocument) {
   const auto mismatch = [](const char* expected, const char* detected) {
     return std::optional(OCRError::sceneMismatch(expected, detected));
   };
-  struct Case {
-    const char* what;
-    std::string text;
-    SceneType expected;
-    std::optional<OCRError> error;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<const char*, std::string, SceneType, std::optional<OCRError>>> cases{
       {"no features", "hello", SceneType::bankCard, std::nullopt},
       {"front as front", front, SceneType::idCardFront, std::nullopt},
       {"front as either side", front, SceneType::idCard, std::nullopt},
@@ -51,7 +45,8 @@ TEST(SceneValidation, refusesOnlyWhatClearlyIsAnotherDocument) {
       {"the mixed-case mark in capitals", "UNIONPAY", SceneType::idCard, std::nullopt},
       {"valid thru", "UNIONPAY valid", SceneType::idCard, mismatch("身份证", "银行卡")},
   };
-  for (const Case& c : cases) EXPECT_EQ(validate(c.text, c.expected), c.error) << c.what << ": " << c.text;
+  for (const auto& [what, text, expected, error] : cases)
+    EXPECT_EQ(validate(text, expected), error) << what << ": " << text;
 }
 
 }  // namespace

@@ -37,12 +37,7 @@ VideoFrame plain(Pixel pixel) {
 }
 
 TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
-  struct Case {
-    const char* what;
-    VideoFrame frame;
-    FrameQuality expected;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<const char*, VideoFrame, FrameQuality>> cases{
       {"an even grey", plain(grey), {0, 0, 0, true}},
       {"white", plain(white), {1, 0, 1, false}},
       {"black", plain(black), {0, 1, 0, false}},
@@ -64,7 +59,7 @@ TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
       {"one column", frameOf([](int, int) { return white; }, 1, 100), {0, 0, 0, true}},
       {"a grey frame", {test::greyPicture(100, 100, [](int, int) { return 246; })}, {1, 0, 1, false}},
   };
-  for (const Case& c : cases) EXPECT_EQ(FrameQuality::analyze(c.frame), c.expected) << c.what;
+  for (const auto& [what, frame, expected] : cases) EXPECT_EQ(FrameQuality::analyze(frame), expected) << what;
 }
 
 TEST(FrameQuality, refusesAtItsLimitsAndHintsAboveItsOwn) {
@@ -78,11 +73,7 @@ TEST(FrameQuality, refusesAtItsLimitsAndHintsAboveItsOwn) {
   EXPECT_FALSE(ofDarkSamples(13).qualityHint());
   EXPECT_TRUE(ofDarkSamples(12).isGoodForCapture);
 
-  struct Case {
-    FrameQuality quality;
-    const char* hint;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<FrameQuality, const char*>> cases{
       {{0.121F, 1, 0}, "⚠️ 反光严重，请将卡片向前倾斜约10°"},
       {{0, 1, 0.251F}, "⚠️ 反光严重，请将卡片向前倾斜约10°"},
       {{0.12F, 1, 0.25F}, "⚠️ 请稍微倾斜卡片以减少反光"},
@@ -91,7 +82,7 @@ TEST(FrameQuality, refusesAtItsLimitsAndHintsAboveItsOwn) {
       {{0.04F, 0.651F, 0.15F}, "⚠️ 光线不足，请开启手电筒"},
       {{0.04F, 0.65F, 0.15F}, ""},
   };
-  for (const Case& c : cases) EXPECT_EQ(c.quality.qualityHint().value_or(""), c.hint);
+  for (const auto& [quality, hint] : cases) EXPECT_EQ(quality.qualityHint().value_or(""), hint);
 }
 
 }  // namespace

@@ -62,13 +62,7 @@ TEST(ScannerOverlayView, saysWhatToHoldBeforeTheCamera) {
 }
 
 TEST(ScannerOverlayView, showsEachStateInItsColourAndWords) {
-  struct Case {
-    ScanState state;
-    Color color;
-    const char* status;
-    bool hidesScanLine;
-  };
-  const Case cases[] = {
+  const std::vector<std::tuple<ScanState, Color, const char*, bool>> cases{
       {{Kind::searching}, {0, 0.478, 1}, "", false},
       {{Kind::detected}, systemGreen, "请保持不动...", false},
       {{Kind::capturing}, systemGreen, "正在拍照...", true},
@@ -76,16 +70,16 @@ TEST(ScannerOverlayView, showsEachStateInItsColourAndWords) {
       {{Kind::success}, systemGreen, "识别成功", true},
       {ScanState::failed("再试一次"), {1, 0.231, 0.188}, "再试一次", false},
   };
-  for (const Case& c : cases) {
+  for (const auto& [state, color, status, hidesScanLine] : cases) {
     const Overlay o;
     o.view->startScanLineAnimation();
-    o.view->setState(c.state);
-    SCOPED_TRACE(c.status);
-    EXPECT_EQ(o.view->cornerLayers()[0]->strokeColor, c.color);
-    EXPECT_EQ(o.view->statusLabel()->text, c.status);
-    EXPECT_EQ(o.view->statusLabel()->backgroundColor, c.color.withAlpha(0.6));
-    EXPECT_EQ(o.view->statusLabel()->isHidden, c.state.kind == Kind::searching);
-    EXPECT_EQ(o.view->scanLineView()->isHidden, c.hidesScanLine);
+    o.view->setState(state);
+    SCOPED_TRACE(status);
+    EXPECT_EQ(o.view->cornerLayers()[0]->strokeColor, color);
+    EXPECT_EQ(o.view->statusLabel()->text, status);
+    EXPECT_EQ(o.view->statusLabel()->backgroundColor, color.withAlpha(0.6));
+    EXPECT_EQ(o.view->statusLabel()->isHidden, state.kind == Kind::searching);
+    EXPECT_EQ(o.view->scanLineView()->isHidden, hidesScanLine);
   }
 }
 
