@@ -76,6 +76,7 @@ std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, cons
   ppocr::sortInReadingOrder(boxes);
 
   std::vector<cv::Mat> lines;
+  lines.reserve(boxes.size());
   for (const auto& box : boxes) lines.push_back(ppocr::cropOf(picture, box));
   if (isAccurate) {
     if (models->classifier.areUpsideDown(lines)) {
