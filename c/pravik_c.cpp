@@ -59,7 +59,7 @@ constexpr std::array<Kind, 5> kinds{{{"id-front", idFront, parsedAnswer<IDCardFr
                                      {"text", text, nullptr}}};
 
 /// Null for a number that is no kind.
-const Kind* kindOf(pravik_kind kind) {
+const Kind* kindOf(int kind) {
   const auto index = static_cast<std::size_t>(kind);
   return index < kinds.size() ? &kinds[index] : nullptr;
 }
@@ -106,7 +106,7 @@ Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Loa
 
 /// Checks what all the calls share; `source` is the picture.
 template <class Load>
-pravik_result* recognize(pravik_handle* handle, pravik_kind kindNumber, const void* source, const Load& load) {
+pravik_result* recognize(pravik_handle* handle, int kindNumber, const void* source, const Load& load) {
   return resultOf([&] {
     const Kind* kind = kindOf(kindNumber);
     if (handle == nullptr) return invalidArgumentAnswer("the handle is null");
@@ -118,7 +118,7 @@ pravik_result* recognize(pravik_handle* handle, pravik_kind kindNumber, const vo
 }
 
 /// What is wrong with the layout of pixels in memory; null when nothing is.
-const char* problemWith(int width, int height, std::size_t stride, pravik_pixel_format format) {
+const char* problemWith(int width, int height, std::size_t stride, int format) {
   if (format != PRAVIK_BGRA8 && format != PRAVIK_GREY8) return "there is no such pixel format";
   if (width < 1 || height < 1) return "a picture has at least one pixel";
   const std::size_t pixelBytes = format == PRAVIK_BGRA8 ? 4 : 1;
@@ -129,7 +129,7 @@ const char* problemWith(int width, int height, std::size_t stride, pravik_pixel_
 }
 
 /// A picture of pixels that belong to the caller.
-Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t stride, pravik_pixel_format format) {
+Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t stride, int format) {
   return {.bitmap = Bitmap(format == PRAVIK_BGRA8 ? PixelFormat::bgra8 : PixelFormat::grey8, width, height,
                            static_cast<std::ptrdiff_t>(stride), {pixels, [](const std::uint8_t*) {}})};
 }
@@ -159,10 +159,9 @@ void pravik_destroy(pravik_handle* handle) {
   const std::unique_ptr<pravik_handle> last(handle);
 }
 
-pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, pravik_log_function function,
-                             void* context) {
+pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_function function, void* context) {
   try {
-    const auto known = OCRLogger::levelFromRawValue(static_cast<int>(level));
+    const auto known = OCRLogger::levelFromRawValue(level);
     if (handle == nullptr || !known) return PRAVIK_INVALID_ARGUMENT;
     handle->log.send(*known, function, context);
     return PRAVIK_OK;
@@ -171,24 +170,24 @@ pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, prav
   }
 }
 
-pravik_result* pravik_recognize_file(pravik_handle* handle, pravik_kind kind, const char* path) {
+pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path) {
   return recognize(handle, kind, path, [&] { return handle->platform.imageCodec->load(path); });
 }
 
-pravik_result* pravik_recognize_memory(pravik_handle* handle, pravik_kind kind, const void* bytes, size_t size) {
+pravik_result* pravik_recognize_memory(pravik_handle* handle, int kind, const void* bytes, size_t size) {
   return recognize(handle, kind, bytes, [&] {
     return handle->platform.imageCodec->decode(std::span(static_cast<const std::uint8_t*>(bytes), size));
   });
 }
 
-pravik_result* pravik_recognize_pixels(pravik_handle* handle, pravik_kind kind, const uint8_t* pixels, int width,
-                                       int height, size_t stride, pravik_pixel_format format) {
+pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const uint8_t* pixels, int width, int height,
+                                       size_t stride, int format) {
   if (const char* problem = problemWith(width, height, stride, format))
     return resultOf([&] { return invalidArgumentAnswer(problem); });
   return recognize(handle, kind, pixels, [&] { return borrowed(pixels, width, height, stride, format); });
 }
 
-pravik_result* pravik_parse(pravik_kind kindNumber, const char* observations) {
+pravik_result* pravik_parse(int kindNumber, const char* observations) {
   return resultOf([&] {
     const Kind* kind = kindOf(kindNumber);
     if (kind == nullptr || kind->parse == nullptr) return invalidArgumentAnswer("the kind is not that of a card");

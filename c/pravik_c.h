@@ -38,7 +38,7 @@ typedef enum pravik_status {
   PRAVIK_INTERNAL_ERROR = 8
 } pravik_status;
 
-/* What is read from a picture. */
+/* What is read from a picture. Calls take kinds, levels and formats as int, so that they can refuse any number. */
 typedef enum pravik_kind {
   PRAVIK_ID_FRONT = 0, /* the portrait side of an identity card */
   PRAVIK_ID_BACK = 1,  /* its emblem side */
@@ -95,26 +95,25 @@ void pravik_destroy(pravik_handle* handle);
  * or PRAVIK_LOG_NONE, ends that. The function before is not called any more once this returns. Nothing is logged
  * anywhere unless this is called.
  */
-pravik_status pravik_set_log(pravik_handle* handle, pravik_log_level level, pravik_log_function function,
-                             void* context);
+pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_function function, void* context);
 
 /* Reads the picture in a file (JPEG, PNG, BMP, WebP or TIFF; the orientation that it stores is honoured). */
-pravik_result* pravik_recognize_file(pravik_handle* handle, pravik_kind kind, const char* path);
+pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path);
 /* Reads the picture in the bytes of such a file. */
-pravik_result* pravik_recognize_memory(pravik_handle* handle, pravik_kind kind, const void* bytes, size_t size);
+pravik_result* pravik_recognize_memory(pravik_handle* handle, int kind, const void* bytes, size_t size);
 /*
  * Reads pixels as a camera gives them, upright, row by row from the top left. `stride` is the distance of two rows in
  * bytes. PRAVIK_INVALID_ARGUMENT when a side is below 1 or the stride does not hold a row. The pixels are read during
  * the call and not changed; alpha is passed over.
  */
-pravik_result* pravik_recognize_pixels(pravik_handle* handle, pravik_kind kind, const uint8_t* pixels, int width,
-                                       int height, size_t stride, pravik_pixel_format format);
+pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const uint8_t* pixels, int width, int height,
+                                       size_t stride, int format);
 /*
  * Makes a record of text that something else has read: a JSON text {"observations":[{"text":…,"confidence":0…1,
  * "boundingBox":{"x":…,"y":…,"width":…,"height":…}}]}, boxes within 0…1 with the origin at the lower left. The kind is
  * that of a card, else PRAVIK_INVALID_ARGUMENT. Nothing is logged.
  */
-pravik_result* pravik_parse(pravik_kind kind, const char* observations);
+pravik_result* pravik_parse(int kind, const char* observations);
 
 /* PRAVIK_OK, or why there is no record. A null result, which only a lack of memory gives, is PRAVIK_INTERNAL_ERROR. */
 pravik_status pravik_result_status(const pravik_result* result);
