@@ -99,7 +99,7 @@ void reportPerKilobyte(benchmark::State& state, double seconds) {
 }
 
 void readHostilePage(benchmark::State& state, void (*read)(const Observations&), Layout layout) {
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     double longest = 0;
     for (const std::string_view unit : units) {
       const Observations blocks = page(unit, layout, static_cast<std::size_t>(state.range(0)) * 1000);
@@ -115,7 +115,7 @@ void readHostilePage(benchmark::State& state, void (*read)(const Observations&),
 /// Patterns that try every way to divide a run before they give up; none of the library's is one.
 void searchWithBadPattern(benchmark::State& state, std::string_view pattern) {
   const std::string text = repeated("a", static_cast<std::size_t>(state.range(0)) * 1000);
-  for (auto _ : state)
+  while (state.KeepRunning())
     reportPerKilobyte(state, secondsOf([&] { benchmark::DoNotOptimize(RegexHelper::allMatches(pattern, text)); }));
 }
 

@@ -12,7 +12,7 @@ int main(int argumentCount, char** arguments) {
   int files = 0;
   for (int i = 1; i < argumentCount; ++i) {
     for (const auto& entry : std::filesystem::directory_iterator(arguments[i])) {
-      std::cout << entry.path().filename().string() << std::endl;
+      std::cerr << entry.path().filename().string() << '\n';
       std::ifstream stream(entry.path(), std::ios::binary);
       const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
       LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
