@@ -38,11 +38,11 @@ TEST(QtDispatch, dropsDelayedWorkThatIsCalledOffOrOutlivesIt) {
   {
     QtDispatch dispatch;
     dispatch.asyncAfter(1ms, [&] { ++ran; }).cancel();
-    late = dispatch.asyncAfter(10ms, [&] { ++ran; });
+    late = dispatch.asyncAfter(200ms, [&] { ++ran; });
     test::wait(5ms);
     dispatch.async([&] { ++ran; });
   }
-  test::wait(20ms);
+  test::wait(250ms);
   late.cancel();
   EXPECT_EQ(ran, 0);
 }
