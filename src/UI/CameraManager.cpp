@@ -65,7 +65,8 @@ CameraManager::CameraManager(std::shared_ptr<CaptureSystem> captureSystem, std::
       sessionQueue_(dispatch_->makeSerialQueue("com.pravik.camera.session")) {}
 
 CameraManager::~CameraManager() {
-  previewLayer_->session.reset();
+  // The preview is the main queue's, while the last to let go of the camera may be the session's queue.
+  dispatch_->async([preview = previewLayer_] { preview->session.reset(); });
   if (!session_) return;
   sessionQueue_->async([session = std::move(session_)] {
     if (session->isRunning()) session->stopRunning();
