@@ -54,7 +54,7 @@ test: build
 # A finding of a sanitizer ends the test that shows it, and fails it.
 test-asan: export ASAN_OPTIONS = detect_stack_use_after_return=1:strict_string_checks=1
 test-asan: export UBSAN_OPTIONS = print_stacktrace=1
-test-tsan: export TSAN_OPTIONS = halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.suppressions
+test-tsan: export TSAN_OPTIONS = halt_on_error=1:history_size=7:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.suppressions
 test-asan test-tsan: test-%: setup
 	$(call build-preset,$*,unit-tests)
 	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
