@@ -4,6 +4,7 @@
 #include <unicode/unistr.h>
 #include <unicode/utext.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -17,6 +18,8 @@ namespace {
 
 /// A search gives up after this many steps of the engine's clock, ten thousand backtracking points each.
 constexpr std::int32_t maximumSteps = 1000;
+/// Each backtracking point holds a copy of what all groups have matched: with as many groups it costs twice as much.
+constexpr std::int32_t groupsThatDoubleAStep = 4;
 /// Bytes of backtracking points that a search may keep; a kept matcher does not give them back.
 constexpr std::int32_t maximumStackBytes = 1 << 20;
 
@@ -31,8 +34,11 @@ icu::RegexMatcher* matcherFor(std::string_view pattern) {
 
   UErrorCode status = U_ZERO_ERROR;
   auto matcher = std::make_unique<icu::RegexMatcher>(icu::UnicodeString::fromUTF8(pattern), 0, status);
-  matcher->setTimeLimit(maximumSteps, status);
-  matcher->setStackLimit(maximumStackBytes, status);
+  if (U_SUCCESS(status)) {
+    const std::int32_t costOfAStep = 1 + matcher->groupCount() / groupsThatDoubleAStep;
+    matcher->setTimeLimit(std::max(1, maximumSteps / costOfAStep), status);
+    matcher->setStackLimit(maximumStackBytes, status);
+  }
   if (U_FAILURE(status)) matcher.reset();
   if (kept.size() >= maximumKeptPatterns) kept.clear();
   return kept.emplace(pattern, std::move(matcher)).first->second.get();
