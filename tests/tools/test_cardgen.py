@@ -1,24 +1,37 @@
-"""The synthetic pictures must be consistent, repeatable, and told truly."""
+"""The synthetic pictures and clips must be consistent, repeatable, and told truly."""
 
 import datetime
 import json
 import pathlib
 import random
+import subprocess
+import sys
 import tempfile
 import unittest
 
-import drawing  # first: it tells where the modules of the generator lie
+sys.dont_write_bytecode = True
+CARDGEN = pathlib.Path(__file__).resolve().parents[2] / "tools" / "cardgen"
+sys.path.insert(0, str(CARDGEN))
 
-import bankcard
-import banks
-import camera
-import codes
-import idcard
-import numpy as np
-import people
-import scene
-import tables
-from canvas import Canvas
+import bankcard  # noqa: E402
+import camera  # noqa: E402
+import codes  # noqa: E402
+import idcard  # noqa: E402
+import numpy as np  # noqa: E402
+import people  # noqa: E402
+import scene  # noqa: E402
+import story  # noqa: E402
+import tables  # noqa: E402
+from canvas import Canvas  # noqa: E402
+
+STABLE_SECONDS = 0.8  # a card that lies still for so long is photographed
+FRAME = camera.rectangle(1, 9 / 16)
+
+
+def draw(folder, *arguments):
+    """Runs the generator and gives its exit status."""
+    command = [CARDGEN / "cardgen", "--out", folder, "--jobs", "1", *arguments]
+    return subprocess.run(command, capture_output=True, check=False).returncode
 
 
 def portrait_sides(count):
@@ -48,24 +61,6 @@ class RecordTest(unittest.TestCase):
                 self.assertRegex(record["name"], "^[\u4e00-\u9fa5·]{2,8}$")
         self.assertEqual({record["ethnicity"] for record in records}, {*tables.MINORITIES, tables.HAN})
         self.assertEqual(sum(record["idNumber"].endswith("X") for record in records), 10)
-
-    def test_bank_cards_are_consistent(self):
-        seen = set()
-        for index in range(800):
-            look = bankcard.LOOKS[index % len(bankcard.LOOKS)]
-            said = bankcard.account(look, random.Random(index))
-            record = said.record()
-            with self.subTest(record=record):
-                digits = record["rawCardNumber"]
-                self.assertRegex(digits, r"^(62\d{14}|62\d{17}|4(?!00)\d{15}|5[1-5]\d{14})$")
-                self.assertEqual(bankcard.check_digit(digits[:-1]), digits[-1])
-                self.assertRegex(record["cardNumber"], r"^\d{4}( \d{4}){3}( \d{3})?$")
-                self.assertEqual(record["cardNumber"].replace(" ", ""), digits)
-                self.assertIn(record["bankName"], {*banks.BANKS, None})
-                self.assertEqual(record["cardType"] is None, said.type_words == "" and len(digits) == 16)
-            seen.add((look, digits[0], len(digits), record["cardType"]))
-        self.assertTrue({(look, "6", 19, "借记卡") for look in bankcard.LOOKS} <= seen)
-        self.assertTrue({("gold", "4", 16, "信用卡"), ("silver", "5", 16, None), ("flat", "6", 16, "预付卡")} <= seen)
 
 
 class DrawingTest(unittest.TestCase):
@@ -101,11 +96,35 @@ class DrawingTest(unittest.TestCase):
                     self.assertTrue(0.25 < np.ptp(seen, axis=0)[0] / size[0] <= 0.851)
 
 
+class StoryTest(unittest.TestCase):
+    def test_the_last_card_of_every_plot_is_held_still_to_the_end(self):
+        for variant in story.PLOTS:
+            for seed in range(30):
+                with self.subTest(variant=variant, seed=seed):
+                    told = story.tell(variant, np.random.default_rng(seed))
+                    self.assertEqual(told.clear is not None, variant in ("glare", "dark"))
+                    self.assertGreater(told.seconds, max(told.still, told.clear or 0) + 2 * STABLE_SECONDS)
+                    moments = np.arange(told.still, told.seconds, 0.1)
+                    seen = [camera.project(told.hand.movement(time), FRAME) for time in moments]
+                    self.assertLess(np.abs(np.diff(seen, axis=0)).max(), 0.006)
+                    self.assertEqual({told.card(time) for time in moments}, {(told.cards - 1, (0, 0))})
+
+
 class CommandTest(unittest.TestCase):
+    def drawn_by_seed(self, folder, file, *arguments):
+        """The same file as it is drawn with a seed: alike each time, and otherwise with another seed."""
+        files = []
+        for name, seed in (("a", "3"), ("b", "3"), ("c", "4")):
+            self.assertEqual(draw(pathlib.Path(folder, name), "--count", "1", "--seed", seed, *arguments), 0)
+            files.append(pathlib.Path(folder, name, file).read_bytes())
+        self.assertEqual(files[0], files[1])
+        self.assertNotEqual(files[0], files[2])
+        return files[0]
+
     def test_a_seed_decides_the_picture(self):
         with tempfile.TemporaryDirectory() as scratch:
-            drawing.drawn_by_seed(self, scratch, "id-front-photo-0000.jpg", "--kind", "id-front", "--level", "photo",
-                                  "--size", "640x480")
+            self.drawn_by_seed(scratch, "id-front-photo-0000.jpg", "--kind", "id-front", "--level", "photo",
+                               "--size", "640x480")
 
     def test_several_runs_share_one_truth_file(self):
         runs = (("id-back", "--count", "1"), ("code", "--count", "1"), ("code", "--count", "1"),
@@ -115,11 +134,28 @@ class CommandTest(unittest.TestCase):
                    (("flat", 0), ("silver", 1), ("gold", 2), ("worn", 3), ("gold", 0)))]
         with tempfile.TemporaryDirectory() as scratch:
             for kind, *arguments in runs:
-                self.assertEqual(drawing.draw(scratch, "--level", "clean", "--kind", kind, *arguments), 0)
+                self.assertEqual(draw(scratch, "--level", "clean", "--kind", kind, *arguments), 0)
             lines = [json.loads(line) for line in pathlib.Path(scratch, "truth.jsonl").read_text("utf-8").splitlines()]
             self.assertEqual([line["file"] for line in lines], files)
             self.assertTrue(all(pathlib.Path(scratch, file).exists() for file in files))
-            self.assertEqual(drawing.draw(scratch, "--kind", "code", "--level", "clean", "--look", "flat"), 2)
+            self.assertEqual(draw(scratch, "--kind", "code", "--level", "clean", "--look", "flat"), 2)
+
+    def test_a_seed_decides_the_clip_and_its_truth_is_told(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            film = self.drawn_by_seed(scratch, "bank-card-flat-dark-0000.avi", "--kind", "bank-card",
+                                      "--video", "dark", "--size", "320x240", "--fps", "4")
+            line = json.loads(pathlib.Path(scratch, "a", "clips.jsonl").read_text("utf-8"))
+        self.assertEqual((line["video"], line["kind"], line["variant"], line["look"]),
+                         ("bank-card-flat-dark-0000.avi", "bank-card", "dark", "flat"))
+        self.assertLess(line["heldStill"], line["clear"])
+        self.assertLess(line["clear"] * 4, film.count(b"00dc") // 2)
+        self.assertEqual(set(line["result"]), {"cardNumber", "rawCardNumber", "bankName", "cardType", "cardholderName"})
+
+    def test_pictures_and_clips_are_drawn_in_different_runs(self):
+        for arguments in ((), ("--video", "easy", "--level", "photo"), ("--video", "slow"),
+                          ("--video", "easy", "--fps", "0")):
+            with tempfile.TemporaryDirectory() as scratch, self.subTest(arguments=arguments):
+                self.assertEqual(draw(scratch, "--kind", "code", *arguments), 2)
 
 
 if __name__ == "__main__":
