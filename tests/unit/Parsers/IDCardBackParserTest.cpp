@@ -13,15 +13,16 @@ using test::page;
 using testing::Contains;
 using testing::HasSubstr;
 
-using Lines = std::vector<std::string>;
+using Texts = std::vector<std::string>;
 using Validity = IDCardBackParser::Validity;
 
 const Validity nothing;
 const Validity twentyYears{"20150301-20350301", "20150301", "20350301", false};
 const Validity longTerm{"20150301-长期", "20150301", std::nullopt, true};
 
-Validity validityOf(const Lines& lines) {
-  return IDCardBackParser::extractValidity(joined(lines, "\n"), lines);
+Texts lines(std::string_view text) {
+  const auto parts = splitAtLineFeeds(text);
+  return {parts.begin(), parts.end()};
 }
 
 TEST(IDCardBackParser, ReadsAWholeCard) {
@@ -44,70 +45,53 @@ TEST(IDCardBackParser, NeedsTheOfficeOrTheValidity) {
 }
 
 TEST(IDCardBackParser, FindsTheIssuingOffice) {
-  for (const auto& [lines, expected] : std::vector<std::pair<Lines, std::string>>{
-           {{"签发机关 云浮市公安局"}, "云浮市公安局"},
-           {{"签发机关：云浮市公安局。"}, "云浮市公安局。"},
-           {{"签发机关 -\u3000「云浮市公安局"}, "云浮市公安局"},
-           {{"云浮市 签发机关 公安局"}, "云浮市  公安局"},
-           {{"签发机关", "，云浮市公安局"}, "云浮市公安局"},
-           {{"签发机关：", "云浮市公安局"}, "云浮市公安局"},
-           {{"云浮市公安局", "签发机关"}, "云浮市公安局"},
-           {{"签发 云浮市公安局机关"}, "云浮市公安局"},
-           {{"机关签发", "云浮市公安局"}, "云浮市公安局"},
-           {{"居民身份证", " 新平县公安局 "}, "新平县公安局"},
-           {{"望江路派出所"}, "望江路派出所"},
-           {{"有效期限 2015.03.01-长期"}, ""},
-           {{}, ""},
+  for (const auto& [expected, texts] : std::vector<std::pair<std::string, Texts>>{
+           {"云浮市公安局",
+            {"签发机关 云浮市公安局", "签发机关 -\u3000「云浮市公安局", "签发机关\n，云浮市公安局",
+             "签发机关：\n云浮市公安局", "云浮市公安局\n签发机关", "签发 云浮市公安局机关", "机关签发\n云浮市公安局",
+             "居民身份证\n 云浮市公安局 "}},
+           {"云浮市公安局。", {"签发机关：云浮市公安局。"}},
+           {"云浮市  公安局", {"云浮市 签发机关 公安局"}},
+           {"望江路派出所", {"望江路派出所"}},
+           {"", {"有效期限 2015.03.01-长期", ""}},
        })
-    EXPECT_EQ(IDCardBackParser::extractIssuingAuthority(lines), expected) << testing::PrintToString(lines);
+    for (const std::string& text : texts)
+      EXPECT_EQ(IDCardBackParser::extractIssuingAuthority(lines(text)), expected) << text;
 }
 
 TEST(IDCardBackParser, FindsTheValidityHoweverItWasRead) {
-  for (const auto& [lines, expected] : std::vector<std::pair<Lines, Validity>>{
-           {{"有效期限 2015.03.01-2035.03.01"}, twentyYears},
-           {{"有效期限 2015.03. 01 — 2035.03. 01"}, twentyYears},
-           {{"20150301–20350301"}, twentyYears},
-           {{"20150301 20350301"}, twentyYears},
-           {{"20150301", "20350301"}, twentyYears},
-           {{"２０１５０３０１-２０３５０３０１"}, twentyYears},
-           {{"20150301-20350301", "长期"}, twentyYears},
-           {{"2015.03.01-长期"}, longTerm},
-           {{"20150301-长期"}, longTerm},
-           {{"20150301 长期"}, longTerm},
+  for (const auto& [expected, texts] : std::vector<std::pair<Validity, Texts>>{
+           // As printed.
+           {twentyYears,
+            {"有效期限 2015.03.01-2035.03.01", "有效期限 2015.03. 01 — 2035.03. 01", "20150301–20350301",
+             "20150301 20350301", "20150301\n20350301", "２０１５０３０１-２０３５０３０１",
+             "20150301-20350301\n长期"}},
+           {longTerm, {"2015.03.01-长期", "20150301-长期", "20150301 长期"}},
+           {nothing, {"有效期限 长期", ""}},
            // Not read as printed.
-           {{"2015/03/01至2035/03/01"}, twentyYears},
-           {{"2015.03.01～2035.03.01"}, twentyYears},
-           {{"2015.03.01", "有效期限 2035.03.01"}, twentyYears},
-           {{"长期", "2015.03.01"}, longTerm},
-           {{"有效期限 2015. 03 .01－2035 .03.01"}, twentyYears},
-           {{"有效期限", "2015.03.", "01 ~ 2035.", "03.01"}, twentyYears},
-           {{"有效期限 2015 03 01 2035 03 01"}, twentyYears},
-           {{"有效期限 2015,03,01-2035·03。01"}, twentyYears},
-           {{"有效期限 2015 . 03. 01 至长期"}, longTerm},
-           {{"2015 . 03. 01 至 2035. 03. 01"}, twentyYears},
-           {{"有效期限 12015 . 03. 01 至 2035. 03. 01 1"}, twentyYears},
-           {{"有效期限 2015.13 .01 至 2035.03.01"}, nothing},
-           {{"有效期限 2015.3 .01 至 2035.03.01"}, nothing},
-           {{"2015. 03.01", "有效期限 2035 .03.01"}, nothing},
-           {{"20151301 至 20350301"}, nothing},
-           {{"有效期限 长期"}, nothing},
-           {{}, nothing},
+           {twentyYears,
+            {"2015/03/01至2035/03/01", "2015.03.01～2035.03.01", "2015.03.01\n有效期限 2035.03.01",
+             "有效期限 2015. 03 .01－2035 .03.01", "有效期限\n2015.03.\n01 ~ 2035.\n03.01",
+             "有效期限 2015 03 01 2035 03 01", "有效期限 2015,03,01-2035·03。01", "2015 . 03. 01 至 2035. 03. 01",
+             "有效期限 12015 . 03. 01 至 2035. 03. 01 1"}},
+           {longTerm, {"长期\n2015.03.01", "有效期限 2015 . 03. 01 至长期"}},
+           {nothing,
+            {"有效期限 2015.13 .01 至 2035.03.01", "有效期限 2015.3 .01 至 2035.03.01",
+             "2015. 03.01\n有效期限 2035 .03.01", "20151301 至 20350301"}},
        })
-    EXPECT_EQ(validityOf(lines), expected) << testing::PrintToString(lines);
+    for (const std::string& text : texts)
+      EXPECT_EQ(IDCardBackParser::extractValidity(text, lines(text)), expected) << text;
 }
 
 TEST(IDCardBackParser, ReadsAPeriodFromAShortText) {
-  for (const auto& [text, expected] : std::vector<std::pair<std::string, Validity>>{
-           {"2015/03/01 2035.03.01", twentyYears},
-           {"20150301-20350301 长期", twentyYears},
-           {"2015.03.01-长期", longTerm},
-           {"长期", {"长期", std::nullopt, std::nullopt, true}},
-           {"20151399-20350301", {"20151399-20350301", "20151399", "20350301", false}},
-           {"20150301", nothing},
-           {"2015\n0301 长 期", nothing},
-           {"", nothing},
+  for (const auto& [expected, texts] : std::vector<std::pair<Validity, Texts>>{
+           {twentyYears, {"2015/03/01 2035.03.01", "20150301-20350301 长期"}},
+           {longTerm, {"2015.03.01-长期"}},
+           {{"长期", std::nullopt, std::nullopt, true}, {"长期"}},
+           {{"20151399-20350301", "20151399", "20350301", false}, {"20151399-20350301"}},
+           {nothing, {"20150301", "2015\n0301 长 期", ""}},
        })
-    EXPECT_EQ(IDCardBackParser::parseValidityString(text), expected) << text;
+    for (const std::string& text : texts) EXPECT_EQ(IDCardBackParser::parseValidityString(text), expected) << text;
 }
 
 TEST(IDCardBackParser, ChecksADate) {
