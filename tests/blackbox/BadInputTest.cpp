@@ -77,14 +77,5 @@ TEST_F(BadInput, missingAndCorruptModelsAreAnIncompleteInstallation) {
   EXPECT_EQ(runTool({"doctor"}).status, allRecognized);
 }
 
-TEST_F(BadInput, annotatedPicturesAreWrittenForWhatWasRead) {
-  const std::filesystem::path marked = folder_.path() / "marked";
-  const std::string none = (folder_.path() / "none.jpg").string();
-  EXPECT_EQ(runTool({"id-front", "--annotate", marked.string(), cleanFront, none}).status, someNotRecognized);
-  const Image drawn = realPlatform().imageCodec->load(marked / "id-front-clean-0000-annotated.jpg");
-  EXPECT_GT(drawn.bitmap->width(), 100);
-  EXPECT_FALSE(std::filesystem::exists(marked / "none-annotated.jpg"));
-}
-
 }  // namespace
 }  // namespace pravik::cli

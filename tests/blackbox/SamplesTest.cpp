@@ -35,15 +35,6 @@ std::string nameOf(const testing::TestParamInfo<json>& truth) {
 
 INSTANTIATE_TEST_SUITE_P(All, Samples, testing::ValuesIn(truths()), nameOf);
 
-TEST(SampleSet, isReadAlikeOneByOneAndTogether) {
-  std::vector<std::string> words{"id-front", "--format", "jsonl"};
-  for (const json& truth : truths())
-    if (truth["kind"] == "id-front") words.push_back((samples / truth["file"].get<std::string>()).string());
-  const ToolRun alone = runTool(words);
-  words.insert(words.begin() + 1, {"--jobs", "3"});
-  EXPECT_EQ(runTool(words).out, alone.out);
-}
-
 TEST(SampleSet, isReadAlikeByThreadsThatShareOneSdk) {
   const PravikSDK sdk(realPlatform());
   const std::vector<json> all = truths();

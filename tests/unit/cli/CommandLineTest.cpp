@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "PravikVersion.h"
+#include "Utils/Text.h"
 #include "unit/cli/CommandRun.h"
 
 namespace pravik::cli {
@@ -9,41 +10,31 @@ namespace {
 using Words = std::vector<std::string>;
 
 TEST(CommandLine, wrongUsageEndsWithStatusTwoAndAWordOnTheErrorStream) {
-  const std::vector<Words> cases{{},
-                                 {"fly"},
-                                 {"id-front"},
-                                 {"id-front", "--format", "xml", "a.jpg"},
-                                 {"id-front", "--jobs", "0", "a.jpg"},
-                                 {"id-front", "--jobs", "many", "a.jpg"},
-                                 {"id-front", "--threads", "-1", "a.jpg"},
-                                 {"id-front", "--log-level", "loud", "a.jpg"},
-                                 {"text", "--scene", "passport", "a.jpg"},
-                                 {"code", "--scene", "idCard", "a.jpg"},
-                                 {"parse"},
-                                 {"parse", "passport"},
-                                 {"stats", "a.jpg", "b.jpg"},
-                                 {"scan"},
-                                 {"scan", "a.avi"},
-                                 {"scan", "--mode", "bankCard"},
-                                 {"scan", "a.avi", "--mode", "passport"},
-                                 {"scan", "a.avi", "--mode", "bankCard", "--timeout", "0"},
-                                 {"scan", "a.avi", "--mode", "bankCard", "--timeout", "nan"},
-                                 {"scan", "a.avi", "b.avi", "--mode", "bankCard"}};
-  for (const Words& words : cases) {
-    CommandRun command;
-    EXPECT_EQ(command(words), usageError) << testing::PrintToString(words);
-    EXPECT_EQ(command.out, "") << testing::PrintToString(words);
-    EXPECT_NE(command.err, "") << testing::PrintToString(words);
-  }
+  const std::pair<std::string, Words> commandsAndMistakes[] = {
+      {"", {"", "fly", "id-front", "parse", "parse passport", "stats a.jpg b.jpg", "scan", "scan --mode bankCard"}},
+      {"id-front a.jpg ", {"--format xml", "--jobs 0", "--jobs many", "--threads -1", "--log-level loud"}},
+      {"text a.jpg --scene ", {"passport"}},
+      {"code a.jpg --scene ", {"idCard"}},
+      {"scan a.avi ", {"", "--mode passport", "b.avi --mode bankCard"}},
+      {"scan a.avi --mode bankCard --timeout ", {"0", "nan"}},
+  };
+  for (const auto& [start, mistakes] : commandsAndMistakes)
+    for (const std::string& mistake : mistakes) {
+      const std::string line = start + mistake;
+      const auto words = splitAtWhitespace(line);
+      CommandRun command;
+      EXPECT_EQ(command({words.begin(), words.end()}), usageError) << line;
+      EXPECT_EQ(command.out, "") << line;
+      EXPECT_NE(command.err, "") << line;
+    }
 }
 
 TEST(CommandLine, helpAndVersionSucceed) {
+  CommandRun command;
   for (const Words& words : std::vector<Words>{{"--help"}, {"id-front", "--help"}, {"parse", "id-back", "--help"}}) {
-    CommandRun command;
     EXPECT_EQ(command(words), 0) << testing::PrintToString(words);
     EXPECT_NE(command.out.find("--format"), std::string::npos) << testing::PrintToString(words);
   }
-  CommandRun command;
   EXPECT_EQ(command({"--version"}), 0);
   EXPECT_EQ(command.out, "pravik " + PravikVersion::fullDescription() + "\n");
 }

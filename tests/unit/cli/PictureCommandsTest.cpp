@@ -77,27 +77,15 @@ TEST(PictureCommands, severalPhotosOfOneBankCardGiveOneAnswer) {
   EXPECT_EQ(fused["checks"]["luhn"], true);
 }
 
-TEST(PictureCommands, aPictureThatFailsTellsWhyAndTheOthersGoOn) {
-  CommandRun command;
-  command.engine->blocks = portraitSide();
-  EXPECT_EQ(command({"id-front", "--format", "json", "a.jpg", "bad.jpg", "b.jpg"}), someNotRecognized);
-  const Json answers = Json::parse(command.out);
-  ASSERT_EQ(answers.size(), 3U);
-  EXPECT_EQ(answers[1]["file"], "bad.jpg");
-  EXPECT_EQ(answers[1]["error"]["code"], "invalid_image");
-  EXPECT_EQ(answers[1]["error"]["context"]["reason"], "not a picture");
-  EXPECT_TRUE(answers[2].contains("result"));
-}
-
 TEST(PictureCommands, answersKeepTheOrderOfTheFilesWhenSeveralAreReadAtOnce) {
   CommandRun command;
   command.barcodes->codes = {{"1", {"VNBarcodeSymbologyQR"}, {}}};
-  std::vector<std::string> words{"code", "--jobs", "4", "--threads", "3", "--format", "jsonl"};
+  std::vector<std::string> words{"code", "--jobs", "4", "--threads", "3", "--format", "json"};
   for (int i = 0; i < 50; ++i) words.push_back((i % 7 == 0 ? "bad" : "ok") + std::to_string(i));
   EXPECT_EQ(command(words), someNotRecognized);
-  const auto lines = command.lines();
-  ASSERT_EQ(lines.size(), 50U);
-  for (std::size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i]["file"], words[i + 7]);
+  const Json answers = Json::parse(command.out);
+  ASSERT_EQ(answers.size(), 50U);
+  for (std::size_t i = 0; i < answers.size(); ++i) EXPECT_EQ(answers[i]["file"], words[i + 7]);
   EXPECT_EQ(command.options.threads, 3);
 }
 
@@ -137,13 +125,14 @@ TEST(PictureCommands, progressIsShownOnATerminalOnly) {
   }
 }
 
-TEST(Annotation, writesAPictureForEachInputUnderANameOfItsOwn) {
+TEST(Annotation, writesAPictureForEachInputThatWasReadUnderANameOfItsOwn) {
   const TemporaryFolder folder;
   CommandRun command;
   command.engine->blocks = portraitSide();
-  EXPECT_EQ(command({"id-front", "--annotate", (folder.path() / "new").string(), "x/a.jpg", "y/a.png", "b.jpg"}), 0);
+  const std::string marked = (folder.path() / "new").string();
+  EXPECT_EQ(command({"id-front", "--annotate", marked, "x/a.jpg", "y/a.png", "b.jpg", "bad.jpg"}), someNotRecognized);
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.path() / "new"))
+  for (const auto& entry : std::filesystem::directory_iterator(marked))
     names.push_back(entry.path().filename().string());
   std::ranges::sort(names);
   EXPECT_EQ(names, (std::vector<std::string>{"a-annotated-2.jpg", "a-annotated.jpg", "b-annotated.jpg"}));
@@ -170,8 +159,7 @@ TEST(Stats, showsTheMeasuresAndBothEnhancements) {
   CommandRun command;
   EXPECT_EQ(command({"stats", "--format", "jsonl", "a.jpg"}), 0);
   const Json result = command.lines().at(0)["result"];
-  EXPECT_EQ(result["width"], 40);
-  EXPECT_EQ(result["height"], 30);
+  EXPECT_TRUE(result["width"] == 40 && result["height"] == 30);
   for (const char* measure : {"mean", "std", "darkRatio", "brightRatio"}) EXPECT_TRUE(result[measure].is_number());
   for (const char* scene : {"idCard", "bankCard"}) EXPECT_TRUE(result[scene]["contrast"].is_number());
 }
