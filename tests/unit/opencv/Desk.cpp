@@ -12,26 +12,22 @@ constexpr double aspect = 85.60 / 53.98;
 // Things are drawn flat at this many pixels a millimetre and then laid on the desk.
 constexpr double scale = 12;
 
-/// Lays a flat picture on the desk where the mask is white.
-void lay(cv::Mat& desk, const cv::Mat& flat, const cv::Mat& mask, const CardCorners& corners) {
+/// A flat picture as it lies on the desk; behind it is nothing, or more of what its edges show.
+cv::Mat laid(const cv::Mat& flat, const CardCorners& corners, cv::Size desk, cv::BorderTypes behind) {
   const auto width = static_cast<float>(flat.cols), height = static_cast<float>(flat.rows);
   const std::array<cv::Point2f, 4> from = {{{0, 0}, {width, 0}, {width, height}, {0, height}}};
   const std::array<cv::Point2f, 4> to = {corners[0], corners[1], corners[2], corners[3]};
-  const cv::Mat transform = cv::getPerspectiveTransform(from.data(), to.data());
-  cv::Mat seen, share;
-  cv::warpPerspective(flat, seen, transform, desk.size(), cv::INTER_AREA, cv::BORDER_REPLICATE);
-  cv::warpPerspective(mask, share, transform, desk.size(), cv::INTER_AREA);
-  cv::cvtColor(share, share, cv::COLOR_GRAY2BGR);
-  cv::multiply(seen, share, seen, 1.0 / 255);
-  cv::multiply(desk, ~share, desk, 1.0 / 255);
-  desk += seen;
+  cv::Mat seen;
+  cv::warpPerspective(flat, seen, cv::getPerspectiveTransform(from.data(), to.data()), desk, cv::INTER_LINEAR, behind);
+  return seen;
 }
 
+/// White where a card of this size is.
 cv::Mat roundedMask(cv::Size size, int radius) {
-  cv::Mat mask = cv::Mat::zeros(size, CV_8UC1);
-  const cv::Point corner(radius, radius), opposite(size.width - 1 - radius, size.height - 1 - radius);
-  cv::rectangle(mask, corner, opposite, 255, cv::FILLED);
-  cv::rectangle(mask, corner, opposite, 255, 2 * radius);  // thick lines end round
+  cv::Mat mask = cv::Mat::zeros(size, CV_8UC3);
+  const cv::Rect middle({radius, radius}, size - cv::Size(2 * radius, 2 * radius));
+  cv::rectangle(mask, middle, cv::Scalar::all(255), cv::FILLED);
+  cv::rectangle(mask, middle, cv::Scalar::all(255), 2 * radius);  // thick lines end round
   return mask;
 }
 
@@ -60,15 +56,14 @@ Desk& Desk::card(const CardCorners& corners, cv::Scalar color) {
   cv::ellipse(flat, {cvRound(0.8 * flat.cols), cvRound(0.42 * flat.rows)}, {90, 120}, 0, 0, 360, {80, 90, 120},
               cv::FILLED);
   const cv::Mat mask = roundedMask(flat.size(), cvRound(3.18 * scale));
+  const cv::Mat place = laid(mask, corners, picture_.size(), cv::BORDER_CONSTANT);
 
-  cv::Mat shade = cv::Mat::zeros(picture_.size(), CV_8UC3);
-  lay(shade, cv::Mat(flat.size(), CV_8UC3, cv::Scalar::all(80)), mask, corners);
+  cv::Mat shadow;
   const double reach = cv::norm(corners[1] - corners[0]) / 150;
-  cv::GaussianBlur(shade, shade, {}, reach);
-  const cv::Mat shift = (cv::Mat_<double>(2, 3) << 1, 0, reach, 0, 1, reach);
-  cv::warpAffine(shade, shade, shift, shade.size());
-  cv::subtract(picture_, shade * 0.5, picture_);
-  lay(picture_, flat, mask, corners);
+  cv::GaussianBlur(place, shadow, {}, reach);
+  cv::warpAffine(shadow, shadow, cv::Matx23d(1, 0, reach, 0, 1, reach), shadow.size());
+  picture_ -= shadow * 0.16;
+  laid(flat, corners, picture_.size(), cv::BORDER_REPLICATE).copyTo(picture_, place > 127);
   return *this;
 }
 

@@ -1,7 +1,6 @@
 #include "backends/opencv/OpenCvImageCodec.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +12,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "SmallFiles.h"
 #include "backends/opencv/Mat.h"
 #include "support/TemporaryFolder.h"
 
@@ -44,8 +42,14 @@ Bytes fileOf(const cv::Mat& picture, const char* extension, const std::vector<in
   return file;
 }
 
-Bitmap decoded(std::span<const std::uint8_t> file) {
+Bitmap decoded(const Bytes& file) {
   return OpenCvImageCodec().decode(file).bitmap.value();
+}
+
+/// A file beside this one: an 8 x 8 JPEG of cyan, magenta, yellow and black, plain red; or a 2 x 1 PNG with a palette,
+/// whose first pixel is red and whose second is wholly transparent.
+Bitmap loaded(const char* name) {
+  return OpenCvImageCodec().load(std::filesystem::path(__FILE__).parent_path() / name).bitmap.value();
 }
 
 /// Why bytes cannot be decoded or a file cannot be loaded.
@@ -115,9 +119,9 @@ TEST(OpenCvImageCodec, turnsRareKindsOfPixelsIntoColours) {
   expectColor(plain(CV_16UC1, 40'000), 1, 1, {156, 156, 156}, "16-bit grey");
   expectColor(plain(CV_16UC4, {0, 0, 0, 32'896}), 1, 1, {127, 127, 127}, "16-bit, half transparent");
   expectColor(plain(CV_8UC1, 99, ".jpg"), 1, 1, {99, 99, 99}, "grey JPEG");
-  expectColor(decoded(test::palettePng), 0, 0, red, "opaque entry of a palette");
-  expectColor(decoded(test::palettePng), 1, 0, white, "transparent entry of a palette");
-  expectColor(decoded(test::cmykJpeg), 4, 4, {0, 0, 254}, "four printing colours");
+  expectColor(loaded("palette.png"), 0, 0, red, "opaque entry of a palette");
+  expectColor(loaded("palette.png"), 1, 0, white, "transparent entry of a palette");
+  expectColor(loaded("cmyk.jpg"), 4, 4, {0, 0, 254}, "four printing colours");
 }
 
 TEST(OpenCvImageCodec, turnsPicturesUprightAsTheExifTagSays) {
