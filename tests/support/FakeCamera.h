@@ -1,13 +1,8 @@
 #pragma once
 
 #include <deque>
-#include <functional>
-#include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "Platform/CaptureSystem.h"
 
@@ -48,7 +43,6 @@ class FakeCaptureSession : public CaptureSession {
   /// The next stills; when there is none left, photos fail.
   std::deque<CapturedPhoto> photos;
   bool acceptsInput = true;
-  bool flashes = true;
   std::vector<MetadataObjectType> offeredTypes;
   std::optional<Bitmap> preview;
 
@@ -90,15 +84,12 @@ class FakeCaptureSession : public CaptureSession {
     calls.emplace_back("stop");
     running = false;
   }
-  bool supportsAutomaticFlash() const override { return flashes; }
+  bool supportsAutomaticFlash() const override { return true; }
   void capturePhoto(bool automaticFlash, PhotoHandler handler) override {
     photoFlashes.push_back(automaticFlash);
-    CapturedPhoto photo{std::nullopt, "no photo was scripted"};
-    if (!photos.empty()) {
-      photo = std::move(photos.front());
-      photos.pop_front();
-    }
-    frameQueue_->async([handler = std::move(handler), photo = std::move(photo)] { handler(photo); });
+    if (photos.empty()) photos.push_back({std::nullopt, "no photo was scripted"});
+    frameQueue_->async([handler = std::move(handler), photo = photos.front()] { handler(photo); });
+    photos.pop_front();
   }
   std::vector<MetadataObjectType> availableMetadataObjectTypes() const override { return offeredTypes; }
   void setMetadataObjectTypes(const std::vector<MetadataObjectType>& asked) override { types = asked; }

@@ -1,11 +1,5 @@
 #pragma once
 
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include "Platform/ManualDispatch.h"

@@ -1,14 +1,8 @@
 #pragma once
 
 #include <deque>
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <optional>
 #include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "Platform/Platform.h"
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include "Platform/Bitmap.h"
 
 namespace pravik::test {

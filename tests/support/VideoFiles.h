@@ -1,10 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio.hpp>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "support/TemporaryFolder.h"

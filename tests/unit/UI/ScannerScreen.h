@@ -31,8 +31,6 @@ struct Phone : FakeParts {
   ~Phone() { dispatch->advance(std::chrono::minutes(1)); }
   Phone(const Phone&) = delete;
   Phone& operator=(const Phone&) = delete;
-  Phone(Phone&&) = delete;
-  Phone& operator=(Phone&&) = delete;
 
   /// The camera sends so many frames of this brightness.
   void frames(int count, std::uint8_t brightness = 128) const {
@@ -47,7 +45,6 @@ struct Phone : FakeParts {
     rectangles->rectangles = {{{}, Rect{0.25, 0.5, 0.5, 0.25}, 0.9F}};
     frames(24, brightness);
   }
-  void takeCardAway() const { rectangles->rectangles.clear(); }
   void scriptPhotos(int count) const {
     for (int i = 0; i < count; ++i)
       camera->session->photos.push_back({Image{.bitmap = plainPicture(640, 1280, 200, 200, 200)}, std::nullopt});
@@ -57,61 +54,63 @@ struct Phone : FakeParts {
 /// Notes what a screen reports, in a word each.
 class Listener : public OCRScannerDelegate {
  public:
+  using Scanner = OCRScannerViewController;
+
   std::vector<std::string> reports;
   std::optional<Image> picture;
   bool throws = false;
 
-  void scannerDidRecognizeBankCard(OCRScannerViewController& /*scanner*/,
-                                   const OCRScannerResult<BankCardInfo>& result) override {
+  void scannerDidRecognizeBankCard(Scanner& /*scanner*/, const OCRScannerResult<BankCardInfo>& result) override {
     note("bank card " + result.info.cardNumber, result.capturedImage);
   }
-  void scannerDidRecognizeIDCardFront(OCRScannerViewController& /*scanner*/,
-                                      const OCRScannerResult<IDCardFrontInfo>& result) override {
+  void scannerDidRecognizeIDCardFront(Scanner& /*scanner*/, const OCRScannerResult<IDCardFrontInfo>& result) override {
     note("front " + result.info.name, result.capturedImage);
   }
-  void scannerDidRecognizeIDCardBack(OCRScannerViewController& /*scanner*/,
-                                     const OCRScannerResult<IDCardBackInfo>& result) override {
+  void scannerDidRecognizeIDCardBack(Scanner& /*scanner*/, const OCRScannerResult<IDCardBackInfo>& result) override {
     note("back " + result.info.issuingAuthority, result.capturedImage);
   }
-  void scannerDidScanCode(OCRScannerViewController& /*scanner*/,
-                          const OCRScannerResult<CodeScanResult>& result) override {
+  void scannerDidScanCode(Scanner& /*scanner*/, const OCRScannerResult<CodeScanResult>& result) override {
     note("code " + result.info.payload, result.capturedImage);
   }
-  void scannerDidFailWithError(OCRScannerViewController& /*scanner*/, const OCRError& error) override {
-    note(error.errorCode(), std::nullopt);
-  }
-  void scannerDidCancel(OCRScannerViewController& /*scanner*/) override { note("cancel", std::nullopt); }
+  void scannerDidFailWithError(Scanner& /*scanner*/, const OCRError& error) override { note(error.errorCode()); }
+  void scannerDidCancel(Scanner& /*scanner*/) override { note("cancel"); }
 
  private:
-  void note(std::string report, std::optional<Image> captured) {
+  void note(std::string report, std::optional<Image> captured = {}) {
     reports.push_back(std::move(report));
     picture = std::move(captured);
     if (throws) throw std::runtime_error("the host is broken");
   }
 };
 
-/// A screen that is presented, and the one who hears of it.
-struct ScannerScreen : Phone {
+/// The screen that was presented last, and the one who hears of it.
+struct Presented {
   std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+  /// The screen is the stage's to keep.
   std::weak_ptr<OCRScannerViewController> weak;
 
+  OCRScannerViewController& screen() const { return *weak.lock(); }
+  const ScannerOverlayView& overlay() const { return *screen().overlayView(); }
+  void present(const std::shared_ptr<OCRScannerViewController>& made, Stage& stage) {
+    made->delegate = listener;
+    weak = made;
+    stage.present(made, false, {});
+  }
+};
+
+/// A phone with such a screen.
+struct ScannerScreen : Phone, Presented {
   ScannerScreen() = default;
   explicit ScannerScreen(OCRScanMode mode) {
     scriptPhotos(2);
     present(mode);
   }
-  /// The screen is the stage's to keep.
-  OCRScannerViewController& screen() const { return *weak.lock(); }
-  const ScannerOverlayView& overlay() const { return *screen().overlayView(); }
   ScannerOverlayView::ScanState::Kind state() const { return overlay().state().kind; }
   std::string status() const { return overlay().statusLabel()->text; }
   bool offersManualCapture() const { return !overlay().manualCaptureButton()->isHidden; }
 
   void present(OCRScanMode mode, bool showModeSwitch = false) {
-    const auto made = std::make_shared<OCRScannerViewController>(mode, showModeSwitch, *sdk, platform);
-    made->delegate = listener;
-    weak = made;
-    stage->present(made, true, {});
+    Presented::present(std::make_shared<OCRScannerViewController>(mode, showModeSwitch, *sdk, platform), *stage);
     dispatch->runAll();
   }
   /// What was reported once there was time for everything that is under way.

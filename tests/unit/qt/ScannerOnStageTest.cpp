@@ -33,24 +33,19 @@ class SlowEngine : public test::FakeTextEngine {
   }
 };
 
-struct Desk {
+struct Desk : test::FakeParts {
   std::shared_ptr<QtDispatch> dispatch = std::make_shared<QtDispatch>();
   std::shared_ptr<test::StillCamera> camera =
       std::make_shared<test::StillCamera>(dispatch, test::plainPicture(320, 180, 90, 110, 120));
-  std::shared_ptr<SlowEngine> engine = std::make_shared<SlowEngine>();
-  std::shared_ptr<test::FakeRectangleDetector> rectangles = std::make_shared<test::FakeRectangleDetector>();
 
   Desk() {
+    engine = std::make_shared<SlowEngine>();
     camera->frameTime = 3ms;
     engine->blocks = test::portraitSide();
   }
   Platform makePlatform() const {
-    Platform parts;
-    parts.dispatch = dispatch;
+    Platform parts = FakeParts::makePlatform(dispatch);
     parts.captureSystem = camera;
-    parts.textEngine = engine;
-    parts.rectangleDetector = rectangles;
-    parts.imageRenderer = std::make_shared<test::FakeRenderer>();
     parts.imageCodec = std::make_shared<OpenCvImageCodec>();
     return parts;
   }
@@ -83,6 +78,7 @@ TEST(ScannerOnStage, takesKeysAndTouches) {
   EXPECT_EQ(s.overlay().scanMode(), OCRScanMode::idCardFront) << "the fourth segment is disabled";
   s.click({modes.x + 0.6 * modes.width, modes.midY()});
   EXPECT_EQ(s.overlay().scanMode(), OCRScanMode::idCardBack);
+  EXPECT_EQ(s.overlay().hintLabel()->text, "将身份证国徽面对准此区域");
   s.click({modes.x + 0.4 * modes.width, modes.midY()});
 
   test::wait(20ms);
@@ -202,8 +198,8 @@ TEST(ScannerOnStage, leavesNothingBehindWhenItIsClosedAtAnyMoment) {
     if (i % 3 == 0) s.engine->blocks.clear();
     if (i % 4 != 0) s.layCard();
     const auto mode = static_cast<OCRScanMode>(i % 4);
+    if (i % 16 == 3) s.camera->code = MetadataObject{{"AVMetadataObjectTypeQRCode"}, "code"};
     s.present(mode, i % 2 == 0);
-    if (i % 16 == 3) s.camera->setCode(MetadataObject{{"AVMetadataObjectTypeQRCode"}, "code"});
     test::wait(std::chrono::milliseconds(below(250)));
     if (i % 5 == 0 && s.widget() != nullptr) s.press(Qt::Key_Space);
     if (i % 7 == 0 && s.widget() != nullptr) s.press(Qt::Key_Escape);

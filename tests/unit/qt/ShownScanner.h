@@ -5,11 +5,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWidget>
-#include <chrono>
-#include <functional>
-#include <memory>
 
-#include "UI/OCRScannerViewController.h"
 #include "backends/qt/QtStage.h"
 #include "support/StillCamera.h"
 #include "tests/unit/UI/ScannerScreen.h"
@@ -33,12 +29,10 @@ inline void wait(std::chrono::milliseconds time) {
 }
 
 /// A scanner in a window of its own.
-struct ShownScanner {
+struct ShownScanner : Presented {
   QWidget window;
   Platform platform;
   std::shared_ptr<QtStage> stage;
-  std::shared_ptr<Listener> listener = std::make_shared<Listener>();
-  std::weak_ptr<OCRScannerViewController> weak;
 
   ShownScanner(Platform parts, QSize size) : platform(std::move(parts)) {
     window.resize(size);
@@ -48,14 +42,9 @@ struct ShownScanner {
   }
 
   void present(OCRScanMode mode, bool showModeSwitch = false) {
-    const auto screen = std::make_shared<OCRScannerViewController>(mode, showModeSwitch, PravikSDK(platform), platform);
-    screen->delegate = listener;
-    weak = screen;
-    stage->present(screen, false, {});
+    const PravikSDK sdk(platform);
+    Presented::present(std::make_shared<OCRScannerViewController>(mode, showModeSwitch, sdk, platform), *stage);
   }
-
-  OCRScannerViewController& screen() const { return *weak.lock(); }
-  const ScannerOverlayView& overlay() const { return *screen().overlayView(); }
   bool isIn(ScannerOverlayView::ScanState::Kind kind) const {
     return !weak.expired() && overlay().state().kind == kind;
   }
