@@ -9,42 +9,28 @@
 namespace pravik {
 namespace {
 
-struct Pixel {
-  std::uint8_t blue, green, red;
-};
-constexpr Pixel grey{128, 128, 128};
-constexpr Pixel white{255, 255, 255};
-constexpr Pixel black{0, 0, 0};
+constexpr std::uint8_t black = 0, grey = 128, white = 255;
 
-/// A frame of 100 x 100: the samples are 15 columns of 15 rows, from 20 in steps of 4.
-VideoFrame frameOf(const std::function<Pixel(int, int)>& pixel, int width = 100, int height = 100) {
+/// A frame of 100 x 100, with padded rows: the samples are 15 columns of 15 rows, from 20 in steps of 4.
+VideoFrame frameOf(const std::function<std::uint8_t(int, int)>& brightness, int width = 100, int height = 100) {
   const int stride = 4 * width + 8;
-  auto pixels = std::shared_ptr<std::uint8_t[]>(new std::uint8_t[static_cast<std::size_t>(stride * height)]());
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const Pixel value = pixel(x, y);
-      std::uint8_t* bytes = pixels.get() + y * stride + 4 * x;
-      bytes[0] = value.blue;
-      bytes[1] = value.green;
-      bytes[2] = value.red;
-    }
-  }
-  return {Bitmap(PixelFormat::bgra8, width, height, stride, {pixels, pixels.get()})};
+  const auto pixels = allocatePixels(PixelFormat::grey8, stride, height);
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x) std::fill_n(pixels.get() + y * stride + 4 * x, 4, brightness(x, y));
+  return {Bitmap(PixelFormat::bgra8, width, height, stride, pixels)};
 }
 
-VideoFrame plain(Pixel pixel) {
-  return frameOf([=](int, int) { return pixel; });
+VideoFrame plain(std::uint8_t blue, std::uint8_t green, std::uint8_t red) {
+  return {test::plainPicture(100, 100, blue, green, red)};
 }
 
 TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
   const std::vector<std::tuple<const char*, VideoFrame, FrameQuality>> cases{
-      {"an even grey", plain(grey), {0, 0, 0, true}},
-      {"white", plain(white), {1, 0, 1, false}},
-      {"black", plain(black), {0, 1, 0, false}},
-      {"luma 246 is glare", plain({246, 246, 246}), {1, 0, 1, false}},
-      {"just below is not", plain({255, 246, 242}), {0, 0, 0, true}},
-      {"luma 15 is not dark", plain({15, 15, 15}), {0, 0, 0, true}},
-      {"just below is", plain({14, 15, 15}), {0, 1, 0, false}},
+      {"an even grey", plain(grey, grey, grey), {0, 0, 0, true}},
+      {"luma 246 is glare", plain(246, 246, 246), {1, 0, 1, false}},
+      {"just below is not", plain(255, 246, 242), {0, 0, 0, true}},
+      {"luma 15 is not dark", plain(15, 15, 15), {0, 0, 0, true}},
+      {"just below is", plain(14, 15, 15), {0, 1, 0, false}},
       {"a third of one row",
        frameOf([](int x, int y) { return y == 40 && x >= 20 && x < 40 ? white : grey; }),
        {5 / 225.0F, 0, 5 / 15.0F, false}},
