@@ -2,7 +2,6 @@
 
 #include "Platform/Image.h"
 #include "blackbox/Tool.h"
-#include "blackbox/Truths.h"
 #include "support/Pictures.h"
 #include "support/TemporaryFolder.h"
 

@@ -5,7 +5,6 @@
 #include <opencv2/imgproc.hpp>
 
 #include "blackbox/Tool.h"
-#include "blackbox/Truths.h"
 #include "support/VideoFiles.h"
 
 namespace pravik::cli {

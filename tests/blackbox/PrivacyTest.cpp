@@ -6,11 +6,11 @@
 #include <array>
 #include <cstdio>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Utils/Text.h"
 #include "blackbox/Tool.h"
-#include "blackbox/Truths.h"
 #include "support/TemporaryFolder.h"
 
 namespace pravik::cli {
@@ -20,20 +20,15 @@ using Level = OCRLogger::Level;
 using nlohmann::json;
 
 /// The least level at which a value of a record stands in the log.
-struct LoggedField {
-  const char* kind;
-  const char* field;
-  Level firstAt;
-};
-constexpr std::array<LoggedField, 9> loggedFields{{{"id-front", "idNumber", Level::info},
-                                                   {"id-front", "name", Level::debug},
-                                                   {"id-front", "address", Level::debug},
-                                                   {"id-back", "issuingAuthority", Level::debug},
-                                                   {"id-back", "endDate", Level::debug},
-                                                   {"bank-card", "rawCardNumber", Level::debug},
-                                                   {"bank-card", "cardholderName", Level::debug},
-                                                   {"bank-card", "bankName", Level::debug},
-                                                   {"code", "payload", Level::info}}};
+constexpr std::tuple<const char*, const char*, Level> loggedFields[] = {{"id-front", "idNumber", Level::info},
+                                                                        {"id-front", "name", Level::debug},
+                                                                        {"id-front", "address", Level::debug},
+                                                                        {"id-back", "issuingAuthority", Level::debug},
+                                                                        {"id-back", "endDate", Level::debug},
+                                                                        {"bank-card", "rawCardNumber", Level::debug},
+                                                                        {"bank-card", "cardholderName", Level::debug},
+                                                                        {"bank-card", "bankName", Level::debug},
+                                                                        {"code", "payload", Level::info}};
 
 constexpr std::array kinds{"id-front", "id-back", "bank-card", "code"};
 
@@ -98,10 +93,9 @@ TEST(Privacy, theLogTellsWhatIsOnACardFromTheLevelOnThatTheMessagesName) {
     for (const Level level : {Level::error, Level::warning, Level::info, Level::debug}) {
       const std::string levelName(OCRLogger::caseName(level));
       const std::string log = runTool({kind, "--log-level", levelName, pathOf(truth)}).err;
-      for (const LoggedField& logged : loggedFields) {
-        if (logged.kind != kind) continue;
-        EXPECT_EQ(tells(log, truth["result"][logged.field]), level >= logged.firstAt)
-            << kind << " " << logged.field << " at " << levelName;
+      for (const auto& [kindOfField, field, firstAt] : loggedFields) {
+        if (kindOfField != kind) continue;
+        EXPECT_EQ(tells(log, truth["result"][field]), level >= firstAt) << kind << " " << field << " at " << levelName;
       }
       if (level >= Level::info) continue;
       EXPECT_EQ(cardDataIn(log, truth["result"]), std::vector<std::string>()) << kind << " at " << levelName;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -11,6 +12,20 @@
 
 namespace pravik::cli {
 
+inline const std::filesystem::path samples = PRAVIK_SAMPLES_DIRECTORY;
+
+inline std::vector<nlohmann::json> jsonLines(std::istream& text) {
+  std::vector<nlohmann::json> lines;
+  for (std::string line; std::getline(text, line);) lines.push_back(nlohmann::json::parse(line));
+  return lines;
+}
+
+/// What is on each picture of samples/: {"file":…,"kind":…,"level":…,"result":{…}}. The clips have a file of their own.
+inline std::vector<nlohmann::json> truths(const char* name = "truth.jsonl") {
+  std::ifstream file(samples / name);
+  return jsonLines(file);
+}
+
 /// What a run of the tool ended with and wrote.
 struct ToolRun {
   int status = 0;
@@ -18,10 +33,8 @@ struct ToolRun {
 
   /// The answers of a run with --format jsonl.
   std::vector<nlohmann::json> answers() const {
-    std::vector<nlohmann::json> lines;
     std::istringstream all(out);
-    for (std::string line; std::getline(all, line);) lines.push_back(nlohmann::json::parse(line));
-    return lines;
+    return jsonLines(all);
   }
 };
 
