@@ -23,10 +23,7 @@ TEST(ParseCommand, answersEachLineInOrder) {
   EXPECT_EQ(command({"parse", "id-front", "--format", "jsonl"}), someNotRecognized);
   const auto lines = command.lines();
   ASSERT_EQ(lines.size(), 3U);
-  EXPECT_FALSE(lines[0].contains("file"));
-  EXPECT_EQ(lines[0]["kind"], "id-front");
   EXPECT_EQ(lines[0]["result"]["name"], "张三");
-  EXPECT_EQ(lines[0]["checks"].dump(), R"({"checkDigit":false,"birthDateMatches":true,"genderMatches":null})");
   EXPECT_EQ(lines[1]["error"]["code"], "insufficient_text");
   EXPECT_EQ(lines[2], lines[0]);
 }

@@ -15,10 +15,6 @@ TEST(PictureCommands, aPictureIsAnsweredWithItsRecordAndItsChecks) {
     std::vector<RecognizedText> blocks;
     std::string answer;
   } cases[] = {
-      {"id-front", portraitSide(),
-       R"({"name":"张三","gender":"男","ethnicity":"汉","birthDate":"1990年03月07日","birthYear":"1990",)"
-       R"("birthMonth":"03","birthDay":"07","address":"北京市东城区景山前街4号","idNumber":"11010119900307123X"},)"
-       R"("checks":{"checkDigit":false,"birthDateMatches":true,"genderMatches":true})"},
       {"id-back",
        {textBlock("签发机关 某市公安局", 0.5, 0.7), textBlock("有效期限 2015.03.01-长期", 0.5, 0.8)},
        R"({"issuingAuthority":"某市公安局","validityPeriod":"20150301-长期","startDate":"20150301",)"
@@ -27,13 +23,11 @@ TEST(PictureCommands, aPictureIsAnsweredWithItsRecordAndItsChecks) {
        {textBlock("6222 0212 3456 7890", 0.5, 0.5), textBlock("礼品卡", 0.5, 0.8)},
        R"({"cardNumber":"6222 0212 3456 7890","rawCardNumber":"6222021234567890","bankName":null,)"
        R"("cardType":"预付卡","cardholderName":null},"checks":{"luhn":false})"},
-      {"code", {}, R"({"payload":"6901234567892","symbology":"EAN-13"})"},
       {"text",
        {textBlock("甲", 0.2, 0.2), textBlock("乙", 0.5, 0.2), textBlock("丙", 0.2, 0.6)},
        R"({"text":"甲 乙\n丙"})"},
   };
   CommandRun command;
-  command.barcodes->codes = {{"6901234567892", {"VNBarcodeSymbologyEAN13"}, {0.1, 0.1, 0.5, 0.2}}};
   for (const auto& [kind, blocks, answer] : cases) {
     command.engine->blocks = blocks;
     EXPECT_EQ(command({kind, "--format", "jsonl", "a.jpg"}), 0);

@@ -73,13 +73,8 @@ TEST(Table, tellsAnAnswerInAlignedWords) {
 }
 
 TEST(Annotation, aBlockBelongsToTheFieldThatItFed) {
-  const Json result{{"name", "汉武"},
-                    {"gender", "男"},
-                    {"ethnicity", "汉"},
-                    {"birthDate", "1990年03月07日"},
-                    {"birthYear", "1990"},
-                    {"address", "湖北省武汉市江岸区解放路12号"},
-                    {"idNumber", "11010119900307123X"}};
+  const Json result = toJson(IDCardFrontInfo{"汉武", "男", "汉", "1990年03月07日", "1990", "03", "07",
+                                             "湖北省武汉市江岸区解放路12号", "11010119900307123X"});
   const std::vector<std::pair<std::string, std::string>> cases{{"姓名 汉武", "name"},
                                                                {"性别 男", "gender"},
                                                                {"民族 汉", "ethnicity"},
