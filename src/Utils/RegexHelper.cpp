@@ -16,9 +16,9 @@ namespace pravik {
 
 namespace {
 
-/// A search gives up after this many steps of the engine's clock, ten thousand backtracking points each: a tenth of a
-/// second, and a hundred times what a page of text takes with the library's patterns.
-constexpr std::int32_t maximumSteps = 250;
+/// A search gives up after this many steps of the engine's clock, ten thousand backtracking points each: less than a
+/// second, and enough to find what stands behind a million digits in a row.
+constexpr std::int32_t maximumSteps = 1000;
 /// Each backtracking point holds a copy of what all groups have matched: with as many groups it costs twice as much.
 constexpr std::int32_t groupsThatDoubleAStep = 4;
 /// Bytes of backtracking points that a search may keep; a kept matcher does not give them back.

@@ -86,6 +86,8 @@ TEST(ScannerOnStage, takesKeysAndTouches) {
   EXPECT_TRUE(s.reaches(Kind::recognizing)) << "the photo is taken though no card was seen";
   EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"front 张三"}; }));
 
+  ASSERT_TRUE(waitUntil([&] { return s.widget() == nullptr; })) << "the next key would go to the screen that leaves";
+
   s.present(OCRScanMode::qrCode);
   s.press(Qt::Key_Space);
   EXPECT_FALSE(s.screen().isRecognizing()) << "codes are not photographed";
