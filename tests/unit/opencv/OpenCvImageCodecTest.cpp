@@ -49,7 +49,7 @@ Bitmap decoded(const Bytes& file) {
 /// A file beside this one: an 8 x 8 JPEG of cyan, magenta, yellow and black, plain red; or a 2 x 1 PNG with a palette,
 /// whose first pixel is red and whose second is wholly transparent.
 Bitmap loaded(const char* name) {
-  return OpenCvImageCodec().load(std::filesystem::path(__FILE__).parent_path() / name).bitmap.value();
+  return OpenCvImageCodec().load(std::filesystem::path(PRAVIK_TEST_PICTURES_DIRECTORY) / name).bitmap.value();
 }
 
 /// Why bytes cannot be decoded or a file cannot be loaded.
