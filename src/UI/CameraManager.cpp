@@ -65,8 +65,11 @@ CameraManager::CameraManager(std::shared_ptr<CaptureSystem> captureSystem, std::
       sessionQueue_(dispatch_->makeSerialQueue("com.pravik.camera.session")) {}
 
 CameraManager::~CameraManager() {
-  // The preview is the main queue's, while the last to let go of the camera may be the session's queue.
-  dispatch_->async([preview = previewLayer_] { preview->session.reset(); });
+  // The preview is the main queue's, while the last to let go of the camera may be the session's queue. A queue that
+  // ends drops its work where nothing may be destroyed that leads back to it, so that the work owns nothing.
+  dispatch_->async([shown = std::weak_ptr(previewLayer_)] {
+    if (const auto preview = shown.lock()) preview->session.reset();
+  });
   if (!session_) return;
   sessionQueue_->async([session = std::move(session_)] {
     if (session->isRunning()) session->stopRunning();
