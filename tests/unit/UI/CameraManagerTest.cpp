@@ -49,6 +49,14 @@ TEST(CameraManager, setsUpTheSessionOnceOnItsQueue) {
   EXPECT_EQ(c.manager->previewLayer()->session, c.session);
 }
 
+TEST(CameraManager, leavesNothingToAMainQueueThatRunsNoMore) {
+  Camera c;
+  c.run();
+  const std::weak_ptr<PreviewView> preview = c.manager->previewLayer();
+  c.manager.reset();
+  EXPECT_TRUE(preview.expired());
+}
+
 TEST(CameraManager, staysWithoutACameraAndSaysSoOnce) {
   const test::LogCapture log(OCRLogger::Level::warning);
   Camera refused;
