@@ -19,16 +19,6 @@ std::size_t poolSize(int threads) {
   return std::max(1U, std::thread::hardware_concurrency());
 }
 
-/// A strand keeps its pool's state alive only while the pool exists; work given later is dropped with the pool.
-class StrandQueue : public SerialQueue {
- public:
-  explicit StrandQueue(asio::thread_pool& pool) : strand_(pool.get_executor()) {}
-  void async(std::function<void()> work) override { asio::post(strand_, std::move(work)); }
-
- private:
-  asio::strand<asio::thread_pool::executor_type> strand_;
-};
-
 struct DelayedWork {
   DelayedWork(asio::io_context& loop, std::chrono::milliseconds delay, std::function<void()> work)
       : timer(loop, delay), run(std::move(work)) {}
@@ -38,38 +28,69 @@ struct DelayedWork {
   std::atomic<bool> cancelled = false;
 };
 
+/// A context that can let go of its work before it ends.
+template <class Context>
+struct Droppable : Context {
+  using Context::Context;
+  void dropWork() { this->shutdown(); }
+};
+
 }  // namespace
 
 struct AsioDispatch::Loops {
   explicit Loops(int poolThreads) : pool(poolSize(poolThreads)) {
     mainThread = std::thread([this] { main.run(); });
   }
-  ~Loops() {
-    pool.stop();
-    pool.join();
-    main.stop();
-    mainThread.join();
-  }
+  ~Loops() { stop(); }
   Loops(const Loops&) = delete;
   Loops& operator=(const Loops&) = delete;
   Loops(Loops&&) = delete;
   Loops& operator=(Loops&&) = delete;
 
+  /// Waits for the work that runs; what has not begun never does.
+  void stop() {
+    if (hasStopped.exchange(true)) return;
+    pool.stop();
+    pool.join();
+    main.stop();
+    mainThread.join();
+    // Work may own a serial queue, which would keep both contexts and with them that work.
+    main.dropWork();
+    pool.dropWork();
+  }
+
   bool runsOnThisThread() const {
     return pool.get_executor().running_in_this_thread() || std::this_thread::get_id() == mainThread.get_id();
   }
 
-  mutable asio::thread_pool pool;
-  asio::io_context main{1};
+  mutable Droppable<asio::thread_pool> pool;
+  Droppable<asio::io_context> main{1};
   asio::executor_work_guard<asio::io_context::executor_type> keepsRunning{main.get_executor()};
   std::thread mainThread;
+  std::atomic<bool> hasStopped = false;
 };
 
-AsioDispatch::AsioDispatch(int poolThreads) : loops_(std::make_unique<Loops>(poolThreads)) {}
+/// May outlive the dispatch, whose pool a strand must not; work given after that is dropped.
+class AsioDispatch::StrandQueue : public SerialQueue {
+ public:
+  explicit StrandQueue(std::shared_ptr<Loops> loops) : loops_(std::move(loops)), strand_(loops_->pool.get_executor()) {}
+  void async(std::function<void()> work) override {
+    if (!loops_->hasStopped) asio::post(strand_, std::move(work));
+  }
+
+ private:
+  std::shared_ptr<Loops> loops_;
+  asio::strand<asio::thread_pool::executor_type> strand_;
+};
+
+AsioDispatch::AsioDispatch(int poolThreads) : loops_(std::make_shared<Loops>(poolThreads)) {}
 
 AsioDispatch::~AsioDispatch() {
   // The last owner may be a piece of work that runs here; a thread cannot wait for itself.
-  if (loops_->runsOnThisThread()) std::thread([loops = std::move(loops_)] {}).detach();
+  if (loops_->runsOnThisThread())
+    std::thread([loops = std::move(loops_)] { loops->stop(); }).detach();
+  else
+    loops_->stop();
 }
 
 void AsioDispatch::async(std::function<void()> work) {
@@ -94,7 +115,7 @@ void AsioDispatch::asyncGlobal(std::function<void()> work) {
 }
 
 std::shared_ptr<SerialQueue> AsioDispatch::makeSerialQueue(const std::string& /*label*/) {
-  return std::make_shared<StrandQueue>(loops_->pool);
+  return std::make_shared<StrandQueue>(loops_);
 }
 
 }  // namespace pravik

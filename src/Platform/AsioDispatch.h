@@ -25,7 +25,8 @@ class AsioDispatch : public Dispatch {
 
  private:
   struct Loops;
-  std::unique_ptr<Loops> loops_;
+  class StrandQueue;
+  std::shared_ptr<Loops> loops_;
 };
 
 }  // namespace pravik

@@ -64,5 +64,20 @@ TEST(AsioDispatchTest, canBeLetGoByItsOwnWork) {
   ran.get_future().wait();
 }
 
+TEST(AsioDispatchTest, isOutlivedByItsQueuesButNotByItsWork) {
+  auto dispatch = std::make_unique<AsioDispatch>(1);
+  const auto queue = dispatch->makeSerialQueue("test");
+  std::promise<void> blocks;
+  dispatch->asyncGlobal([&blocks] { blocks.get_future().wait_for(milliseconds(50)); });
+  const auto owned = std::make_shared<std::shared_ptr<SerialQueue>>(dispatch->makeSerialQueue("owned"));
+  const auto work = [owned] {};
+  queue->async(work);
+  (*owned)->async(work);
+  dispatch->asyncAfter(std::chrono::hours(1), work);
+  dispatch.reset();
+  queue->async(work);
+  EXPECT_EQ(owned.use_count(), 2) << "the work that never ran is gone";
+}
+
 }  // namespace
 }  // namespace pravik
