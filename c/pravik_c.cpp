@@ -64,12 +64,6 @@ const Kind* kindOf(int kind) {
   return index < kinds.size() ? &kinds[index] : nullptr;
 }
 
-Answer withKind(const Kind& kind, const Answer& answer) {
-  Answer whole{{"kind", kind.name}};
-  whole.update(answer);
-  return whole;
-}
-
 /// Makes the result of a call, whatever it throws; null when there is not even memory for that.
 template <class Call>
 pravik_result* resultOf(const Call& call) noexcept {
@@ -97,11 +91,11 @@ Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Loa
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    return withKind(kind, answerOf(OCRError::invalidImage(), error.what()));
+    return withKind(kind.name, answerOf(OCRError::invalidImage(), error.what()));
   }
   // One of its own for every call, so that what a failed photo gave is not kept.
   const PravikSDK sdk(handle.platform);
-  return withKind(kind, kind.recognize(sdk, image));
+  return withKind(kind.name, kind.recognize(sdk, image));
 }
 
 /// Checks what all the calls share; `source` is the picture.
@@ -194,7 +188,7 @@ pravik_result* pravik_parse(int kindNumber, const char* observations) {
     if (observations == nullptr) return invalidArgumentAnswer("the text is null");
     const LogScope nowhere(nullptr);
     const auto parsed = parseObservations(observations);
-    return parsed ? withKind(*kind, kind->parse(*parsed)) : invalidInputAnswer(parsed.error());
+    return parsed ? withKind(kind->name, kind->parse(*parsed)) : invalidInputAnswer(parsed.error());
   });
 }
 

@@ -48,9 +48,8 @@ constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
 Answer answerText(const ObservationCommand& command, const std::string& text) {
   const auto observations = parseObservations(text);
   if (!observations) return invalidInputAnswer(observations.error());
-  Answer answer = command.tellsKind ? Answer{{"kind", command.kind}} : Answer::object();
-  answer.update(command.answer(*observations));
-  return answer;
+  const Answer answer = command.answer(*observations);
+  return command.tellsKind ? withKind(command.kind, answer) : answer;
 }
 
 void answerLines(const ObservationCommand& command, std::istream& in, AnswerWriter& writer, const Host& host) {

@@ -28,12 +28,6 @@ bool fails(const Json& checks, const char* check) {
   return checks.contains(check) && checks[check] == false;
 }
 
-Answer withKind(const char* kind, const Answer& answer) {
-  Answer whole{{"kind", kind}};
-  whole.update(answer);
-  return whole;
-}
-
 }  // namespace
 
 ScannedRecord describe(const OCRScannerResult<BankCardInfo>& result) {

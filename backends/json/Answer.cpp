@@ -55,6 +55,12 @@ Answer invalidInputAnswer(const std::string& message) {
   return {{"error", {{"code", "invalid_input"}, {"message", message}}}};
 }
 
+Answer withKind(std::string_view kind, const Answer& answer) {
+  Answer whole{{"kind", kind}};
+  whole.update(answer);
+  return whole;
+}
+
 bool isRecognized(const Answer& answer) {
   return answer.contains("result");
 }

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 #include "BankCardInfo.h"
 #include "CodeScanResult.h"
@@ -33,6 +34,9 @@ Answer codeAnswer(const Result<CodeScanResult>& result);
 Answer textAnswer(const Result<std::string>& result);
 /// {"error":{"code":"invalid_input","message":…}}: what was handed in is not what the command reads.
 Answer invalidInputAnswer(const std::string& message);
+
+/// {"kind":…} and then the answer.
+Answer withKind(std::string_view kind, const Answer& answer);
 
 /// Whether the answer is a result.
 bool isRecognized(const Answer& answer);
