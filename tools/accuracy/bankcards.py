@@ -4,7 +4,9 @@ import collections
 
 import reading
 
-LOOKS = ("flat", "silver", "gold", "worn")
+# The generator's styles of bank cards and the looks that each has.
+STYLES = {"plain": ("flat", "silver", "gold", "worn"), "lifelike": ("flat", "silver", "gold", "worn", "bare")}
+LOOKS = STYLES["lifelike"]
 # Stages of the pipeline in their order; "none" is a card that none of them read.
 STAGES = ("first", "retry", "band", "fusion", "none")
 WRONG_PASSING, WRONG_MARKED = "wrong, passes Luhn", "wrong, fails Luhn"
@@ -63,12 +65,12 @@ ROWS = ("number exact", WRONG_PASSING, WRONG_MARKED, "no number", "bank", "bank 
         "holder", "holder invented", "whole record", *(f"read by {stage}" for stage in STAGES))
 
 
-def print_tallies(level, tallies):
+def print_tallies(title, tallies):
     """One table: a row a question, a column a look."""
     columns = dict(tallies)
     if len(tallies) > 1:
         columns["all"] = sum(tallies.values(), Tally())
-    print(f"\nbank-card {level}: % | of how many cards")
+    print(f"\nbank-card {title}: % | of how many cards")
     print(" " * 20 + "".join(f"{look:>14}" for look in columns))
     for row in ROWS:
         print(f"  {row:<18}" + "".join(f"{tally.cell(row):>14}" for tally in columns.values()))
@@ -77,9 +79,9 @@ def print_tallies(level, tallies):
             print(f"  {look}: {count} x {code}")
 
 
-def print_doubtless_wrong(levels):
-    """Over the levels that people's photos have: wrong numbers that nothing gives away. `levels`: level -> tallies."""
-    total = sum((tally for level, tallies in levels.items() if level != "hard" for tally in tallies.values()), Tally())
-    if total.all[WRONG_PASSING]:
-        print(f"\nwrong numbers that pass Luhn over {' and '.join(level for level in levels if level != 'hard')}: "
-              f"{total.hold[WRONG_PASSING]} of {total.all[WRONG_PASSING]}")
+def print_doubtless_wrong(tables):
+    """By style and level: wrong numbers that nothing gives away. `tables`: (style, level) -> look -> tally."""
+    print("\nwrong numbers that pass Luhn")
+    for (style, level), tallies in tables.items():
+        total = sum(tallies.values(), Tally())
+        print(f"  {style:<9} {level:<6} {total.hold[WRONG_PASSING]} of {total.all[WRONG_PASSING]}")

@@ -90,11 +90,13 @@ def split(digits, lengths):
     return [group for group in groups if group]
 
 
-def _pick(rng, weights):
+def pick(rng, weights):
+    """One of the keys, each as often as its weight says."""
     return rng.choices(list(weights), weights=list(weights.values()))[0]
 
 
-def _number(rng, prefixes, length):
+def number(rng, prefixes, length):
+    """A random number that begins with one of the prefixes and ends in the right check digit."""
     while True:
         digits = rng.choice(prefixes)
         digits += "".join(rng.choice("0123456789") for _ in range(length - 1 - len(digits)))
@@ -102,7 +104,7 @@ def _number(rng, prefixes, length):
             return digits + check_digit(digits)
 
 
-def _holder(rng):
+def holder(rng):
     """An invented name of two or three words in capitals."""
     while True:
         given = rng.sample(banks.SYLLABLES, rng.choices((1, 2), weights=(30, 70))[0])
@@ -117,11 +119,11 @@ def account(look, rng):
     prefixes, length, kind = RANGES[rng.choices(list(RANGES), weights=weights)[0]]
     shows_holder = SHOWS_HOLDER["flat" if look == "flat" else "embossed"][kind]
     return Account(
-        digits=_number(rng, prefixes, length),
+        digits=number(rng, prefixes, length),
         bank=rng.choice(list(banks.BANKS)) if kind != "prepaid" else None,
         type=kind,
         type_words=rng.choice(banks.TYPE_WORDS[kind]) if rng.random() < SAYS_ITS_TYPE[kind] else "",
-        holder=_holder(rng) if rng.random() < shows_holder else None,
+        holder=holder(rng) if rng.random() < shows_holder else None,
         valid=f"{rng.randint(1, 12):02d}/{rng.randint(24, 36)}" if rng.random() < SHOWS_DATE[kind] else None)
 
 
@@ -138,14 +140,14 @@ class BankCard:
         self._ink = rng.choice(banks.INKS[tone])
         self._tone = tone
         self._seed = rng.random()
-        self._bank_form = _pick(rng, BANK_FORMS)
-        self._name_style, self._name_size = _pick(rng, NAME_STYLES), rng.uniform(4.0, 5.4)
+        self._bank_form = pick(rng, BANK_FORMS)
+        self._name_style, self._name_size = pick(rng, NAME_STYLES), rng.uniform(4.0, 5.4)
         self._bank_right = rng.random() < 0.25
         self._chip = rng.random() < 0.75
         self._scheme = rng.choice(("UnionPay 银联", "银联 UnionPay", "UnionPay", "银联")) \
             if said.digits.startswith("62") and rng.random() < 0.85 else ""
         self._class_words = rng.choice(banks.CLASS_WORDS) if rng.random() < 0.25 else ""
-        self._hotline = _hotline(rng) if rng.random() < 0.45 else ""
+        self._hotline = hotline(rng) if rng.random() < 0.45 else ""
         self._groups = split(said.digits, (4, 4, 4, 4, 3) if len(said.digits) == 16 or rng.random() < 0.45 else (6, 13))
         self._letter_style = rng.choice(list(LETTER_SIZE))
         self._shift = (rng.uniform(-0.5, 0.5), rng.uniform(-0.5, 0.5))
@@ -162,11 +164,11 @@ class BankCard:
             depth=rng.uniform(0.6, 0.9) if worn else rng.uniform(0.75, 1.1),
             streak=rng.uniform(0.3, 1.0),
             seed=rng.getrandbits(32))
-        self._number_style, self._stroke = _pick(rng, EMBOSSED_STYLES), rng.uniform(*DIGIT_STROKE)
+        self._number_style, self._stroke = pick(rng, EMBOSSED_STYLES), rng.uniform(*DIGIT_STROKE)
         self._bin_row = rng.choices((NUMBER_ROW + 4.6, NUMBER_ROW - 4.0, None), weights=(62, 14, 24))[0]
 
     def _choose_print(self, rng):
-        self._number_style, self._number_size = _pick(rng, PRINTED_STYLES), rng.uniform(4.2, 5.6)
+        self._number_style, self._number_size = pick(rng, PRINTED_STYLES), rng.uniform(4.2, 5.6)
         # Without a holder the number may stand lower.
         self._number_row = 40.5 if self._said.holder is None and rng.random() < 0.3 else rng.uniform(31.5, 34.0)
         shining = self._tone == "light" and rng.random() < 0.35
@@ -177,7 +179,7 @@ class BankCard:
         rng = random.Random(self._seed)
         canvas = Canvas(WIDTH, HEIGHT, pixels_per_mm, _ground_picture(min(pixels_per_mm, 14), self._stops, rng))
         if self._chip:
-            _chip(canvas, rng)
+            chip(canvas, rng)
         self._print_words(canvas)
         if self.foil:
             self._emboss(canvas)
@@ -275,7 +277,8 @@ class BankCard:
                       anchor="m")
 
 
-def _hotline(rng):
+def hotline(rng):
+    """A line with an invented service number."""
     long = f"{banks.LONG_HOTLINE_PREFIX}{rng.randint(10, 99)}-{rng.randint(1000, 9999)}"
     return rng.choice(banks.HOTLINES).format(rng.choice((rng.choice(banks.SHORT_HOTLINES), long)))
 
@@ -285,7 +288,7 @@ def _ground(look, rng):
     poor = {"silver": ("white", "silver grey"), "gold": ("gold", "champagne")}.get(look, ())
     weights = {name: 1 if tone == "dark" and look != "flat" else 2
                for name, (_, tone) in banks.GROUNDS.items() if name not in poor}
-    return _pick(rng, weights)
+    return pick(rng, weights)
 
 
 def _mixed(colour, other, share):
@@ -316,7 +319,7 @@ def _soft_shape(picture, rng, pixels_per_mm, colour):
     picture.paste(colour, (0, 0), mask.filter(ImageFilter.GaussianBlur(softness)))
 
 
-def _chip(canvas, rng):
+def chip(canvas, rng):
     """A neutral contact pad: a metal plate cut into eight fields around a middle one."""
     left, top, width, height = CHIP
     metal = rng.choice(((214, 180, 104), (200, 202, 206), (224, 196, 132)))

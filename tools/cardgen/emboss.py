@@ -56,7 +56,7 @@ class Relief:
     seed: int
 
 
-def _curve(points, steps=8):
+def curve(points, steps=8):
     """A smooth line through the points (Catmull and Rom, 1974)."""
     p = np.array(points, float)
     closed = np.allclose(p[0], p[-1])
@@ -71,7 +71,7 @@ def _curve(points, steps=8):
 def digit(canvas, character, left, top, width, height, stroke, colour):
     """Draws one of DIGITS; the box holds the middle lines of the strokes."""
     for curved, points in DIGITS[character]:
-        path = _curve(points) if curved else np.array(points, float)
+        path = curve(points) if curved else np.array(points, float)
         path = path * (width, height) + (left, top)
         canvas.line([tuple(point) for point in path], colour, stroke)
         for x, y in (path[0], path[-1]):

@@ -14,6 +14,7 @@ from PIL import Image, ImageDraw, ImageFilter
 
 import camera
 import desk
+import messenger
 
 # Width of the flat picture at level `clean`, in pixels: a card at 300 dots an inch.
 CLEAN_PIXELS_PER_MM = 300 / 25.4
@@ -228,8 +229,11 @@ def _glare(picture, corners, rng, strength):
     picture.paste((255, 255, 255), tuple(int(v) for v in middle - side / 2), mask)
 
 
-def photograph(subject, level, rng, size=None):
-    """The JPEG bytes of the subject at a level; `rng` is a numpy generator, `size` fixes the picture size."""
+def photograph(subject, level, rng, size=None, forwarded=False):
+    """The JPEG bytes of the subject at a level; `rng` is a numpy generator, `size` fixes the picture size.
+
+    A forwarded photo is made small and coded again on its way, as messengers do it.
+    """
     if level == "clean":
         return clean(subject)
     size = size or choose_size(rng)
@@ -239,4 +243,8 @@ def photograph(subject, level, rng, size=None):
     sensor, glare = choose_sensor(level, size, rng)
     if subject.foil and not glare and rng.random() < FOIL_GLARE_SHARE:
         glare = MILD_GLARE
-    return camera.jpeg(shoot(subject, kind, pose, light, sensor, rng, glare), sensor.quality)
+    picture = shoot(subject, kind, pose, light, sensor, rng, glare)
+    if not forwarded:
+        return camera.jpeg(picture, sensor.quality)
+    corners = camera.project(pose.homography(), camera.rectangle(subject.width, subject.height))
+    return messenger.forward(picture, sensor.quality, math.dist(corners[0], corners[1]), rng)
