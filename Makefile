@@ -27,25 +27,20 @@ help:
 setup:
 	@tools/setup
 
-# configure-and-build PRESET TARGETS
-define build-preset
-	@cmake --preset $(1) > build-$(1).log 2>&1 || { cat build-$(1).log; rm -f build-$(1).log; exit 1; }; rm -f build-$(1).log
-	@ninja -C build/$(1) -j$(JOBS) --quiet $(2)
-endef
-
 build: setup
-	$(call build-preset,release,all)
+	@tools/compile release $(JOBS) all
 
-demo: build
+demo: setup
+	@tools/compile release $(JOBS) pravik_tool
 	@tools/demo
 
 # Says by itself when there is no display.
 scanner: setup
-	$(call build-preset,release,pravik-scanner)
+	@tools/compile release $(JOBS) pravik-scanner
 	@build/release/apps/scanner/pravik-scanner $(ARGS)
 
 screenshots: setup
-	$(call build-preset,release,pravik-screenshots)
+	@tools/compile release $(JOBS) pravik-screenshots
 	@tools/screenshots/screenshots
 
 test: build
@@ -56,7 +51,7 @@ test-asan: export ASAN_OPTIONS = detect_stack_use_after_return=1:strict_string_c
 test-asan: export UBSAN_OPTIONS = print_stacktrace=1
 test-tsan: export TSAN_OPTIONS = halt_on_error=1:history_size=7:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/tsan.suppressions
 test-asan test-tsan: test-%: setup
-	$(call build-preset,$*,unit-tests)
+	@tools/compile $* $(JOBS) unit-tests
 	@ctest --test-dir build/$* --output-on-failure -j$(JOBS) -L unit
 
 packages: build
@@ -65,7 +60,7 @@ packages: build
 # The library alone, cross-compiled and run under an emulator.
 test-arm64:
 	@tools/setup --arm64
-	$(call build-preset,arm64,all)
+	@tools/compile arm64 $(JOBS) all
 	@ctest --test-dir build/arm64 --output-on-failure -j$(JOBS)
 
 # Not part of .ci/run: it compiles everything a fourth time for a figure that moves slowly.
@@ -73,14 +68,14 @@ test-arm64:
 forget-counts = find build/coverage -name '*.gcda' -delete 2>/dev/null || true
 coverage: setup
 	@$(forget-counts)
-	$(call build-preset,coverage,unit-tests)
+	@tools/compile coverage $(JOBS) unit-tests
 	@$(forget-counts)
 	@ctest --test-dir build/coverage --output-on-failure -j$(JOBS) -L unit
 	@tools/coverage
 
 fuzz: SECONDS = 60
 fuzz: setup
-	$(call build-preset,fuzz,fuzz-targets)
+	@tools/compile fuzz $(JOBS) fuzz-targets
 	@fuzz/run $(SECONDS) $(TARGET)
 
 bench: build
@@ -102,9 +97,10 @@ docs:
 format: setup
 	@clang-format-19 -i $(SOURCES)
 
-lint: build
+lint: setup
 	@clang-format-19 --dry-run --Werror $(SOURCES)
-	@run-clang-tidy-19 -quiet -p build/release -j$(JOBS) '^(?!.*/build/).*\.cpp$$'
+	@cmake --preset lint > /dev/null
+	@run-clang-tidy-19 -quiet -p build/lint -j$(JOBS) '^(?!.*/build/).*\.cpp$$'
 
 clean:
 	@rm -rf build

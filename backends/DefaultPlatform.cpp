@@ -7,9 +7,9 @@
 #include "backends/FolderPhotoLibrary.h"
 #include "backends/onnxruntime/ModelFiles.h"
 #include "backends/onnxruntime/OnnxTextEngine.h"
-#include "backends/opencv/OpenCvImageCodec.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
-#include "backends/opencv/OpenCvRectangleDetector.h"
+#include "backends/opencv/files/OpenCvImageCodec.h"
+#include "backends/opencv/finder/OpenCvRectangleDetector.h"
 #include "backends/zxing/ZXingBarcodeDetector.h"
 
 namespace pravik {

@@ -12,7 +12,9 @@
 #include "Parsers/CardText.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
-#include "Pravik.h"
+#include "Reading/PostCorrection.h"
+#include "Reading/SceneValidation.h"
+#include "Records/OCRError.h"
 #include "Utils/RegexHelper.h"
 
 // How the time to read a text grows with its size when the text was made to take long. A row gives the time of the
@@ -78,9 +80,13 @@ void fuse(const Observations& page) {
   benchmark::DoNotOptimize(fuseCardNumber(fragments, hints, fusedCardNumberLength));
 }
 
+void correct(const Observations& page) {
+  benchmark::DoNotOptimize(postCorrected(page, SceneType::idCard));
+}
+
 void validate(const Observations& page) {
   try {
-    validateScene(page, PravikSDK::SceneType::idCard);
+    validateScene(page, SceneType::idCard);
   } catch (const OCRError& error) {
     benchmark::DoNotOptimize(error);
   }
@@ -133,6 +139,7 @@ void inFourSizes(benchmark::internal::Benchmark* benchmark) {
                                     {"emblem-side", parse<IDCardBackParser>},
                                     {"bank-card", parse<BankCardParser>},
                                     {"fusion", fuse},
+                                    {"post-correction", correct},
                                     {"scene", validate}};
   const std::vector<std::pair<std::string, Layout>> layouts{
       {"one-block", Layout::oneBlock}, {"one-row", Layout::oneRow}, {"rows", Layout::rows}};

@@ -5,7 +5,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "backends/opencv/Mat.h"
-#include "backends/opencv/OpenCvImageCodec.h"
+#include "backends/opencv/files/OpenCvImageCodec.h"
 
 namespace pravik::bench {
 namespace {

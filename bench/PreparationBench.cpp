@@ -4,7 +4,7 @@
 
 #include "Core/ImagePreprocessor.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
-#include "backends/opencv/OpenCvRectangleDetector.h"
+#include "backends/opencv/finder/OpenCvRectangleDetector.h"
 #include "bench/Pictures.h"
 
 namespace pravik::bench {

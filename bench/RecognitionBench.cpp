@@ -46,8 +46,8 @@ class NumberBlindEngine final : public TextEngine {
 void recognizeBankCard(benchmark::State& state) {
   const Image photo{.bitmap = bankCardPhoto()};
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
-  const auto reading = syncWait(sdk.readBankCard(photo));
-  if (!reading || reading->stage != BankCardStage::firstReading) return state.SkipWithError("not read at once");
+  const auto reading = syncWait(sdk.read(photo, OCRScanMode::bankCard));
+  if (!reading || reading->report.stage != BankCardStage::firstReading) return state.SkipWithError("not read at once");
   for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
 }
 BENCHMARK(recognizeBankCard)

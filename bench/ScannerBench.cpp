@@ -6,7 +6,7 @@
 #include "UI/CardDetector.h"
 #include "UI/FrameMonitor.h"
 #include "UI/FrameQuality.h"
-#include "backends/opencv/OpenCvRectangleDetector.h"
+#include "backends/opencv/finder/OpenCvRectangleDetector.h"
 #include "bench/Pictures.h"
 
 namespace pravik::bench {

@@ -54,7 +54,7 @@ BENCHMARK(classifyDirections)->Name("text/direction/1600x1200")->Unit(benchmark:
 void readLines(benchmark::State& state) {
   const std::vector<cv::Mat> lines = Photo().lines();
   const ppocr::LineReader reader(modelPath(recognitionModelFile), allCores);
-  for (auto _ : state) benchmark::DoNotOptimize(reader.read(lines));
+  for (auto _ : state) benchmark::DoNotOptimize(reader.read(lines, {}));
   state.counters["lines"] = static_cast<double>(lines.size());
 }
 BENCHMARK(readLines)->Name("text/recognition/1600x1200")->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -4,17 +4,21 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <thread>
 
 #include "Pravik.h"
+#include "Reading/TextToRecord.h"
 #include "backends/DefaultPlatform.h"
-#include "backends/json/Checks.h"
 #include "backends/json/ObservationsJson.h"
 #include "c/CallResult.h"
 #include "c/HandleLog.h"
@@ -22,46 +26,45 @@
 struct pravik_handle {
   pravik::Platform platform;
   pravik::HandleLog log;
+  std::atomic<std::chrono::milliseconds> timeLimit = pravik::ReadingLimits{}.time;
 };
 
 namespace {
 
 using namespace pravik;
 
-Answer idFront(const PravikSDK& sdk, const Image& image) {
-  return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));
-}
-Answer idBack(const PravikSDK& sdk, const Image& image) {
-  return cardAnswer(syncWait(sdk.recognizeIDCardBack(image)));
-}
-Answer bankCard(const PravikSDK& sdk, const Image& image) {
-  return cardAnswer(syncWait(sdk.recognizeBankCard(image)));
-}
-Answer code(const PravikSDK& sdk, const Image& image) {
-  return codeAnswer(syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode)));
-}
-Answer text(const PravikSDK& sdk, const Image& image) {
-  return textAnswer(syncWait(sdk.recognizeRawText(image, PravikSDK::SceneType::idCard)));
-}
-
+/// What a pravik_kind stands for; text is no kind of document.
 struct Kind {
   std::string_view name;
-  Answer (*recognize)(const PravikSDK& sdk, const Image& image);
-  /// Null for what is no card.
-  Answer (*parse)(const Observations& observations);
+  const DocumentKind* document;
 };
 
 /// In the order of pravik_kind.
-constexpr std::array<Kind, 5> kinds{{{"id-front", idFront, parsedAnswer<IDCardFrontParser>},
-                                     {"id-back", idBack, parsedAnswer<IDCardBackParser>},
-                                     {"bank-card", bankCard, parsedAnswer<BankCardParser>},
-                                     {"code", code, nullptr},
-                                     {"text", text, nullptr}}};
+const std::array<Kind, 5>& kinds() {
+  static const auto kind = [](OCRScanMode mode) { return Kind{documentKind(mode).commandName, &documentKind(mode)}; };
+  static const std::array<Kind, 5> all{kind(OCRScanMode::idCardFront), kind(OCRScanMode::idCardBack),
+                                       kind(OCRScanMode::bankCard), kind(OCRScanMode::qrCode), Kind{"text", nullptr}};
+  return all;
+}
 
 /// Null for a number that is no kind.
-const Kind* kindOf(int kind) {
-  const auto index = static_cast<std::size_t>(kind);
-  return index < kinds.size() ? &kinds[index] : nullptr;
+const Kind* kindOf(int number) {
+  const auto index = static_cast<std::size_t>(number);
+  return index < kinds().size() ? &kinds()[index] : nullptr;
+}
+
+Answer recognized(const pravik_handle& handle, const Kind& kind, const Image& image) {
+  // One of its own for every call, so that what a failed photo gave is not kept.
+  const PravikSDK sdk(handle.platform);
+  const ReadingLimits limits{.time = handle.timeLimit.load()};
+  if (kind.document == nullptr) return textAnswer(syncWait(sdk.recognizeRawText(image, SceneType::idCard, limits)));
+  const auto reading = syncWait(sdk.read(image, kind.document->mode, limits));
+  return reading ? readingAnswer(*reading) : answerOf(reading.error());
+}
+
+Answer parsed(const DocumentKind& kind, const Observations& observations) {
+  const std::optional<Record> record = recordIn(observations, kind.mode);
+  return record ? recordAnswer(*record) : answerOf(OCRError::insufficientText());
 }
 
 /// Makes the result of a call, whatever it throws; null when there is not even memory for that.
@@ -93,9 +96,7 @@ Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Loa
   } catch (const std::exception& error) {
     return withKind(kind.name, answerOf(OCRError::invalidImage(), error.what()));
   }
-  // One of its own for every call, so that what a failed photo gave is not kept.
-  const PravikSDK sdk(handle.platform);
-  return withKind(kind.name, kind.recognize(sdk, image));
+  return withKind(kind.name, recognized(handle, kind, image));
 }
 
 /// Checks what all the calls share; `source` is the picture.
@@ -164,6 +165,14 @@ pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_functi
   }
 }
 
+pravik_status pravik_set_time_limit(pravik_handle* handle, double seconds) {
+  constexpr double mostSeconds = 7 * 24 * 3600;
+  const bool isTime = seconds >= 0.001 && seconds <= mostSeconds;
+  if (handle == nullptr || !isTime) return PRAVIK_INVALID_ARGUMENT;
+  handle->timeLimit = std::chrono::milliseconds(std::llround(seconds * 1000));
+  return PRAVIK_OK;
+}
+
 pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path) {
   return recognize(handle, kind, path, [&] { return handle->platform.imageCodec->load(path); });
 }
@@ -184,11 +193,12 @@ pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const ui
 pravik_result* pravik_parse(int kindNumber, const char* observations) {
   return resultOf([&] {
     const Kind* kind = kindOf(kindNumber);
-    if (kind == nullptr || kind->parse == nullptr) return invalidArgumentAnswer("the kind is not that of a card");
+    if (kind == nullptr || kind->document == nullptr || !kind->document->isCard())
+      return invalidArgumentAnswer("the kind is not that of a card");
     if (observations == nullptr) return invalidArgumentAnswer("the text is null");
     const LogScope nowhere(nullptr);
-    const auto parsed = parseObservations(observations);
-    return parsed ? withKind(kind->name, kind->parse(*parsed)) : invalidInputAnswer(parsed.error());
+    const auto blocks = parseObservations(observations);
+    return blocks ? withKind(kind->name, parsed(*kind->document, *blocks)) : invalidInputAnswer(blocks.error());
   });
 }
 

@@ -97,6 +97,12 @@ void pravik_destroy(pravik_handle* handle);
  */
 pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_function function, void* context);
 
+/*
+ * How long one recognition may take, 10 seconds unless this is called; then what was read so far decides. From 0.001 to
+ * 604800 (a week), else PRAVIK_INVALID_ARGUMENT.
+ */
+pravik_status pravik_set_time_limit(pravik_handle* handle, double seconds);
+
 /* Reads the picture in a file (JPEG, PNG, BMP, WebP or TIFF; the orientation that it stores is honoured). */
 pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path);
 /* Reads the picture in the bytes of such a file. */
@@ -120,8 +126,8 @@ pravik_status pravik_result_status(const pravik_result* result);
 /*
  * The answer as JSON on one line, {"kind":…,"result":{…},"checks":{…}} or {"kind":…,"error":{"code":…,"message":…,
  * "context":{…}}}, as the command line writes it; the context says more than the message, such as why a file cannot be
- * read. The statuses from PRAVIK_INVALID_INPUT on have neither kind nor context. Never null; valid until the result is
- * freed, as are the next two.
+ * read, and "report" beside the error why nothing was read. The statuses from PRAVIK_INVALID_INPUT on have neither kind
+ * nor context. Never null; valid until the result is freed, as are the next two.
  */
 const char* pravik_result_json(const pravik_result* result);
 /* The error's stable code, such as "scene_mismatch"; "" without an error. */

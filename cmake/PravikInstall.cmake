@@ -8,6 +8,11 @@ set(PRAVIK_RUNTIME_DIRECTORY lib/pravik)
 set(PRAVIK_MODEL_DIRECTORY share/pravik/models)
 set(PRAVIK_CMAKE_DIRECTORY ${CMAKE_INSTALL_LIBDIR}/cmake/Pravik)
 
+# The Debian package of each component.
+set(PRAVIK_PACKAGE_library libpravik${PROJECT_VERSION_MAJOR})
+set(PRAVIK_PACKAGE_development libpravik-dev)
+set(PRAVIK_PACKAGE_tools pravik-tools)
+
 # pravik_install(TARGET COMPONENT NAME BASE HEADERS...): a library of a component of find_package(Pravik), which
 # imports it as pravik::NAME; its headers keep their paths below BASE.
 function(pravik_install target component name base)
@@ -32,6 +37,15 @@ function(pravik_install_program target)
   endif()
 endfunction()
 
+# The licence where Debian looks for it, and those of the parts that come from others beside it.
+function(pravik_install_licences)
+  foreach(component IN LISTS ARGN)
+    set(folder ${CMAKE_INSTALL_DATADIR}/doc/${PRAVIK_PACKAGE_${component}})
+    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${folder} RENAME copyright COMPONENT ${component})
+    install(FILES ${PROJECT_SOURCE_DIR}/THIRD_PARTY.md DESTINATION ${folder} COMPONENT ${component})
+  endforeach()
+endfunction()
+
 # To be called once all targets are known.
 function(pravik_install_package)
   get_property(components GLOBAL PROPERTY PRAVIK_COMPONENTS)
@@ -48,8 +62,10 @@ function(pravik_install_package)
   get_target_property(PRAVIK_DEFINITIONS pravik INTERFACE_COMPILE_DEFINITIONS)
   list(TRANSFORM PRAVIK_DEFINITIONS PREPEND -D)
   list(JOIN PRAVIK_DEFINITIONS " " PRAVIK_DEFINITIONS)
+  pravik_install_licences(development)
   set(modules pravik)
   if("backends" IN_LIST components)
+    pravik_install_licences(library tools)
     list(APPEND modules pravik-backends)
     install(PROGRAMS ${OnnxRuntime_LIBRARY} DESTINATION ${PRAVIK_RUNTIME_DIRECTORY} COMPONENT library
             RENAME libonnxruntime.so.1)

@@ -13,7 +13,7 @@ void requireInRange(std::string_view json) {
   const auto blocks = parseObservations(json);
   fuzz::require(blocks || !blocks.error().empty(), "a refusal gives its reason");
   if (!blocks) return;
-  const auto within = [](double value) { return -0.01 <= value && value <= 1.0101; };
+  const auto within = [](double value) { return 0 <= value && value <= 1 + 1e-9; };
   for (const auto& [text, confidence, box] : *blocks) {
     fuzz::require(0 <= confidence && confidence <= 1, "a confidence lies within 0...1");
     fuzz::require(within(box.x) && within(box.y) && within(box.x + box.width) && within(box.y + box.height) &&
@@ -27,7 +27,8 @@ std::string answers(const cli::ObservationCommand& command, cli::Format format, 
   std::ostringstream out;
   std::ostringstream err;
   const cli::Host host{.in = in, .out = out, .err = err, .makePlatform = {}, .missingModels = {}, .brokenModels = {}};
-  const auto status = cli::answerObservations(command, "-", {.format = format, .annotate = {}, .models = {}}, host);
+  const auto status = cli::answerObservations(command, "-", TextHandling::corrected,
+                                              {.format = format, .annotate = {}, .models = {}}, host);
   fuzz::require(status == cli::allRecognized || status == cli::someNotRecognized, "bad input is no failure");
   return out.str();
 }

@@ -4,10 +4,10 @@
 
 #include "Parsers/CardNumber.h"
 #include "Pravik.h"
-#include "backends/opencv/OpenCvImageCodec.h"
 #include "backends/opencv/OpenCvImageRenderer.h"
-#include "backends/opencv/OpenCvRectangleDetector.h"
-#include "backends/opencv/PictureHeader.h"
+#include "backends/opencv/files/OpenCvImageCodec.h"
+#include "backends/opencv/files/PictureHeader.h"
+#include "backends/opencv/finder/OpenCvRectangleDetector.h"
 #include "backends/zxing/ZXingBarcodeDetector.h"
 #include "fuzz/FuzzInput.h"
 #include "tests/support/Fakes.h"

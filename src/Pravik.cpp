@@ -1,105 +1,70 @@
 #include "Pravik.h"
 
-#include <cstdint>
-#include <optional>
 #include <utility>
-#include <vector>
+#include <variant>
 
-#include "RunOnPool.h"
-#include "RunWithCompletion.h"
-#include "Utils/OCRLogger.h"
+#include "Async/RunOnPool.h"
+#include "Async/RunWithCompletion.h"
+#include "Reading/CodeReading.h"
+#include "Reading/ReadPicture.h"
+#include "Reading/ReadingParts.h"
+#include "Reading/TextReading.h"
 
 namespace pravik {
 namespace {
 
-using SceneType = PravikSDK::SceneType;
+/// Stops the work of a call when the caller goes, whichever way.
+class StopAtEnd {
+ public:
+  explicit StopAtEnd(const std::stop_token& outer)
+      : forward_(outer, [source = source_]() mutable { source.request_stop(); }) {}
+  ~StopAtEnd() { source_.request_stop(); }
+  StopAtEnd(const StopAtEnd&) = delete;
+  StopAtEnd& operator=(const StopAtEnd&) = delete;
+  StopAtEnd(StopAtEnd&&) = delete;
+  StopAtEnd& operator=(StopAtEnd&&) = delete;
 
-constexpr double rawTextLineThreshold = 0.025;
+  std::stop_token token() const { return source_.get_token(); }
 
-bool isUsable(const Image& image) {
-  return image.bitmap && hasAllowedSize(*image.bitmap);
-}
-
-/// What reading one side of an identity card needs. Taken by value, so that a call outlives the SDK that began it.
-struct IdentityCardReading {
-  std::shared_ptr<Dispatch> dispatch;
-  TextRecognizer recognizer;
-  ImagePreprocessor preprocessor;
-  SceneType scene;
+ private:
+  std::stop_source source_;
+  std::stop_callback<std::function<void()>> forward_;
 };
 
-template <class Info, class Parser>
-Task<Info> recognizeIdentityCard(IdentityCardReading reading, Image image, Parser parser) {
-  std::function<Result<Bitmap>()> prepare = [preprocessor = reading.preprocessor, image]() -> Result<Bitmap> {
-    if (!isUsable(image)) return tl::unexpected(OCRError::invalidImage());
-    const std::optional<Image> corrected = preprocessor.attemptPerspectiveCorrection(image);
-    std::optional<Bitmap> prepared = preprocessor.preprocessForIDCard(corrected.value_or(image));
-    if (!prepared) return tl::unexpected(OCRError::invalidImage());
-    return *std::move(prepared);
+/// Runs a reading on the pool, within its limits; the time runs from its beginning there.
+template <class T>
+Task<T> runWithin(ReadingLimits limits, std::shared_ptr<Dispatch> dispatch, ReadingParts parts,
+                  std::function<T(const ReadingParts& parts)> reading) {
+  const StopAtEnd stop(limits.stop);
+  std::function<Result<T>()> work = [reading, parts, time = limits.time, token = stop.token()]() -> Result<T> {
+    ReadingParts limited = parts;
+    limited.limit = {.deadline = std::chrono::steady_clock::now() + time, .stop = token};
+    if (token.stop_requested()) return tl::unexpected(OCRError::cancelled());
+    return reading(limited);
   };
-  image.bitmap.reset();
-  Bitmap prepared = co_await runOnPool(reading.dispatch, std::move(prepare));
-  const Observations observations =
-      co_await reading.recognizer.recognize(std::move(prepared), TextRecognizer::Options::idCard);
-  if (observations.empty()) {
-    OCRLogger::warning([] { return std::string("身份证识别返回 0 个文本块"); });
-    throw OCRError::insufficientText();
-  }
-  validateScene(observations, reading.scene);
-  std::optional<Info> info = parser.parse(observations);
-  if (!info) throw OCRError::insufficientText();
-  co_return *std::move(info);
+  co_return co_await runOnPool(std::move(dispatch), std::move(work));
 }
 
-Task<std::string> readRawText(std::shared_ptr<Dispatch> dispatch, TextRecognizer recognizer,
-                              ImagePreprocessor preprocessor, Image image, SceneType scene) {
-  const bool isBankCard = scene == SceneType::bankCard;
-  std::function<Result<Bitmap>()> prepare = [=]() -> Result<Bitmap> {
-    if (!isUsable(image)) return tl::unexpected(OCRError::invalidImage());
-    std::optional<Bitmap> prepared =
-        isBankCard ? preprocessor.preprocessForBankCard(image) : preprocessor.preprocessForIDCard(image);
-    if (!prepared) return tl::unexpected(OCRError::invalidImage());
-    return *std::move(prepared);
-  };
-  image.bitmap.reset();
-  Bitmap prepared = co_await runOnPool(std::move(dispatch), std::move(prepare));
-  TextRecognizer::Options options = isBankCard ? TextRecognizer::Options::bankCard : TextRecognizer::Options::idCard;
-  const Observations observations = co_await recognizer.recognize(std::move(prepared), std::move(options));
-  co_return joinedText(observations, rawTextLineThreshold);
-}
-
-Result<CodeScanResult> readCode(const BarcodeDetector* detector, const Image& image, OCRScanMode mode) {
-  if (!isUsable(image)) return tl::unexpected(OCRError::invalidImage());
-  if (detector == nullptr) return tl::unexpected(OCRError::recognitionFailed("no barcode detector is available"));
-  const std::vector<BarcodeSymbology> symbologies = visionSymbologies(mode);
-  std::vector<BarcodeObservation> codes;
-  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): isUsable() has seen the bitmap.
-  if (!symbologies.empty()) codes = detector->detect(uprightBitmap(*image.bitmap, image.orientation), symbologies);
-  if (codes.empty()) {
-    OCRLogger::info(
-        [&] { return "VNDetectBarcodesRequest: 未检测到码（mode=" + std::string(description(mode)) + "）"; });
-    return tl::unexpected(OCRError::insufficientText());
-  }
-  CodeScanResult result{codes.front().payload, pravikDisplayName(codes.front().symbology)};
-  OCRLogger::info([&] { return "VNDetectBarcodesRequest 识别成功:" + result.symbology + " " + result.payload; });
-  return result;
-}
-
-Task<BankCardInfo> infoOf(Task<BankCardReading> reading) {
-  co_return (co_await std::move(reading)).info;
+/// The record of a reading of its kind; throws its error.
+template <class Info>
+Task<Info> infoOf(Task<Reading> task) {
+  Reading reading = co_await std::move(task);
+  if (!reading.record) throw OCRError(reading.record.error());
+  co_return std::get<Info>(*std::move(reading.record));
 }
 
 }  // namespace
 
-PravikSDK::PravikSDK(Platform platform)
-    : platform_(platform),
-      dispatch_(platform.dispatch),
-      barcodeDetector_(std::move(platform.barcodeDetector)),
-      recognizer_(std::move(platform.textEngine), platform.dispatch),
-      preprocessor_(std::move(platform.imageRenderer), std::move(platform.rectangleDetector)),
-      photoLibrary_(std::move(platform.photoLibrary)),
-      accumulator_(std::make_shared<CrossAttemptAccumulator>()) {
-  platform_.stage.reset();
+PravikSDK::PravikSDK(Platform platform) {
+  parts_ = std::make_shared<ReadingParts>(
+      ReadingParts{.recognizer = TextRecognizer(platform.textEngine, platform.dispatch),
+                   .preprocessor = ImagePreprocessor(platform.imageRenderer, platform.rectangleDetector),
+                   .barcodeDetector = platform.barcodeDetector,
+                   .debugPictures = nullptr,
+                   .accumulator = std::make_shared<CrossAttemptAccumulator>(),
+                   .limit = {}});
+  platform.stage.reset();
+  platform_ = std::make_shared<Platform>(std::move(platform));
 }
 
 PravikSDK& PravikSDK::shared() {
@@ -115,58 +80,101 @@ const std::string& PravikSDK::fullVersion() {
   return PravikVersion::fullDescription();
 }
 
-Task<IDCardFrontInfo> PravikSDK::recognizeIDCardFront(Image image) const {
-  return recognizeIdentityCard<IDCardFrontInfo>({dispatch_, recognizer_, preprocessor_, SceneType::idCardFront},
-                                                std::move(image), frontParser_);
+ReadingParts PravikSDK::partsOfCall() const {
+  ReadingParts parts = *parts_;
+  if (*savesDebugImages_) parts.debugPictures = platform_->photoLibrary;
+  return parts;
 }
 
-Task<IDCardBackInfo> PravikSDK::recognizeIDCardBack(Image image) const {
-  return recognizeIdentityCard<IDCardBackInfo>({dispatch_, recognizer_, preprocessor_, SceneType::idCardBack},
-                                               std::move(image), backParser_);
+Task<Reading> PravikSDK::read(Image image, OCRScanMode mode, ReadingLimits limits) const {
+  return runWithin<Reading>(
+      std::move(limits), platform_->dispatch, partsOfCall(),
+      [image = std::move(image), mode](const ReadingParts& parts) { return readPicture(parts, image, mode); });
 }
 
-Task<CodeScanResult> PravikSDK::recognizeCode(Image image, OCRScanMode mode) const {
-  return runOnPool<CodeScanResult>(dispatch_, [detector = barcodeDetector_, image = std::move(image), mode] {
-    return readCode(detector.get(), image, mode);
-  });
+Task<IDCardFrontInfo> PravikSDK::recognizeIDCardFront(Image image, ReadingLimits limits) const {
+  return infoOf<IDCardFrontInfo>(read(std::move(image), OCRScanMode::idCardFront, std::move(limits)));
 }
 
-Task<std::string> PravikSDK::recognizeRawText(Image image, SceneType scene) const {
-  return readRawText(dispatch_, recognizer_, preprocessor_, std::move(image), scene);
+Task<IDCardBackInfo> PravikSDK::recognizeIDCardBack(Image image, ReadingLimits limits) const {
+  return infoOf<IDCardBackInfo>(read(std::move(image), OCRScanMode::idCardBack, std::move(limits)));
 }
 
-Task<BankCardReading> PravikSDK::readBankCard(Image image) const {
-  return pravik::readBankCard({.dispatch = dispatch_,
-                               .recognizer = recognizer_,
-                               .preprocessor = preprocessor_,
-                               .parser = bankParser_,
-                               .debugPictures = debugSaveImagesToAlbum ? photoLibrary_ : nullptr,
-                               .accumulator = accumulator_},
-                              std::move(image));
+Task<BankCardInfo> PravikSDK::recognizeBankCard(Image image, ReadingLimits limits) const {
+  return infoOf<BankCardInfo>(read(std::move(image), OCRScanMode::bankCard, std::move(limits)));
 }
 
-Task<BankCardInfo> PravikSDK::recognizeBankCard(Image image) const {
-  return infoOf(readBankCard(std::move(image)));
+Task<CodeScanResult> PravikSDK::recognizeCode(Image image, OCRScanMode mode, ReadingLimits limits) const {
+  return infoOf<CodeScanResult>(runWithin<Reading>(
+      std::move(limits), platform_->dispatch, partsOfCall(),
+      [image = std::move(image), mode](const ReadingParts& parts) { return readCode(parts, image, mode); }));
+}
+
+Task<std::string> PravikSDK::recognizeRawText(Image image, SceneType scene, ReadingLimits limits) const {
+  return runWithin<std::string>(
+      std::move(limits), platform_->dispatch, partsOfCall(),
+      [image = std::move(image), scene](const ReadingParts& parts) { return readText(parts, image, scene); });
 }
 
 std::optional<BankCardInfo> PravikSDK::tryCrossAttemptFusion() const {
-  return accumulator_->tryFusion();
+  return parts_->accumulator->tryFusion();
 }
 
-void PravikSDK::resetCrossAttemptAccumulator() {
-  accumulator_->reset();
+void PravikSDK::resetCrossAttemptAccumulator() const {
+  parts_->accumulator->reset();
 }
 
-void PravikSDK::recognizeIDCardFront(Image image, std::function<void(Result<IDCardFrontInfo>)> completion) const {
-  runWithCompletion(dispatch_, recognizeIDCardFront(std::move(image)), std::move(completion));
+template <class T>
+void PravikSDK::finish(Task<T> task, Completion<T> completion) const {
+  runWithCompletion(platform_->dispatch, std::move(task), std::move(completion));
 }
 
-void PravikSDK::recognizeIDCardBack(Image image, std::function<void(Result<IDCardBackInfo>)> completion) const {
-  runWithCompletion(dispatch_, recognizeIDCardBack(std::move(image)), std::move(completion));
+void PravikSDK::read(Image image, OCRScanMode mode, std::function<void(Reading)> completion,
+                     ReadingLimits limits) const {
+  finish<Reading>(read(std::move(image), mode, std::move(limits)),
+                  [completion = std::move(completion)](Result<Reading> reading) {
+                    completion(reading ? *std::move(reading) : failed(reading.error(), UnreadReason::cancelled));
+                  });
 }
 
-void PravikSDK::recognizeBankCard(Image image, std::function<void(Result<BankCardInfo>)> completion) const {
-  runWithCompletion(dispatch_, recognizeBankCard(std::move(image)), std::move(completion));
+void PravikSDK::recognizeIDCardFront(Image image, Completion<IDCardFrontInfo> completion, ReadingLimits limits) const {
+  finish(recognizeIDCardFront(std::move(image), std::move(limits)), std::move(completion));
+}
+
+void PravikSDK::recognizeIDCardBack(Image image, Completion<IDCardBackInfo> completion, ReadingLimits limits) const {
+  finish(recognizeIDCardBack(std::move(image), std::move(limits)), std::move(completion));
+}
+
+void PravikSDK::recognizeBankCard(Image image, Completion<BankCardInfo> completion, ReadingLimits limits) const {
+  finish(recognizeBankCard(std::move(image), std::move(limits)), std::move(completion));
+}
+
+void PravikSDK::recognizeCode(Image image, OCRScanMode mode, Completion<CodeScanResult> completion,
+                              ReadingLimits limits) const {
+  finish(recognizeCode(std::move(image), mode, std::move(limits)), std::move(completion));
+}
+
+void PravikSDK::recognizeRawText(Image image, SceneType scene, Completion<std::string> completion,
+                                 ReadingLimits limits) const {
+  finish(recognizeRawText(std::move(image), scene, std::move(limits)), std::move(completion));
+}
+
+bool PravikSDK::checkCameraPermission() const {
+  const auto& camera = platform_->captureSystem;
+  return camera && camera->authorizationStatus() == CameraAuthorizationStatus::authorized;
+}
+
+Task<bool> PravikSDK::requestCameraPermission() const {
+  return suspendUntilCalled<bool>([camera = platform_->captureSystem](const auto& completion) {
+    const auto status = camera ? camera->authorizationStatus() : CameraAuthorizationStatus::denied;
+    if (status != CameraAuthorizationStatus::notDetermined)
+      return completion(status == CameraAuthorizationStatus::authorized);
+    camera->requestAccess([completion](bool granted) { completion(granted); });
+  });
+}
+
+void PravikSDK::requestCameraPermission(Completion<bool> completion) const {
+  finish(requestCameraPermission(), std::move(completion));
 }
 
 }  // namespace pravik

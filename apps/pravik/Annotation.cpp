@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 
+#include "Records/DocumentKind.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
 #include "backends/opencv/Mat.h"
@@ -15,23 +16,8 @@ namespace pravik::cli {
 namespace {
 
 /// The colours of Okabe and Ito ("Color Universal Design", 2008), which people with any colour vision tell apart.
-struct FieldColour {
-  std::string_view field;
-  cv::Scalar bgr;
-};
-const std::array<FieldColour, 13> fieldColours{{{"name", {0, 159, 230}},
-                                                {"gender", {233, 180, 86}},
-                                                {"ethnicity", {66, 228, 240}},
-                                                {"birthDate", {115, 158, 0}},
-                                                {"address", {167, 121, 204}},
-                                                {"idNumber", {0, 94, 213}},
-                                                {"issuingAuthority", {178, 114, 0}},
-                                                {"validityPeriod", {0, 94, 213}},
-                                                {"cardNumber", {0, 94, 213}},
-                                                {"bankName", {178, 114, 0}},
-                                                {"cardholderName", {0, 159, 230}},
-                                                {"payload", {0, 94, 213}},
-                                                {"text", {178, 114, 0}}}};
+const std::array<cv::Scalar, 7> colours{
+    {{0, 94, 213}, {178, 114, 0}, {0, 159, 230}, {115, 158, 0}, {167, 121, 204}, {233, 180, 86}, {66, 228, 240}}};
 const cv::Scalar unusedColour{153, 153, 153};
 const cv::Scalar white = cv::Scalar::all(255), black{0, 0, 0, 255};
 
@@ -57,41 +43,51 @@ bool feeds(const std::string& block, const std::string& value) {
   return contains(block, value) || (characterCount(block) >= shortestPiece && contains(value, block));
 }
 
-const cv::Scalar& colourOf(std::string_view field) {
-  const auto found = std::ranges::find(fieldColours, field, &FieldColour::field);
-  return found == fieldColours.end() ? unusedColour : found->bgr;
+bool isHidden(std::string_view name) {
+  const auto hides = [&](const RecordField& field) {
+    return field.name == name && field.display == FieldDisplay::hidden;
+  };
+  return std::ranges::any_of(documentKinds(),
+                             [&](const DocumentKind& kind) { return std::ranges::any_of(kind.fields, hides); });
+}
+
+/// The fields of a result that people are shown.
+std::vector<std::string> shownFields(const Json& result) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : result.items())
+    if (!isHidden(name)) names.push_back(name);
+  return names;
+}
+
+const cv::Scalar& colourOf(const std::string& field, const std::vector<std::string>& fields) {
+  const auto place = std::ranges::find(fields, field) - fields.begin();
+  return field.empty() ? unusedColour : colours[static_cast<std::size_t>(place) % colours.size()];
 }
 
 cv::Rect pixels(const Rect& box, const cv::Mat& canvas) {
-  const cv::Point2d topLeft(box.x * canvas.cols, (1 - box.y - box.height) * canvas.rows);
-  return {cv::Point(topLeft), cv::Size(cvRound(box.width * canvas.cols), cvRound(box.height * canvas.rows))};
+  const Rect drawn = inPixels(flipped(box), {static_cast<double>(canvas.cols), static_cast<double>(canvas.rows)});
+  return {cvRound(drawn.x), cvRound(drawn.y), cvRound(drawn.width), cvRound(drawn.height)};
 }
 
-/// A strip for below the picture: a swatch and a name for each field, beside each other; `unit` is a swatch's side.
-cv::Mat legend(const std::vector<std::string>& fields, int width, int unit) {
+/// A strip for below the picture: a swatch and a name for each field that a block fed, and for what fed none, beside
+/// each other; `unit` is a swatch's side.
+cv::Mat legend(const std::vector<std::string>& fields, const std::set<std::string>& fed, int width, int unit) {
   const double fontScale = unit / 30.0;
   const int textThickness = std::max(1, unit / 16);
   cv::Mat strip(2 * unit, width, CV_8UC4, white);
   int x = unit / 2;
-  for (const std::string& field : fields) {
+  const auto add = [&](const std::string& field) {
+    if (!fed.contains(field)) return;
     const std::string name = field.empty() ? "not used" : field;
-    cv::rectangle(strip, {x, unit / 2, unit, unit}, colourOf(field), cv::FILLED);
+    cv::rectangle(strip, {x, unit / 2, unit, unit}, colourOf(field, fields), cv::FILLED);
     cv::putText(strip, name, {x + unit * 3 / 2, unit * 4 / 3}, cv::FONT_HERSHEY_SIMPLEX, fontScale, black,
                 textThickness, cv::LINE_AA);
     x += cv::getTextSize(name, cv::FONT_HERSHEY_SIMPLEX, fontScale, textThickness, nullptr).width + unit * 5 / 2;
-  }
-  if (x <= width || unit <= smallestUnit) return strip;
-  return legend(fields, width, std::max(smallestUnit, unit * width / x));
-}
-
-/// The fields in the order of their table, what fed none at the end.
-std::vector<std::string> inLegendOrder(std::vector<std::string> fields) {
-  const auto place = [](const std::string& field) {
-    return std::ranges::find(fieldColours, field, &FieldColour::field);
   };
-  std::ranges::sort(fields, {}, place);
-  fields.erase(std::ranges::unique(fields).begin(), fields.end());
-  return fields;
+  std::ranges::for_each(fields, add);
+  add({});
+  if (x <= width || unit <= smallestUnit) return strip;
+  return legend(fields, fed, width, std::max(smallestUnit, unit * width / x));
 }
 
 }  // namespace
@@ -100,10 +96,10 @@ std::string fieldFedBy(std::string_view blockText, const Json& result) {
   const std::string block = core(blockText);
   std::string best;
   std::size_t longest = 0;
-  for (const auto& [field, value] : result.items()) {
-    const bool shown = std::ranges::find(fieldColours, field, &FieldColour::field) != fieldColours.end();
-    if (!shown || !value.is_string()) continue;
-    const std::string wanted = core(value.template get<std::string>());
+  for (const std::string& field : shownFields(result)) {
+    const Json& value = result[field];
+    if (!value.is_string()) continue;
+    const std::string wanted = core(value.get<std::string>());
     if (wanted.size() <= longest || !feeds(block, wanted)) continue;
     best = field;
     longest = wanted.size();
@@ -119,13 +115,14 @@ Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
     canvas = asMat(picture.bitmap).clone();
   const Json result = isRecognized(answer) ? answer["result"] : Json::object();
   const int unit = std::max(smallestUnit, std::max(canvas.cols, canvas.rows) / 50);
-  std::vector<std::string> shown;
+  const std::vector<std::string> fields = shownFields(result);
+  std::set<std::string> fed;
   for (const ReadBlock& block : picture.blocks) {
     const std::string field = fieldFedBy(block.text, result);
-    cv::rectangle(canvas, pixels(block.boundingBox, canvas), colourOf(field), std::max(1, unit / 8));
-    shown.push_back(field);
+    cv::rectangle(canvas, pixels(block.boundingBox, canvas), colourOf(field, fields), std::max(1, unit / 8));
+    fed.insert(field);
   }
-  cv::vconcat(canvas, legend(inLegendOrder(std::move(shown)), canvas.cols, unit), canvas);
+  cv::vconcat(canvas, legend(fields, fed, canvas.cols, unit), canvas);
   return toBitmap(canvas);
 }
 

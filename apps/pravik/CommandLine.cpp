@@ -9,7 +9,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "PravikVersion.h"
+#include "Records/PravikVersion.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/MeasurementCommands.h"
 #include "apps/pravik/ObservationCommands.h"
@@ -62,18 +62,12 @@ struct Request {
   std::vector<std::string> files;
   std::string file = "-";
   std::string scene = "idCard";
+  bool isLiteral = false;
   PictureOptions options;
   ScanOptions scan;
   /// What to do; set by the command that was named.
   std::function<ExitStatus(const Request&, const Host&)> action;
 };
-
-std::map<std::string, OCRLogger::Level> logLevels() {
-  std::map<std::string, OCRLogger::Level> levels;
-  for (int value = 0; const auto level = OCRLogger::levelFromRawValue(value); ++value)
-    levels[std::string(OCRLogger::caseName(*level))] = *level;
-  return levels;
-}
 
 std::vector<std::string> sceneNames() {
   std::vector<std::string> names;
@@ -81,8 +75,15 @@ std::vector<std::string> sceneNames() {
   return names;
 }
 
-PravikSDK::SceneType sceneNamed(const std::string& name) {
+SceneType sceneNamed(const std::string& name) {
   return std::ranges::find(namedScenes(), name, &NamedScene::name)->scene;
+}
+
+template <class Value>
+std::string joinedNames(const std::map<std::string, Value>& choices) {
+  std::string names;
+  for (const auto& [name, ignored] : choices) names += (names.empty() ? "" : "|") + name;
+  return names;
 }
 
 /// An option whose value is one of the names of a map.
@@ -100,16 +101,16 @@ CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
 }
 
 /// Throws CLI::ValidationError for what is no time to wait; also for what is no number, which every range would let by.
-std::chrono::milliseconds timeoutOf(double seconds) {
+std::chrono::milliseconds timeOf(const char* option, double seconds) {
   const bool isTime = seconds >= 0.001 && seconds <= maximumTimeout;
   if (!isTime)
-    throw CLI::ValidationError("--timeout", "must be between 0.001 and " + std::to_string(maximumTimeout) + " seconds");
+    throw CLI::ValidationError(option, "must be between 0.001 and " + std::to_string(maximumTimeout) + " seconds");
   return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
 /// The options may stand before the command or behind it.
 void addSharedOptions(CLI::App& app, Settings& settings) {
-  static const auto levels = logLevels();
+  static const auto levels = OCRLogger::levelsByName();
   addChoice(app, "--format", settings.format, formats, "table|json|jsonl", "How answers are written (table)");
   addChoice(app, "--log-level", settings.logLevel, levels, "none|error|warning|info|debug|verbose",
             "Log to standard error (none)");
@@ -132,29 +133,38 @@ CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view desc
   return command;
 }
 
-void addBankCardOptions(CLI::App& command, PictureOptions& options) {
-  command.add_flag("--same-card", options.sameCard, "All pictures show one card: one answer for all of them");
-  command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");
+/// The options that a command has beside those that all share.
+void addOwnOptions(CLI::App& command, const PictureCommand& picture, Request& request) {
+  PictureOptions& options = request.options;
+  command
+      .add_option_function<double>(
+          "--time-limit", [&options](double time) { options.limits.time = timeOf("--time-limit", time); },
+          "Seconds that reading one picture may take (10)")
+      ->type_name("SECONDS");
   command.add_option("--debug-images", options.debugImages, "Write the pictures of every stage (they show the card)")
       ->type_name("DIR");
+  if (picture.document == nullptr)
+    command
+        .add_option("--scene", request.scene,
+                    "The kind of document, which decides how the picture is prepared (idCard)")
+        ->check(CLI::IsMember(sceneNames()).description(""))
+        ->type_name("SCENE");
+  if (picture.document == nullptr || picture.document->mode != OCRScanMode::bankCard) return;
+  command.add_flag("--same-card", options.sameCard, "All pictures show one card: one answer for all of them");
+  command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");
 }
 
 void addPictureCommands(CLI::App& app, Request& request) {
   for (const PictureCommand& picture : pictureCommands()) {
     CLI::App& command = addCommand(app, picture.kind, picture.description, request);
     command.add_option("IMAGE", request.files, "Picture files; - for standard input")->required()->type_name("");
-    if (picture.options == OwnOptions::bankCard) addBankCardOptions(command, request.options);
-    if (picture.options == OwnOptions::scene)
-      command
-          .add_option("--scene", request.scene,
-                      "The kind of document, which decides how the picture is prepared (idCard)")
-          ->check(CLI::IsMember(sceneNames()).description(""))
-          ->type_name("idCard|idCardFront|idCardBack|bankCard");
-    command.footer("Example:\n  " + std::string(picture.example));
+    addOwnOptions(command, picture, request);
+    command.footer("Example:\n  pravik " + std::string(picture.kind) + " --format jsonl --jobs 2 pictures/*.jpg");
     command.callback([&request, &picture] {
       request.action = [&picture](const Request& wanted, const Host& host) {
         PictureOptions options = wanted.options;
         options.scene = sceneNamed(wanted.scene);
+        options.limits.stop = host.stop;
         return answerPictures(picture, wanted.files, options, wanted.settings, host);
       };
     });
@@ -168,10 +178,13 @@ void addObservationCommands(CLI::App& app, std::string_view name, std::string_vi
   for (const ObservationCommand& kind : kinds) {
     CLI::App& sub = addCommand(command, kind.kind, kind.description, request);
     sub.add_option("FILE", request.file, "File to read; - for standard input (-)")->type_name("");
+    sub.add_flag("--literal", request.isLiteral,
+                 "Take the text to the letter: undo nothing that a photograph does to it");
     sub.footer(observationFormat);
     sub.callback([&request, &kind] {
       request.action = [&kind](const Request& wanted, const Host& host) {
-        return answerObservations(kind, wanted.file, wanted.settings, host);
+        const TextHandling handling = wanted.isLiteral ? TextHandling::literal : TextHandling::corrected;
+        return answerObservations(kind, wanted.file, handling, wanted.settings, host);
       };
     });
   }
@@ -179,16 +192,15 @@ void addObservationCommands(CLI::App& app, std::string_view name, std::string_vi
 
 void addScanCommand(CLI::App& app, Request& request) {
   CLI::App& command = addCommand(app, "scan", "Run the live scanner on a video or a camera, without a window", request);
-  static const auto modes = [] {
-    std::map<std::string, NamedMode> named;
-    for (const NamedMode& mode : namedModes()) named.emplace(mode.name, mode);
+  static const auto kinds = [] {
+    std::map<std::string, const DocumentKind*> named;
+    for (const DocumentKind& kind : documentKinds()) named.emplace(kind.modeName, &kind);
     return named;
   }();
   command.add_option("SOURCE", request.scan.source, "A video file, or the number or device file of a camera")
       ->required()
       ->type_name("");
-  addChoice(command, "--mode", request.scan.mode, modes, "bankCard|idCardFront|idCardBack|qrCode", "What to look for")
-      ->required();
+  addChoice(command, "--mode", request.scan.kind, kinds, joinedNames(kinds), "What to look for")->required();
   command.add_flag("--realtime", request.scan.isRealTime, "Play a file at its speed; a camera has no other");
   command.add_flag("--loop", request.scan.loops, "Play a file again and again");
   command.add_flag("--cutout", request.scan.cutsToCutout, "Cut photos to the frame on the screen, if cards lie in it");
@@ -197,7 +209,7 @@ void addScanCommand(CLI::App& app, Request& request) {
       "Do not tap the manual-capture button when it is offered");
   command
       .add_option_function<double>(
-          "--timeout", [&request](double time) { request.scan.timeout = timeoutOf(time); },
+          "--timeout", [&request](double time) { request.scan.timeout = timeOf("--timeout", time); },
           "Give up after so many seconds")
       ->type_name("SECONDS");
   command.footer(scanNotes);

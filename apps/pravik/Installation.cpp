@@ -1,6 +1,5 @@
 #include "apps/pravik/Installation.h"
 
-#include <fmt/format.h>
 #include <openssl/evp.h>
 #include <unicode/uversion.h>
 
@@ -11,7 +10,8 @@
 #include <opencv2/core/utility.hpp>
 #include <ostream>
 
-#include "PravikVersion.h"
+#include "Records/PravikVersion.h"
+#include "Utils/Format.h"
 #include "apps/pravik/Table.h"
 #include "backends/json/Answer.h"
 #include "backends/onnxruntime/ModelFiles.h"
@@ -41,7 +41,7 @@ std::string sha256(const std::filesystem::path& path) {
   unsigned int length = 0;
   EVP_DigestFinal_ex(context.get(), digest.data(), &length);
   std::string digits;
-  for (unsigned int i = 0; i < length; ++i) digits += fmt::format("{:02x}", digest.at(i));
+  for (unsigned int i = 0; i < length; ++i) digits += formatted("{:02x}", digest.at(i));
   return digits;
 }
 

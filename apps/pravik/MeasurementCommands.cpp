@@ -5,7 +5,7 @@
 #include "Core/ImagePreprocessor.h"
 #include "UI/FrameQuality.h"
 #include "apps/pravik/AnswerWriter.h"
-#include "apps/pravik/PictureInput.h"
+#include "apps/pravik/Input.h"
 
 namespace pravik::cli {
 namespace {

@@ -1,79 +1,93 @@
 #include "apps/pravik/ObservationCommands.h"
 
-#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <system_error>
+#include <vector>
 
-#include "Parsers/BankCardParser.h"
-#include "Parsers/IDCardBackParser.h"
-#include "Parsers/IDCardFrontParser.h"
+#include "Reading/PostCorrection.h"
+#include "Reading/SceneValidation.h"
 #include "apps/pravik/AnswerWriter.h"
-#include "apps/pravik/ObservationInput.h"
-#include "backends/json/Checks.h"
+#include "apps/pravik/Input.h"
 #include "backends/json/ObservationsJson.h"
 
 namespace pravik::cli {
 namespace {
 
-using SceneType = PravikSDK::SceneType;
+std::vector<NamedScene> makeScenes() {
+  std::vector<NamedScene> scenes{{"idCard", "Identity card, either side", SceneType::idCard}};
+  for (const DocumentKind& kind : documentKinds())
+    if (kind.scene) scenes.push_back({kind.modeName, kind.englishName, *kind.scene});
+  return scenes;
+}
 
-template <SceneType scene>
-Answer validated(const Observations& observations) {
+Answer validated(const Observations& observations, SceneType scene, TextHandling handling) {
   try {
-    validateScene(observations, scene);
+    validateScene(handling == TextHandling::literal ? observations : postCorrected(observations, scene), scene);
     return {{"result", {{"accepted", true}}}};
   } catch (const OCRError& error) {
     return answerOf(error);
   }
 }
 
-constexpr std::array<ObservationCommand, 3> parseTable{
-    {{"id-front", "The portrait side of an identity card", true, parsedAnswer<IDCardFrontParser>},
-     {"id-back", "The emblem side of an identity card", true, parsedAnswer<IDCardBackParser>},
-     {"bank-card", "A bank card", true, parsedAnswer<BankCardParser>}}};
+std::vector<ObservationCommand> makeParseCommands() {
+  std::vector<ObservationCommand> commands;
+  for (const DocumentKind& kind : documentKinds()) {
+    if (!kind.isCard()) continue;
+    const auto parse = [mode = kind.mode](const Observations& observations, TextHandling handling) {
+      const std::optional<Record> record = recordIn(observations, mode, handling);
+      return record ? recordAnswer(*record) : answerOf(OCRError::insufficientText());
+    };
+    commands.push_back({kind.commandName, kind.englishName, true, parse});
+  }
+  return commands;
+}
 
-constexpr std::array<ObservationCommand, 4> sceneTable{
-    {{"idCard", "Either side of an identity card", false, validated<SceneType::idCard>},
-     {"idCardFront", "The portrait side of an identity card", false, validated<SceneType::idCardFront>},
-     {"idCardBack", "The emblem side of an identity card", false, validated<SceneType::idCardBack>},
-     {"bankCard", "A bank card", false, validated<SceneType::bankCard>}}};
+std::vector<ObservationCommand> makeSceneCommands() {
+  std::vector<ObservationCommand> commands;
+  for (const NamedScene& named : namedScenes())
+    commands.push_back({named.name, named.description, false,
+                        [scene = named.scene](const Observations& observations, TextHandling handling) {
+                          return validated(observations, scene, handling);
+                        }});
+  return commands;
+}
 
-constexpr std::array<NamedScene, 4> sceneNames{{{"idCard", SceneType::idCard},
-                                                {"idCardFront", SceneType::idCardFront},
-                                                {"idCardBack", SceneType::idCardBack},
-                                                {"bankCard", SceneType::bankCard}}};
-
-Answer answerText(const ObservationCommand& command, const std::string& text) {
+Answer answerText(const ObservationCommand& command, TextHandling handling, const std::string& text) {
   const auto observations = parseObservations(text);
   if (!observations) return invalidInputAnswer(observations.error());
-  const Answer answer = command.answer(*observations);
+  const Answer answer = command.answer(*observations, handling);
   return command.tellsKind ? withKind(command.kind, answer) : answer;
 }
 
-void answerLines(const ObservationCommand& command, std::istream& in, AnswerWriter& writer, const Host& host) {
+void answerLines(const ObservationCommand& command, TextHandling handling, std::istream& in, AnswerWriter& writer,
+                 const Host& host) {
   while (writer.works() && !host.stopped()) {
     const auto line = nextLine(in);
     if (!line) return;
-    writer.write(answerText(command, *line));
+    writer.write(answerText(command, handling, *line));
   }
 }
 
 }  // namespace
 
 std::span<const ObservationCommand> parseCommands() {
-  return parseTable;
+  static const std::vector<ObservationCommand> commands = makeParseCommands();
+  return commands;
 }
 std::span<const ObservationCommand> sceneCommands() {
-  return sceneTable;
+  static const std::vector<ObservationCommand> commands = makeSceneCommands();
+  return commands;
 }
 std::span<const NamedScene> namedScenes() {
-  return sceneNames;
+  static const std::vector<NamedScene> scenes = makeScenes();
+  return scenes;
 }
 
-ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, const Settings& settings,
-                              const Host& host) {
+ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, TextHandling handling,
+                              const Settings& settings, const Host& host) {
   AnswerWriter writer(host.out, settings.format);
   std::ifstream opened;
   if (file != "-") {
@@ -87,9 +101,9 @@ ExitStatus answerObservations(const ObservationCommand& command, const std::stri
   }
   std::istream& in = file == "-" ? host.in : opened;
   if (settings.format == Format::jsonl)
-    answerLines(command, in, writer, host);
+    answerLines(command, handling, in, writer, host);
   else
-    writer.write(answerText(command, wholeText(in)));
+    writer.write(answerText(command, handling, wholeText(in)));
   const ExitStatus status = writer.finish();
   return host.stopped() ? interrupted : status;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "Core/TextRecognizer.h"
-#include "Pravik.h"
+#include "Reading/TextToRecord.h"
 #include "apps/pravik/Settings.h"
 #include "backends/json/Answer.h"
 
@@ -17,7 +17,7 @@ struct ObservationCommand {
   std::string_view description;
   /// Whether the kind stands in its answers.
   bool tellsKind;
-  Answer (*answer)(const Observations& observations);
+  std::function<Answer(const Observations& observations, TextHandling handling)> answer;
 };
 
 /// The record of a card: parse id-front and so on.
@@ -25,16 +25,17 @@ std::span<const ObservationCommand> parseCommands();
 /// Whether a text belongs to a kind of document: scene idCard and so on.
 std::span<const ObservationCommand> sceneCommands();
 
-/// A kind of document by the name of its case, such as "idCardFront".
+/// A scene by the name of its case, such as "idCardFront", with what it stands for.
 struct NamedScene {
   std::string_view name;
-  PravikSDK::SceneType scene;
+  std::string_view description;
+  SceneType scene;
 };
 std::span<const NamedScene> namedScenes();
 
 /// Reads observations from the file, or from the standard input when it is "-": one object, or with the format jsonl
 /// one a line, each answered before the next is read.
-ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, const Settings& settings,
-                              const Host& host);
+ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, TextHandling handling,
+                              const Settings& settings, const Host& host);
 
 }  // namespace pravik::cli

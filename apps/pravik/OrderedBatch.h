@@ -2,79 +2,68 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
-#include <exception>
+#include <deque>
 #include <functional>
-#include <mutex>
+#include <future>
 #include <optional>
-#include <thread>
-#include <vector>
+#include <semaphore>
+#include <utility>
 
 namespace pravik::cli {
 
-/// Works on `count` items, `workers` at a time: `work(worker, item)` runs on a thread of its own for each worker, and
-/// `take(item, result)` runs on the calling thread for one item after the other, in order, each as soon as its turn
-/// comes. `take` ends the batch by returning false; so does `stopped`, which is asked before each item. Items that
-/// were begun are finished. Returns how many items were taken. What `work` or `take` throws ends the batch and is
-/// thrown on.
-template <class T>
-std::size_t runInOrder(std::size_t count, int workers, const std::function<bool()>& stopped,
-                       const std::function<T(int worker, std::size_t item)>& work,
-                       const std::function<bool(std::size_t item, T result)>& take) {
-  std::vector<std::optional<T>> results(count);
-  std::exception_ptr failure;
-  std::atomic<std::size_t> next{0};
-  std::atomic<bool> ended{false};
-  int running = static_cast<int>(std::min(static_cast<std::size_t>(std::max(1, workers)), count));
-  std::mutex mutex;
-  std::condition_variable changed;
+/// A place of a semaphore, waited for and given back.
+class Place {
+ public:
+  explicit Place(std::counting_semaphore<>& places) : places_(places) { places_.acquire(); }
+  ~Place() { places_.release(); }
+  Place(const Place&) = delete;
+  Place& operator=(const Place&) = delete;
+  Place(Place&&) = delete;
+  Place& operator=(Place&&) = delete;
 
-  const auto workLoop = [&](int worker) {
-    try {
-      while (!ended && !stopped()) {
-        const std::size_t item = next++;
-        if (item >= count) break;
-        T result = work(worker, item);
-        const std::lock_guard lock(mutex);
-        results[item] = std::move(result);
-        changed.notify_one();
-      }
-    } catch (...) {
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
-      ended = true;
-    }
-    const std::lock_guard lock(mutex);
-    --running;
-    changed.notify_one();
+ private:
+  std::counting_semaphore<>& places_;
+};
+
+/// Works on `count` items, `atOnce` at a time: `work(item)` runs on threads of its own, and `take(item, result)` on the
+/// calling thread for one item after the other, in order, each as soon as its turn comes. `take` ends the batch by
+/// returning false; so does `stopped`, which is asked on any thread before each item. Items that were begun are
+/// finished, and at most twice `atOnce` results wait for their turn. Returns how many items were taken. What `work` or
+/// `take` throws ends the batch when its turn comes and is thrown on.
+template <class T>
+std::size_t runInOrder(std::size_t count, int atOnce, const std::function<bool()>& stopped,
+                       const std::function<T(std::size_t item)>& work,
+                       const std::function<bool(std::size_t item, T result)>& take) {
+  std::atomic<bool> ended = false;
+  std::counting_semaphore<> places(std::max(1, atOnce));
+  const auto workWhenThereIsAPlace = [&](std::size_t item) -> std::optional<T> {
+    const Place place(places);
+    if (ended || stopped()) return std::nullopt;
+    return work(item);
+  };
+  // Its futures wait for their work before what that uses is gone.
+  std::deque<std::future<std::optional<T>>> begun;
+  std::size_t next = 0;
+  const auto begin = [&] {
+    // Of several that wait for one place any may get it; one at a time goes in order.
+    const std::size_t most = atOnce <= 1 ? 1 : 2 * static_cast<std::size_t>(atOnce);
+    for (; next < count && begun.size() < most; ++next)
+      begun.push_back(std::async(std::launch::async, workWhenThereIsAPlace, next));
   };
 
   std::size_t taken = 0;
-  {
-    std::vector<std::jthread> threads;
-    const int started = running;
-    threads.reserve(static_cast<std::size_t>(started));
-    for (int worker = 0; worker < started; ++worker) threads.emplace_back(workLoop, worker);
-    try {
-      while (taken < count) {
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return results[taken].has_value() || running == 0; });
-        if (!results[taken].has_value()) break;
-        // NOLINTNEXTLINE(bugprone-unchecked-optional-access): seen a line above.
-        T result = *std::exchange(results[taken], std::nullopt);
-        lock.unlock();
-        const bool goOn = take(taken, std::move(result));
-        ++taken;
-        if (!goOn) break;
-      }
-    } catch (...) {
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
+  try {
+    for (begin(); !begun.empty(); begin()) {
+      std::optional<T> result = begun.front().get();
+      begun.pop_front();
+      if (!result || !take(taken++, std::move(*result))) break;
     }
+  } catch (...) {
     ended = true;
+    throw;
   }
-  if (failure) std::rethrow_exception(failure);
+  ended = true;
   return taken;
 }
 

@@ -10,62 +10,34 @@
 #include <stdexcept>
 #include <thread>
 
+#include "Utils/GuardedCall.h"
 #include "apps/pravik/Annotation.h"
 #include "apps/pravik/AnswerWriter.h"
+#include "apps/pravik/Input.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/OrderedBatch.h"
-#include "apps/pravik/PictureInput.h"
 #include "apps/pravik/Progress.h"
 #include "apps/pravik/Recording.h"
-#include "backends/json/Checks.h"
 
 namespace pravik::cli {
 namespace {
 
-Answer idFront(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
-  return cardAnswer(syncWait(sdk.recognizeIDCardFront(image)));
-}
-
-Answer idBack(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
-  return cardAnswer(syncWait(sdk.recognizeIDCardBack(image)));
-}
-
 constexpr std::array<std::string_view, 4> stageNames{"first", "retry", "band", "fusion"};
 
-Answer bankCard(const PravikSDK& sdk, const Image& image, const PictureOptions& options) {
-  const auto reading = syncWait(sdk.readBankCard(image));
-  if (!reading) return answerOf(reading.error());
-  Answer answer = recordAnswer(reading->info);
-  if (options.tellsStage) answer["stage"] = stageNames[static_cast<std::size_t>(reading->stage)];
-  return answer;
+std::vector<PictureCommand> makeCommands() {
+  std::vector<PictureCommand> commands;
+  for (const DocumentKind& kind : documentKinds()) commands.push_back({kind.commandName, kind.englishName, &kind});
+  commands.push_back({"text", "All text, line by line", nullptr});
+  return commands;
 }
 
-Answer code(const PravikSDK& sdk, const Image& image, const PictureOptions& /*options*/) {
-  return codeAnswer(syncWait(sdk.recognizeCode(image, OCRScanMode::qrCode)));
-}
-
-Answer rawText(const PravikSDK& sdk, const Image& image, const PictureOptions& options) {
-  return textAnswer(syncWait(sdk.recognizeRawText(image, options.scene)));
-}
-
-constexpr std::array<PictureCommand, 5> table{
-    {{"id-front", "Read the portrait side of identity cards", "pravik id-front card.jpg", true, OwnOptions::none,
-      idFront},
-     {"id-back", "Read the emblem side of identity cards", "pravik id-back --format jsonl --jobs 2 cards/*.jpg", true,
-      OwnOptions::none, idBack},
-     {"bank-card", "Read bank cards", "pravik bank-card --same-card first.jpg second.jpg", true, OwnOptions::bankCard,
-      bankCard},
-     {"code", "Read QR codes and bar codes", "pravik code label.png", false, OwnOptions::none, code},
-     {"text", "Read all text, line by line", "pravik text --scene bankCard page.jpg", true, OwnOptions::scene,
-      rawText}}};
-
-/// What one of the pictures that are read at the same time is read with.
+/// What a picture is read with.
 struct Reader {
   std::shared_ptr<Recording> recording = std::make_shared<Recording>();
   PravikSDK sdk;
 
   Reader(const Platform& platform, const PictureOptions& options) : sdk(recorded(platform, recording)) {
-    sdk.debugSaveImagesToAlbum = !options.debugImages.empty();
+    sdk.setDebugSaveImagesToAlbum(!options.debugImages.empty());
   }
 };
 
@@ -118,7 +90,7 @@ struct Batch {
 Answer answerOne(const Batch& batch, Reader& reader, std::size_t item) {
   const auto image = readPicture(batch.files[item], *batch.platform.imageCodec, batch.host.in);
   if (!image) return answerOf(OCRError::invalidImage(), image.error());
-  Answer result = batch.command.answer(reader.sdk, *image, batch.options);
+  Answer result = answerPicture(batch.command, reader.sdk, *image, batch.options);
   if (const auto picture = reader.recording->take(); picture && !batch.annotated.empty())
     writeAnnotated(*picture, result, batch.annotated[item], *batch.platform.imageCodec);
   return result;
@@ -128,8 +100,8 @@ Answer answerOne(const Batch& batch, Reader& reader, std::size_t item) {
 Answer answerSafely(const Batch& batch, Reader& reader, std::size_t item) {
   try {
     return answerOne(batch, reader, item);
-  } catch (const std::exception& error) {
-    return answerOf(OCRError::recognitionFailed(error.what()));
+  } catch (...) {
+    return answerOf(OCRError::recognitionFailed(textOf(std::current_exception())));
   }
 }
 
@@ -140,13 +112,11 @@ struct BatchEnd {
 };
 
 BatchEnd answerEach(const Batch& batch, int jobs, AnswerWriter& writer) {
-  std::vector<std::unique_ptr<Reader>> readers;
-  readers.reserve(static_cast<std::size_t>(jobs));
-  for (int i = 0; i < jobs; ++i) readers.push_back(std::make_unique<Reader>(batch.platform, batch.options));
   Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
   BatchEnd end;
-  const auto answer = [&](int worker, std::size_t item) {
-    return answerSafely(batch, *readers[static_cast<std::size_t>(worker)], item);
+  const auto answer = [&](std::size_t item) {
+    Reader reader(batch.platform, batch.options);
+    return answerSafely(batch, reader, item);
   };
   const auto take = [&](std::size_t item, const Answer& result) {
     progress.hide();
@@ -201,12 +171,25 @@ BatchEnd answerSameCard(const Batch& batch, AnswerWriter& writer) {
 }  // namespace
 
 std::span<const PictureCommand> pictureCommands() {
-  return table;
+  static const std::vector<PictureCommand> commands = makeCommands();
+  return commands;
+}
+
+Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const Image& image,
+                     const PictureOptions& options) {
+  if (command.document == nullptr)
+    return textAnswer(syncWait(sdk.recognizeRawText(image, options.scene, options.limits)));
+  const auto reading = syncWait(sdk.read(image, command.document->mode, options.limits));
+  if (!reading) return answerOf(reading.error());
+  Answer answer = readingAnswer(*reading);
+  if (const auto stage = reading->report.stage; stage && options.tellsStage)
+    answer["stage"] = stageNames.at(static_cast<std::size_t>(*stage));
+  return answer;
 }
 
 ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::string>& files,
                           const PictureOptions& options, const Settings& settings, const Host& host) {
-  if (command.readsText)
+  if (command.readsText())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
@@ -226,8 +209,8 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
   AnswerWriter writer(host.out, settings.format);
   const BatchEnd end = options.sameCard ? answerSameCard(batch, writer) : answerEach(batch, jobs, writer);
   const ExitStatus status = writer.finish();
-  if (end.done < files.size() && host.stopped()) return interrupted;
-  if (command.readsText && end.anyEngineFailed)
+  if (host.stopped() && (end.done < files.size() || status != allRecognized)) return interrupted;
+  if (command.readsText() && end.anyEngineFailed)
     if (const auto broken = host.brokenModels(settings.models); !broken.empty())
       return reportIncomplete(broken, host.err);
   return status;

@@ -27,9 +27,9 @@ class RecordedBarcodeDetector final : public BarcodeDetector {
   RecordedBarcodeDetector(std::shared_ptr<const BarcodeDetector> detector, std::shared_ptr<Recording> recording)
       : detector_(std::move(detector)), recording_(std::move(recording)) {}
 
-  std::vector<BarcodeObservation> detect(const Bitmap& bitmap,
-                                         std::span<const BarcodeSymbology> symbologies) const override {
-    std::vector<BarcodeObservation> codes = detector_->detect(bitmap, symbologies);
+  std::vector<BarcodeObservation> detect(const Bitmap& bitmap, std::span<const BarcodeSymbology> symbologies,
+                                         const WorkLimit& limit) const override {
+    std::vector<BarcodeObservation> codes = detector_->detect(bitmap, symbologies, limit);
     ReadPicture picture{bitmap, {}};
     for (const BarcodeObservation& code : codes) picture.blocks.push_back({code.payload, code.boundingBox});
     recording_->keep(std::move(picture));

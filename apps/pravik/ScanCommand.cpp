@@ -1,6 +1,5 @@
 #include "apps/pravik/ScanCommand.h"
 
-#include <array>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -8,15 +7,10 @@
 #include "Platform/ManualDispatch.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/ScanRun.h"
-#include "backends/opencv/VideoReader.h"
+#include "backends/opencv/camera/VideoReader.h"
 
 namespace pravik::cli {
 namespace {
-
-constexpr std::array<NamedMode, 4> modes{{{"bankCard", OCRScanMode::bankCard, "bank-card"},
-                                          {"idCardFront", OCRScanMode::idCardFront, "id-front"},
-                                          {"idCardBack", OCRScanMode::idCardBack, "id-back"},
-                                          {"qrCode", OCRScanMode::qrCode, "code"}}};
 
 /// The size of a file's frames; nothing is known of a camera's before it runs. Throws with a readable text when there
 /// are none to be had.
@@ -34,7 +28,7 @@ Size frameSize(const VideoSource& source) {
 }
 
 ExitStatus answerUnusable(const ScanOptions& options, const std::string& reason, ScanEventWriter& writer) {
-  Json event{{"time", 0.0}, {"event", "result"}, {"file", options.source}, {"kind", options.mode.kind}};
+  Json event{{"time", 0.0}, {"event", "result"}, {"file", options.source}, {"kind", options.kind->commandName}};
   event.update(invalidInputAnswer(reason));
   writer.write(event);
   writer.finish();
@@ -51,12 +45,8 @@ ExitStatus statusOf(const Answer& answer, const Settings& settings, const Host& 
 
 }  // namespace
 
-std::span<const NamedMode> namedModes() {
-  return modes;
-}
-
 ExitStatus scan(const ScanOptions& options, const Settings& settings, const Host& host) {
-  if (options.mode.mode != OCRScanMode::qrCode)
+  if (options.kind->isCard())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
 

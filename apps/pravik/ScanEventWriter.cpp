@@ -1,13 +1,12 @@
 #include "apps/pravik/ScanEventWriter.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <ostream>
 #include <string>
 #include <string_view>
 
+#include "Utils/Format.h"
 #include "apps/pravik/Table.h"
 
 namespace pravik::cli {
@@ -25,12 +24,12 @@ std::string detailsOfHint(const Json& event) {
 std::string detailsOfOutline(const Json& event) {
   const Json& box = event["boundingBox"];
   if (box.is_null()) return "none";
-  return fmt::format("x {:.3f} y {:.3f} width {:.3f} height {:.3f}", box["x"].get<double>(), box["y"].get<double>(),
-                     box["width"].get<double>(), box["height"].get<double>());
+  return formatted("x {:.3f} y {:.3f} width {:.3f} height {:.3f}", box["x"].get<double>(), box["y"].get<double>(),
+                   box["width"].get<double>(), box["height"].get<double>());
 }
 
 std::string detailsOfTimer(const Json& event) {
-  return fmt::format("{:.1f} s {}", event["seconds"].get<double>(), event["change"].get<std::string>());
+  return formatted("{:.1f} s {}", event["seconds"].get<double>(), event["change"].get<std::string>());
 }
 
 std::string detailsOfButton(const Json& event) {
@@ -42,11 +41,11 @@ std::string detailsOfTap(const Json& /*event*/) {
 }
 
 std::string detailsOfCapture(const Json& event) {
-  return fmt::format("attempt {}", event["attempt"].get<int>());
+  return formatted("attempt {}", event["attempt"].get<int>());
 }
 
 std::string detailsOfAttempt(const Json& event) {
-  return fmt::format("attempt {} failed", event["attempt"].get<int>());
+  return formatted("attempt {} failed", event["attempt"].get<int>());
 }
 
 struct EventText {
@@ -66,8 +65,8 @@ constexpr std::array<EventText, 8> eventTexts{{{"state", detailsOfState},
 std::string asLine(const Json& event) {
   const auto name = event["event"].get<std::string>();
   const auto* known = std::ranges::find(eventTexts, name, &EventText::event);
-  return fmt::format("{:9.3f}  {:<8}  {}\n", event["time"].get<double>(), name,
-                     known == eventTexts.end() ? "" : known->details(event));
+  return formatted("{:9.3f}  {:<8}  {}\n", event["time"].get<double>(), name,
+                   known == eventTexts.end() ? "" : known->details(event));
 }
 
 }  // namespace

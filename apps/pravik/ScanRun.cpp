@@ -1,13 +1,12 @@
 #include "apps/pravik/ScanRun.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <future>
 #include <utility>
 
 #include "Pravik.h"
-#include "backends/opencv/OpenCvCaptureSystem.h"
+#include "Utils/Format.h"
+#include "backends/opencv/camera/OpenCvCaptureSystem.h"
 
 namespace pravik::cli {
 namespace {
@@ -61,14 +60,16 @@ ScanRun::ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const 
   watch_ = std::make_shared<ScanWatch>(clockOf(pacer_), tell, options_.tapsManualCapture);
   observed_ = std::make_shared<ObservedDispatch>(dispatch_, watch_);
   stage_ = std::make_shared<HeadlessStage>(dispatch_, screenSize(frame));
-  report_ = std::make_shared<ScanReport>([this](const Answer& answer) { finish(answer); });
+  report_ = std::make_shared<ScannerListener>([this](const ScannerReport& report) {
+    finish(report.record ? recordAnswer(*report.record) : answerOf(report.record.error()));
+  });
 }
 
 bool ScanRun::run(Platform platform, const std::function<bool()>& isStopped) {
   platform.captureSystem = makeCamera(platform);
   platform.dispatch = observed_;
   platform.stage = stage_;
-  screen_ = std::make_shared<OCRScannerViewController>(options_.mode.mode, false, PravikSDK(platform), platform);
+  screen_ = std::make_shared<OCRScannerViewController>(options_.kind->mode, false, PravikSDK(platform), platform);
   screen_->delegate = report_;
   watch_->watch(screen_);
   observed_->async([this] {
@@ -78,7 +79,7 @@ bool ScanRun::run(Platform platform, const std::function<bool()>& isStopped) {
     dispatch_->asyncAfter(*options_.timeout, [weak = weak_from_this()] {
       if (const auto scan = weak.lock())
         scan->endWithoutRecord(
-            fmt::format("no record within {} seconds", std::chrono::duration<double>(*scan->options_.timeout).count()));
+            formatted("no record within {} seconds", std::chrono::duration<double>(*scan->options_.timeout).count()));
     });
   pacer_ ? runOnStreamTime(isStopped) : runInRealTime(isStopped);
   return !answer_.is_null();
@@ -136,7 +137,7 @@ void ScanRun::endWithoutRecord(const std::string& reason) {
 
 void ScanRun::finish(const Answer& answer) {
   if (isFinished()) return;
-  Json members{{"file", options_.source}, {"kind", options_.mode.kind}};
+  Json members{{"file", options_.source}, {"kind", options_.kind->commandName}};
   members.update(answer);
   watch_->tell("result", members);
   answer_ = answer;

@@ -10,9 +10,8 @@
 #include "UI/OCRScannerViewController.h"
 #include "apps/pravik/HeadlessStage.h"
 #include "apps/pravik/ObservedDispatch.h"
+#include "apps/pravik/ScanCommand.h"
 #include "apps/pravik/ScanEventWriter.h"
-#include "apps/pravik/ScanOptions.h"
-#include "apps/pravik/ScanReport.h"
 #include "apps/pravik/ScanWatch.h"
 
 namespace pravik::cli {
@@ -51,7 +50,7 @@ class ScanRun : public std::enable_shared_from_this<ScanRun> {
   std::shared_ptr<ObservedDispatch> observed_;
   std::shared_ptr<HeadlessStage> stage_;
   std::shared_ptr<OCRScannerViewController> screen_;
-  std::shared_ptr<ScanReport> report_;
+  std::shared_ptr<ScannerListener> report_;
   Answer answer_;
 
   mutable std::mutex mutex_;

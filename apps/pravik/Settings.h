@@ -1,10 +1,10 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -55,10 +55,10 @@ struct Host {
   std::function<std::vector<std::string>(const std::filesystem::path&)> brokenModels;
   /// Whether `err` is a terminal that a person looks at.
   bool showsProgress = false;
-  /// Set from outside when the person wants to stop.
-  const std::atomic<bool>* stop = nullptr;
+  /// Asks to stop when the person wants to.
+  std::stop_token stop = {};
 
-  bool stopped() const { return stop != nullptr && stop->load(); }
+  bool stopped() const { return stop.stop_requested(); }
 };
 
 }  // namespace pravik::cli

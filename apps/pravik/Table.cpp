@@ -1,6 +1,5 @@
 #include "apps/pravik/Table.h"
 
-#include <fmt/format.h>
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
@@ -8,7 +7,8 @@
 #include <map>
 #include <vector>
 
-#include "backends/json/Checks.h"
+#include "Reading/RecordChecks.h"
+#include "Utils/Format.h"
 
 namespace pravik::cli {
 namespace {
@@ -41,8 +41,8 @@ std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answe
   const auto checks = answer.find("checks");
   if (checks == answer.end()) return failures;
   for (const auto& [check, passed] : checks->items())
-    if (const auto known = checkText(check); known && passed == false)
-      failures[std::string(known->field)] = fmt::format("! {}", known->failure);
+    if (const CheckKind* known = checkNamed(check); known != nullptr && passed == false)
+      failures[std::string(known->field)] = formatted("! {}", known->failure);
   return failures;
 }
 
@@ -65,10 +65,13 @@ std::vector<Row> resultRows(const Answer& answer) {
   return rows;
 }
 
-std::vector<Row> errorRows(const Json& error) {
+std::vector<Row> errorRows(const Answer& answer) {
+  const Json& error = answer["error"];
   std::vector<Row> rows{{"error", error["message"].get<std::string>(), {}}};
   if (const auto context = error.find("context"); context != error.end() && context->contains("reason"))
     rows.push_back({"reason", (*context)["reason"].get<std::string>(), {}});
+  else if (answer.contains("report"))
+    rows.push_back({"reason", answer["report"]["text"].get<std::string>(), {}});
   return rows;
 }
 
@@ -108,7 +111,7 @@ std::string padded(std::string_view text, int width) {
 }
 
 std::string asTable(const Answer& answer) {
-  const std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer["error"]);
+  const std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {
     fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);

@@ -11,6 +11,7 @@
 #include <chrono>
 
 #include "apps/scanner/FaintText.h"
+#include "apps/scanner/Texts.h"
 #include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
@@ -34,7 +35,7 @@ QPixmap pixmapOf(const std::optional<Image>& image) {
 QToolButton* makeCopyButton(const Field& field) {
   auto* button = new QToolButton;
   button->setText(text(Text::copy));
-  button->setAccessibleName(text(Text::copy) + ' ' + text(field.label));
+  button->setAccessibleName(text(Text::copy) + ' ' + field.label);
   QObject::connect(button, &QToolButton::clicked, button, [button, value = field.value] {
     QGuiApplication::clipboard()->setText(value);
     button->setText(text(Text::copied));
@@ -47,7 +48,7 @@ QToolButton* makeShowButton(const Field& field, QLabel* value) {
   auto* button = new QToolButton;
   button->setText(text(Text::show));
   button->setCheckable(true);
-  button->setAccessibleName(text(Text::show) + ' ' + text(field.label));
+  button->setAccessibleName(text(Text::show) + ' ' + field.label);
   QObject::connect(button, &QToolButton::toggled, value, [button, value, field](bool isShown) {
     value->setText(isShown ? field.value : masked(field.value));
     button->setText(text(isShown ? Text::hide : Text::show));
@@ -117,13 +118,13 @@ QLayout* ResultPage::makeFields(const ScannedRecord& record) {
 
 void ResultPage::addRow(QGridLayout& grid, const Field& field) {
   const int row = grid.rowCount();
-  auto* label = new QLabel(text(field.label));
+  auto* label = new QLabel(field.label);
   makeFaint(*label);
   auto* value = new QLabel(field.isSecret ? masked(field.value) : field.value);
   value->setTextFormat(Qt::PlainText);
   value->setWordWrap(true);
   value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  value->setAccessibleName(text(field.label));
+  value->setAccessibleName(field.label);
   auto* texts = new QVBoxLayout;
   texts->setSpacing(2);
   texts->addWidget(label);

@@ -5,14 +5,13 @@
 #include <vector>
 
 #include "Pravik.h"
-#include "apps/scanner/Texts.h"
 #include "backends/json/Answer.h"
 
 namespace pravik::scanner {
 
 /// One line of a record, as it is shown.
 struct Field {
-  Text label;
+  QString label;
   QString value;
   /// Whether it is shown only on request.
   bool isSecret = false;
@@ -32,10 +31,7 @@ struct ScannedRecord {
   Answer answer;
 };
 
-ScannedRecord describe(const OCRScannerResult<BankCardInfo>& result);
-ScannedRecord describe(const OCRScannerResult<IDCardFrontInfo>& result);
-ScannedRecord describe(const OCRScannerResult<IDCardBackInfo>& result);
-ScannedRecord describe(const OCRScannerResult<CodeScanResult>& result);
+ScannedRecord describe(const Record& record, const std::optional<Image>& picture);
 
 /// A secret value with a star for every character but the last four; spaces stay.
 QString masked(const QString& value);

@@ -4,26 +4,26 @@
 #include <map>
 #include <ostream>
 
-#include "PravikVersion.h"
+#include "Records/DocumentKind.h"
+#include "Records/PravikVersion.h"
 #include "apps/pravik/Settings.h"
 
 namespace pravik::scanner {
 namespace {
 
-const std::map<std::string, OCRScanMode> modes{{"bankCard", OCRScanMode::bankCard},
-                                               {"idCardFront", OCRScanMode::idCardFront},
-                                               {"idCardBack", OCRScanMode::idCardBack},
-                                               {"qrCode", OCRScanMode::qrCode}};
-
-const std::map<std::string, OCRLogger::Level> levels{
-    {"none", OCRLogger::Level::none}, {"error", OCRLogger::Level::error}, {"warning", OCRLogger::Level::warning},
-    {"info", OCRLogger::Level::info}, {"debug", OCRLogger::Level::debug}, {"verbose", OCRLogger::Level::verbose}};
+std::map<std::string, OCRScanMode> modeNames() {
+  std::map<std::string, OCRScanMode> names;
+  for (const DocumentKind& kind : documentKinds()) names.emplace(kind.modeName, kind.mode);
+  return names;
+}
 
 /// An option that takes one of the names of a table, and nothing that stands for it.
 template <class Value>
 void addChoice(CLI::App& app, const std::string& option, const std::map<std::string, Value>& names, std::string& chosen,
                const std::string& help) {
-  app.add_option(option, chosen, help)->type_name("NAME")->check(CLI::IsMember(names).description(""));
+  std::string list;
+  for (const auto& [name, value] : names) list += (list.empty() ? "" : ", ") + name;
+  app.add_option(option, chosen, help + ": " + list)->type_name("NAME")->check(CLI::IsMember(names).description(""));
 }
 
 }  // namespace
@@ -35,14 +35,16 @@ std::variant<ScannerSettings, int> readSettings(const std::vector<std::string>& 
   app.set_version_flag("--version", PravikVersion::fullDescription());
   std::string mode;
   std::string level = "none";
-  addChoice(app, "--mode", modes, mode, "Scan this at once: bankCard, idCardFront, idCardBack or qrCode");
+  const std::map<std::string, OCRScanMode> modes = modeNames();
+  const std::map<std::string, OCRLogger::Level> levels = OCRLogger::levelsByName();
+  addChoice(app, "--mode", modes, mode, "Scan this at once");
   app.add_option("--camera", settings.camera, "The number of a camera (0 is the first) or a video file")
       ->type_name("INDEX|FILE");
   app.add_flag("--loop", settings.loops, "Begin a video file anew when it has ended");
   app.add_flag("--mode-switch", settings.showsModeSwitch, "Let the user switch between the cards while scanning");
   app.add_flag("--json", settings.writesJson, "Write the first record to standard output and end");
   app.add_option("--models", settings.models, "The folder of the text models")->type_name("DIR");
-  addChoice(app, "--log-level", levels, level, "none, error, warning, info, debug or verbose, on standard error");
+  addChoice(app, "--log-level", levels, level, "Log on standard error");
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {

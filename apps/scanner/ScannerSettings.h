@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "OCRScanMode.h"
+#include "Records/OCRScanMode.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik::scanner {

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <utility>
 
-#include "RunWithCompletion.h"
 #include "UI/OCRScannerViewController.h"
-#include "backends/opencv/VideoSource.h"
+#include "apps/scanner/Texts.h"
+#include "backends/opencv/camera/VideoSource.h"
 #include "backends/qt/QtPlatform.h"
 
 namespace pravik::scanner {
@@ -28,45 +28,13 @@ QString droppedFile(const QMimeData& data) {
 
 }  // namespace
 
-/// Hears the scanner's screens, as long as the window is there.
-class ScannerWindow::Listener : public OCRScannerDelegate {
- public:
-  explicit Listener(ScannerWindow& window) : window_(window) {}
-
-  void scannerDidRecognizeBankCard(OCRScannerViewController& /*scanner*/,
-                                   const OCRScannerResult<BankCardInfo>& result) override {
-    window_.showRecord(describe(result));
-  }
-  void scannerDidRecognizeIDCardFront(OCRScannerViewController& /*scanner*/,
-                                      const OCRScannerResult<IDCardFrontInfo>& result) override {
-    window_.showRecord(describe(result));
-  }
-  void scannerDidRecognizeIDCardBack(OCRScannerViewController& /*scanner*/,
-                                     const OCRScannerResult<IDCardBackInfo>& result) override {
-    window_.showRecord(describe(result));
-  }
-  void scannerDidScanCode(OCRScannerViewController& /*scanner*/,
-                          const OCRScannerResult<CodeScanResult>& result) override {
-    window_.showRecord(describe(result));
-  }
-  void scannerDidFailWithError(OCRScannerViewController& /*scanner*/, const OCRError& error) override {
-    // The screen stays and asks for the permission; its cancellation is the end.
-    if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
-    window_.showFailure(QString::fromStdString(error.errorDescription()));
-  }
-  void scannerDidCancel(OCRScannerViewController& /*scanner*/) override { window_.showFailure({}); }
-
- private:
-  ScannerWindow& window_;
-};
-
 ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool bringsCamera)
     : settings_(std::move(settings)),
       platform_(std::move(platform)),
       bringsCamera_(bringsCamera),
       sdk_(platform_),
       stage_(std::make_shared<QtStage>(*this, platform_)),
-      listener_(std::make_shared<Listener>(*this)),
+      listener_(std::make_shared<ScannerListener>([this](const ScannerReport& report) { heard(report); })),
       start_(new StartPage(settings_.mode.value_or(OCRScanMode::bankCard), settings_.camera)),
       result_(new ResultPage) {
   setWindowTitle(text(Text::title));
@@ -154,28 +122,19 @@ void ScannerWindow::recognizePhoto(const std::optional<Image>& photo) {
   setCurrentWidget(start_);
   start_->showMessage(text(Text::reading));
   start_->setBusy(true);
-  switch (start_->mode()) {
-    case OCRScanMode::bankCard:
-      return recognize(*photo, sdk_.recognizeBankCard(*photo));
-    case OCRScanMode::idCardFront:
-      return recognize(*photo, sdk_.recognizeIDCardFront(*photo));
-    case OCRScanMode::idCardBack:
-      return recognize(*photo, sdk_.recognizeIDCardBack(*photo));
-    case OCRScanMode::qrCode:
-      return recognize(*photo, sdk_.recognizeCode(*photo, OCRScanMode::qrCode));
-  }
+  sdk_.read(*photo, start_->mode(), [window = QPointer(this), photo](const Reading& reading) {
+    if (!window) return;
+    window->start_->setBusy(false);
+    window->heard({reading.record, photo});
+  });
 }
 
-template <class Info>
-void ScannerWindow::recognize(const Image& photo, Task<Info> task) {
-  runWithCompletion<Info>(platform_.dispatch, std::move(task),
-                          [window = QPointer(this), photo](const Result<Info>& result) {
-                            if (!window) return;
-                            window->start_->setBusy(false);
-                            if (!result)
-                              return window->showFailure(QString::fromStdString(result.error().errorDescription()));
-                            window->showRecord(describe(OCRScannerResult<Info>{*result, photo}));
-                          });
+void ScannerWindow::heard(const ScannerReport& report) {
+  if (report.record) return showRecord(describe(*report.record, report.capturedImage));
+  const OCRError& error = report.record.error();
+  // The screen stays and asks for the permission; its cancellation is the end.
+  if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
+  showFailure(error == OCRError::cancelled() ? QString() : QString::fromStdString(error.errorDescription()));
 }
 
 void ScannerWindow::showRecord(const ScannedRecord& record) {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "Async/OCRScannerDelegate.h"
 #include "Pravik.h"
-#include "UI/OCRScannerDelegate.h"
 #include "apps/scanner/ResultPage.h"
 #include "apps/scanner/ScannerSettings.h"
 #include "apps/scanner/StartPage.h"
@@ -44,13 +44,10 @@ class ScannerWindow : public QStackedWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  class Listener;
-
   bool prepareCamera();
   void askForPhoto();
-  template <class Info>
-  void recognize(const Image& photo, Task<Info> task);
   void recognizePhoto(const std::optional<Image>& photo);
+  void heard(const ScannerReport& report);
   void showRecord(const ScannedRecord& record);
   void showFailure(const QString& message);
   void cameraEnded(const std::string& reason);
@@ -60,7 +57,7 @@ class ScannerWindow : public QStackedWidget {
   bool bringsCamera_;
   PravikSDK sdk_;
   std::shared_ptr<QtStage> stage_;
-  std::shared_ptr<Listener> listener_;
+  std::shared_ptr<ScannerListener> listener_;
   StartPage* start_;
   ResultPage* result_;
 };

@@ -4,8 +4,8 @@
 #include <QFileInfo>
 #include <QFont>
 #include <QVBoxLayout>
-#include <array>
 
+#include "Records/DocumentKind.h"
 #include "apps/scanner/Cameras.h"
 #include "apps/scanner/FaintText.h"
 #include "apps/scanner/Texts.h"
@@ -20,14 +20,6 @@ constexpr const char* choiceStyle =
     "QPushButton:checked { border: 2px solid palette(highlight); color: palette(highlight); font-weight: 600; }"
     "QPushButton:focus { text-decoration: underline; }";
 
-struct Choice {
-  OCRScanMode mode;
-  Text text;
-};
-constexpr std::array choices{
-    Choice{OCRScanMode::bankCard, Text::bankCard}, Choice{OCRScanMode::idCardFront, Text::idCardFront},
-    Choice{OCRScanMode::idCardBack, Text::idCardBack}, Choice{OCRScanMode::qrCode, Text::code}};
-
 QLabel* makeHeading() {
   auto* heading = new QLabel(text(Text::whatToScan));
   QFont font = heading->font();
@@ -37,8 +29,8 @@ QLabel* makeHeading() {
   return heading;
 }
 
-QPushButton* makeButton(Text label) {
-  auto* button = new QPushButton(text(label));
+QPushButton* makeButton(const QString& label) {
+  auto* button = new QPushButton(label);
   button->setMinimumHeight(buttonHeight);
   return button;
 }
@@ -47,8 +39,8 @@ QPushButton* makeButton(Text label) {
 
 StartPage::StartPage(OCRScanMode mode, const std::string& camera)
     : cameras_(new QComboBox),
-      start_(makeButton(Text::start)),
-      openPhoto_(makeButton(Text::openPhoto)),
+      start_(makeButton(text(Text::start))),
+      openPhoto_(makeButton(text(Text::openPhoto))),
       message_(new QLabel) {
   fillCameras(camera);
   cameras_->setMinimumHeight(buttonHeight - 8);
@@ -98,12 +90,12 @@ QWidget* StartPage::makeModes(OCRScanMode mode) {
   auto* layout = new QVBoxLayout(box);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(8);
-  for (const Choice& choice : choices) {
-    QPushButton* button = makeButton(choice.text);
+  for (const DocumentKind& kind : documentKinds()) {
+    QPushButton* button = makeButton(inUserLanguage(kind.displayName, kind.englishName));
     button->setCheckable(true);
     button->setStyleSheet(choiceStyle);
-    button->setChecked(choice.mode == mode);
-    modes_.addButton(button, static_cast<int>(choice.mode));
+    button->setChecked(kind.mode == mode);
+    modes_.addButton(button, static_cast<int>(kind.mode));
     layout->addWidget(button);
   }
   return box;

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "OCRScanMode.h"
+#include "Records/OCRScanMode.h"
 
 namespace pravik::scanner {
 

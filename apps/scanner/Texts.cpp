@@ -15,10 +15,6 @@ struct Wording {
 constexpr std::array wordings{
     Wording{"Pravik 扫描", "Pravik Scanner"},
     Wording{"扫描什么？", "What do you want to scan?"},
-    Wording{"银行卡", "Bank card"},
-    Wording{"身份证正面", "Identity card, portrait side"},
-    Wording{"身份证背面", "Identity card, emblem side"},
-    Wording{"二维码/条形码", "QR code or bar code"},
     Wording{"相机", "Camera"},
     Wording{"选择视频文件…", "Choose a video file…"},
     Wording{"未找到相机", "No camera found"},
@@ -35,21 +31,6 @@ constexpr std::array wordings{
     Wording{"相机画面已结束", "The camera's pictures have ended"},
     Wording{"无法打开这张照片", "This photo cannot be opened"},
     Wording{"好", "OK"},
-    Wording{"卡号", "Card number"},
-    Wording{"原始识别结果", "Digits as read"},
-    Wording{"发卡行", "Bank"},
-    Wording{"卡类型", "Type"},
-    Wording{"持卡人", "Cardholder"},
-    Wording{"姓名", "Name"},
-    Wording{"性别", "Sex"},
-    Wording{"民族", "Ethnicity"},
-    Wording{"出生", "Born"},
-    Wording{"住址", "Address"},
-    Wording{"公民身份号码", "Identity number"},
-    Wording{"签发机关", "Issuing office"},
-    Wording{"有效期限", "Valid"},
-    Wording{"内容", "Content"},
-    Wording{"码制", "Type"},
     Wording{"号码校验未通过，请与卡面核对。", "The number fails its check digit: compare it with the card."},
 };
 static_assert(wordings.size() == static_cast<std::size_t>(Text::checkFailed) + 1);
@@ -58,7 +39,12 @@ static_assert(wordings.size() == static_cast<std::size_t>(Text::checkFailed) + 1
 
 QString text(Text which) {
   const Wording& wording = wordings.at(static_cast<std::size_t>(which));
-  return QString::fromUtf8(QLocale().language() == QLocale::Chinese ? wording.chinese : wording.english);
+  return inUserLanguage(wording.chinese, wording.english);
+}
+
+QString inUserLanguage(std::string_view chinese, std::string_view english) {
+  const std::string_view text = QLocale().language() == QLocale::Chinese ? chinese : english;
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 }  // namespace pravik::scanner

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdint>
+#include <string_view>
 
 namespace pravik::scanner {
 
@@ -9,10 +10,6 @@ namespace pravik::scanner {
 enum class Text : std::uint8_t {
   title,
   whatToScan,
-  bankCard,
-  idCardFront,
-  idCardBack,
-  code,
   camera,
   chooseClip,
   noCamera,
@@ -29,25 +26,11 @@ enum class Text : std::uint8_t {
   cameraEnded,
   notAPhoto,
   ok,
-  cardNumber,
-  rawCardNumber,
-  bankName,
-  cardType,
-  cardholderName,
-  name,
-  gender,
-  ethnicity,
-  birthDate,
-  address,
-  idNumber,
-  issuingAuthority,
-  validityPeriod,
-  payload,
-  symbology,
   checkFailed,
 };
 
 /// In Chinese for users whose language that is, in English for all others.
 QString text(Text which);
+QString inUserLanguage(std::string_view chinese, std::string_view english);
 
 }  // namespace pravik::scanner

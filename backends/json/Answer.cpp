@@ -1,50 +1,41 @@
 #include "backends/json/Answer.h"
 
-#include <optional>
+#include <variant>
+
+#include "Reading/RecordChecks.h"
 
 namespace pravik {
 namespace {
 
-Json orNull(const std::optional<std::string>& value) {
-  return value ? Json(*value) : Json(nullptr);
+Json jsonOf(const FieldValue& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  if (const auto* flag = std::get_if<bool>(&value)) return *flag;
+  return nullptr;
 }
 
 }  // namespace
 
-Json toJson(const IDCardFrontInfo& info) {
-  return {{"name", info.name},           {"gender", info.gender},       {"ethnicity", info.ethnicity},
-          {"birthDate", info.birthDate}, {"birthYear", info.birthYear}, {"birthMonth", info.birthMonth},
-          {"birthDay", info.birthDay},   {"address", info.address},     {"idNumber", info.idNumber}};
+Answer recordAnswer(const Record& record) {
+  Answer answer{{"result", Json::object()}};
+  for (const RecordField& field : documentKind(record).fields)
+    answer["result"][std::string(field.name)] = jsonOf(field.value(record));
+  for (const RecordCheck& check : checksOf(record))
+    answer["checks"][std::string(check.kind.name)] = check.passed ? Json(*check.passed) : Json(nullptr);
+  return answer;
 }
 
-Json toJson(const IDCardBackInfo& info) {
-  return {{"issuingAuthority", info.issuingAuthority},
-          {"validityPeriod", info.validityPeriod},
-          {"startDate", orNull(info.startDate)},
-          {"endDate", orNull(info.endDate)},
-          {"isLongTerm", info.isLongTerm}};
-}
-
-Json toJson(const BankCardInfo& info) {
-  return {{"cardNumber", info.cardNumber},
-          {"rawCardNumber", info.rawCardNumber},
-          {"bankName", orNull(info.bankName)},
-          {"cardType", info.cardType ? Json(localizedName(*info.cardType)) : Json(nullptr)},
-          {"cardholderName", orNull(info.cardholderName)}};
-}
-
-Json toJson(const CodeScanResult& code) {
-  return {{"payload", code.payload}, {"symbology", code.symbology}};
+Answer readingAnswer(const Reading& reading) {
+  if (reading.record) return recordAnswer(*reading.record);
+  Answer answer = answerOf(reading.record.error());
+  if (const auto reason = reading.report.unreadReason)
+    answer["report"] = {{"reason", codeOf(*reason)}, {"text", chineseText(*reason)}};
+  return answer;
 }
 
 Answer answerOf(const OCRError& error, const std::string& reason) {
   Json context(error.reportContext());
   if (!reason.empty()) context["reason"] = reason;
   return {{"error", {{"code", error.errorCode()}, {"message", error.errorDescription()}, {"context", context}}}};
-}
-
-Answer codeAnswer(const Result<CodeScanResult>& result) {
-  return result ? Answer{{"result", toJson(*result)}} : answerOf(result.error());
 }
 
 Answer textAnswer(const Result<std::string>& result) {

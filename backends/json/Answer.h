@@ -4,11 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "BankCardInfo.h"
-#include "CodeScanResult.h"
-#include "IDCardBackInfo.h"
-#include "IDCardFrontInfo.h"
-#include "OCRError.h"
+#include "Reading/Reading.h"
+#include "Records/DocumentKind.h"
+#include "Records/OCRError.h"
 
 namespace pravik {
 
@@ -18,18 +16,16 @@ using Json = nlohmann::ordered_json;
 /// What one input was answered with: an object with "result" (and "checks" for a card), or with "error".
 using Answer = Json;
 
-Json toJson(const IDCardFrontInfo& info);
-/// An absent date is null.
-Json toJson(const IDCardBackInfo& info);
-/// The type is its localised name; what was not recognised is null.
-Json toJson(const BankCardInfo& info);
-Json toJson(const CodeScanResult& code);
+/// {"result":…,"checks":…}: the record's fields by name and what it tells about itself; an absent field and a check
+/// with nothing to compare are null. Without "checks" for a kind that has none.
+Answer recordAnswer(const Record& record);
+/// The record, or {"error":…,"report":{"reason":…,"text":…}}: the error and why nothing was read, which "text" tells a
+/// person.
+Answer readingAnswer(const Reading& reading);
 
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
 /// file could not be read, and stands in the context unless it is empty.
 Answer answerOf(const OCRError& error, const std::string& reason = {});
-/// {"result":…}, or the error that kept a code from being read.
-Answer codeAnswer(const Result<CodeScanResult>& result);
 /// {"result":{"text":…}}, or the error that kept text from being read.
 Answer textAnswer(const Result<std::string>& result);
 /// {"error":{"code":"invalid_input","message":…}}: what was handed in is not what the command reads.

@@ -1,19 +1,21 @@
 #include "backends/json/ObservationsJson.h"
 
-#include <fmt/format.h>
-
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
 #include <vector>
+
+#include "Utils/Format.h"
 
 namespace pravik {
 namespace {
 
 /// The format nests four deep; what lies beneath other keys may nest a little deeper.
 constexpr int maximumDepth = 32;
-/// By how much a box may stand over the edge of the picture: some engines round outwards.
-constexpr double edgeTolerance = 0.01;
+/// By how much a number may lie outside 0...1 and is moved to the nearer end: engines round, and let boxes stand over
+/// the edge of the picture. What lies further out was measured in something else.
+constexpr double tolerance = 0.05;
 
 class InputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
@@ -23,12 +25,12 @@ class InputError : public std::runtime_error {
 class StructureGuard {
  public:
   bool operator()(int depth, nlohmann::json::parse_event_t event, const nlohmann::json& value) {
-    if (depth > maximumDepth) throw InputError(fmt::format("nested deeper than {} levels", maximumDepth));
+    if (depth > maximumDepth) throw InputError(formatted("nested deeper than {} levels", maximumDepth));
     if (event == nlohmann::json::parse_event_t::object_start) keys_.emplace_back();
     if (event == nlohmann::json::parse_event_t::object_end) keys_.pop_back();
     if (event == nlohmann::json::parse_event_t::key && !keys_.back().insert(value.get<std::string>()).second)
-      throw InputError(fmt::format("the key {} stands twice in an object",
-                                   value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace)));
+      throw InputError(formatted("the key {} stands twice in an object",
+                                 value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace)));
     return true;
   }
 
@@ -39,38 +41,39 @@ class StructureGuard {
 const nlohmann::json& member(const nlohmann::json& object, const char* key, const std::string& where) {
   if (!object.is_object()) throw InputError(where + " is not an object");
   const auto found = object.find(key);
-  if (found == object.end()) throw InputError(fmt::format("{} lacks \"{}\"", where, key));
+  if (found == object.end()) throw InputError(formatted("{} lacks \"{}\"", where, key));
   return *found;
 }
 
 double number(const nlohmann::json& object, const char* key, const std::string& where) {
   const nlohmann::json& value = member(object, key, where);
-  if (!value.is_number()) throw InputError(fmt::format("{}: \"{}\" is not a number", where, key));
+  if (!value.is_number()) throw InputError(formatted("{}: \"{}\" is not a number", where, key));
   return value.get<double>();
 }
 
-void requireWithin(double value, double least, double most, const char* what, const std::string& where) {
-  if (value < least || value > most) throw InputError(fmt::format("{}: {} {} is outside 0...1", where, what, value));
+double clamped(double value, const char* what, const std::string& where) {
+  if (value < -tolerance || value > 1 + tolerance)
+    throw InputError(formatted("{}: {} {} is outside 0...1", where, what, value));
+  return std::clamp(value, 0.0, 1.0);
 }
 
 Rect boundingBox(const nlohmann::json& box, const std::string& where) {
   const Rect rect{number(box, "x", where), number(box, "y", where), number(box, "width", where),
                   number(box, "height", where)};
-  requireWithin(rect.width, 0, 1 + 2 * edgeTolerance, "width", where);
-  requireWithin(rect.height, 0, 1 + 2 * edgeTolerance, "height", where);
-  for (const double x : {rect.x, rect.x + rect.width})
-    requireWithin(x, -edgeTolerance, 1 + edgeTolerance, "a horizontal edge at", where);
-  for (const double y : {rect.y, rect.y + rect.height})
-    requireWithin(y, -edgeTolerance, 1 + edgeTolerance, "a vertical edge at", where);
-  return rect;
+  if (rect.width < 0 || rect.height < 0) throw InputError(where + ": a negative extent is outside 0...1");
+  const double left = clamped(rect.x, "a horizontal edge at", where);
+  const double right = clamped(rect.x + rect.width, "a horizontal edge at", where);
+  const double bottom = clamped(rect.y, "a vertical edge at", where);
+  const double top = clamped(rect.y + rect.height, "a vertical edge at", where);
+  if (left == rect.x && right == rect.x + rect.width && bottom == rect.y && top == rect.y + rect.height) return rect;
+  return {left, bottom, right - left, top - bottom};
 }
 
 TextRecognizer::Observation observation(const nlohmann::json& object, std::size_t index) {
-  const std::string where = fmt::format("observation {}", index);
+  const std::string where = formatted("observation {}", index);
   const nlohmann::json& text = member(object, "text", where);
   if (!text.is_string()) throw InputError(where + ": \"text\" is not a string");
-  const double confidence = number(object, "confidence", where);
-  requireWithin(confidence, 0, 1, "confidence", where);
+  const double confidence = clamped(number(object, "confidence", where), "confidence", where);
   return {text.get<std::string>(), static_cast<float>(confidence),
           boundingBox(member(object, "boundingBox", where), where + ", boundingBox")};
 }
@@ -97,7 +100,7 @@ std::string readable(const nlohmann::json::exception& error) {
 
 tl::expected<Observations, std::string> parseObservations(std::string_view text) {
   if (text.size() > maximumObservationsBytes)
-    return tl::unexpected(fmt::format("longer than {} MiB", maximumObservationsBytes >> 20U));
+    return tl::unexpected(formatted("longer than {} MiB", maximumObservationsBytes >> 20U));
   try {
     return observations(nlohmann::json::parse(text, StructureGuard{}));
   } catch (const nlohmann::json::exception& error) {

@@ -43,13 +43,13 @@ TextCandidate LineReader::candidate(const float* probabilities, std::size_t step
   return {readingText(characters, keys_), sum / static_cast<float>(characters.size())};
 }
 
-std::vector<TextCandidate> LineReader::read(const std::vector<cv::Mat>& lines) const {
+std::vector<TextCandidate> LineReader::read(const std::vector<cv::Mat>& lines, const WorkLimit& limit) const {
   std::vector<std::size_t> order(lines.size());
   std::iota(order.begin(), order.end(), 0);
   std::ranges::stable_sort(order, {}, [&](std::size_t i) { return scaledWidth(lines[i]); });
 
   std::vector<TextCandidate> readings(lines.size());
-  for (auto next = order.begin(); next != order.end();) {
+  for (auto next = order.begin(); next != order.end() && !limit.isSpent();) {
     const int width = paddedWidth(lines[*next]);
     const auto room = std::max(1, maximumBatchColumns / width);
     auto end = next;

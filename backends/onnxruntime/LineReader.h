@@ -17,8 +17,8 @@ class LineReader {
   LineReader(const std::string& modelPath, int threadCount);
 
   /// The readings of lines (BGR), in the same order; an unreadable line has an empty text. Confidence is the mean of
-  /// the characters' probabilities.
-  std::vector<TextCandidate> read(const std::vector<cv::Mat>& lines) const;
+  /// the characters' probabilities. When the limit is spent, what is left is as good as unreadable.
+  std::vector<TextCandidate> read(const std::vector<cv::Mat>& lines, const WorkLimit& limit) const;
 
  private:
   TextCandidate candidate(const float* probabilities, std::size_t steps) const;

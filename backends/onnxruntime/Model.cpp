@@ -3,13 +3,17 @@
 #include <onnxruntime_cxx_api.h>
 #include <onnxruntime_session_options_config_keys.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <numeric>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace pravik::ppocr {
@@ -73,6 +77,14 @@ std::size_t count(const std::vector<std::int64_t>& shape) {
   return static_cast<std::size_t>(std::accumulate(shape.begin(), shape.end(), std::int64_t{1}, std::multiplies<>()));
 }
 
+/// ONNX Runtime tells that there is no memory only in words.
+bool tellsOfMemory(const Ort::Exception& error) {
+  constexpr std::array<std::string_view, 3> words{"Failed to allocate memory", "bad_alloc", "bad allocation"};
+  return std::ranges::any_of(words, [&](std::string_view text) {
+    return std::string_view(error.what()).find(text) != std::string_view::npos;
+  });
+}
+
 }  // namespace
 
 struct Model::Session {
@@ -91,6 +103,7 @@ Model::Model(const std::string& path, int threadCount, std::size_t outputRank) :
   try {
     session_->session = Ort::Session(*session_->env, bytes.data(), bytes.size(), sessionOptions(threadCount));
   } catch (const Ort::Exception& error) {
+    if (tellsOfMemory(error)) throw std::bad_alloc();
     throw std::runtime_error("the model file " + path + " is damaged: " + error.what());
   }
   const auto& session = session_->session;
@@ -114,9 +127,14 @@ Tensor Model::run(const Tensor& input) const {
   // ONNX Runtime takes a mutable pointer but only reads its inputs.
   const auto value = Ort::Value::CreateTensor<float>(memory, const_cast<float*>(input.values.get()), count(input.shape),
                                                      input.shape.data(), input.shape.size());
-  auto outputs = session_->session.Run(Ort::RunOptions{nullptr}, &inputName, &value, 1, &outputName, 1);
-  const auto output = std::make_shared<Ort::Value>(std::move(outputs.front()));
-  return {output->GetTensorTypeAndShapeInfo().GetShape(), {output, output->GetTensorData<float>()}};
+  try {
+    auto outputs = session_->session.Run(Ort::RunOptions{nullptr}, &inputName, &value, 1, &outputName, 1);
+    const auto output = std::make_shared<Ort::Value>(std::move(outputs.front()));
+    return {output->GetTensorTypeAndShapeInfo().GetShape(), {output, output->GetTensorData<float>()}};
+  } catch (const Ort::Exception& error) {
+    if (tellsOfMemory(error)) throw std::bad_alloc();
+    throw;
+  }
 }
 
 std::string Model::metadata(const char* name) const {

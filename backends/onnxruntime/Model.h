@@ -21,13 +21,14 @@ std::shared_ptr<float> allocateValues(const std::vector<std::int64_t>& shape);
 class Model {
  public:
   /// Loads a file. `threadCount` threads work on one run. Throws std::runtime_error that names the file when it
-  /// cannot be read, is no model, or has other inputs and outputs; `outputRank` is the number of dimensions expected.
+  /// cannot be read, is no model, or has other inputs and outputs, and std::bad_alloc; `outputRank` is the number of
+  /// dimensions expected.
   Model(const std::string& path, int threadCount, std::size_t outputRank);
   ~Model();
   Model(Model&&) noexcept;
   Model& operator=(Model&&) noexcept;
 
-  /// Throws std::runtime_error when the model refuses the input.
+  /// Throws std::runtime_error when the model refuses the input, std::bad_alloc when there is no memory.
   Tensor run(const Tensor& input) const;
 
   /// A text that the file carries under this name; empty when it carries none.

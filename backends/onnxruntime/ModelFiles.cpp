@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <functional>
+#include <new>
 #include <system_error>
 
 #include "backends/onnxruntime/DirectionClassifier.h"
@@ -17,6 +18,9 @@ namespace {
 std::string problemOf(const std::function<void()>& open) {
   try {
     open();
+    return {};
+  } catch (const std::bad_alloc&) {
+    // No fault of the file.
     return {};
   } catch (const std::exception& error) {
     return error.what();

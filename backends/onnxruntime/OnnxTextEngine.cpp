@@ -1,6 +1,7 @@
 #include "backends/onnxruntime/OnnxTextEngine.h"
 
 #include <algorithm>
+#include <new>
 #include <opencv2/core.hpp>
 #include <thread>
 #include <utility>
@@ -14,7 +15,7 @@
 #include "backends/onnxruntime/ReadingOrder.h"
 #include "backends/onnxruntime/SecondLook.h"
 #include "backends/onnxruntime/TextDetector.h"
-#include "backends/onnxruntime/WordJoining.h"
+#include "backends/opencv/Mat.h"
 
 namespace pravik {
 namespace {
@@ -67,10 +68,20 @@ std::shared_ptr<const OnnxTextEngine::Models> OnnxTextEngine::models() const {
 
 std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, const TextRequest& request) const {
   ppocr::requireLanguages(request.recognitionLanguages);
-  const auto models = this->models();
+  if (request.limit.isSpent()) return {};
+  try {
+    return textsOn(bitmap, request, *models());
+  } catch (const cv::Exception& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
+    throw;
+  }
+}
+
+std::vector<RecognizedText> OnnxTextEngine::textsOn(const Bitmap& bitmap, const TextRequest& request,
+                                                    const Models& models) {
   const bool isAccurate = request.recognitionLevel == RecognitionLevel::accurate;
-  const cv::Mat picture = ppocr::view(bitmap);
-  auto boxes = models->detector.detect(picture, request.recognitionLevel);
+  const cv::Mat picture = asMat(bitmap);
+  auto boxes = models.detector.detect(picture, request.recognitionLevel);
   const auto minimumHeight = request.minimumTextHeight * static_cast<float>(picture.rows);
   std::erase_if(boxes, [&](const TextBox& box) { return std::min(box.width(), box.height()) < minimumHeight; });
   ppocr::sortInReadingOrder(boxes);
@@ -79,7 +90,7 @@ std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, cons
   lines.reserve(boxes.size());
   for (const auto& box : boxes) lines.push_back(ppocr::cropOf(picture, box));
   if (isAccurate) {
-    if (models->classifier.areUpsideDown(lines)) {
+    if (models.classifier.areUpsideDown(lines)) {
       std::ranges::reverse(boxes);
       std::ranges::reverse(lines);
       for (std::size_t i = 0; i < boxes.size(); ++i) {
@@ -88,15 +99,13 @@ std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, cons
       }
     }
   }
-  auto readings = models->reader.read(lines);
-  if (isAccurate) ppocr::lookAgain(models->reader, picture, boxes, readings);
+  auto readings = models.reader.read(lines, request.limit);
+  if (isAccurate) ppocr::lookAgain(models.reader, picture, boxes, readings, request.limit);
 
-  std::vector<ppocr::ReadLine> read;
-  for (std::size_t i = 0; i < boxes.size(); ++i)
-    if (readings[i].confidence >= noiseConfidence) read.push_back({boxes[i], std::move(readings[i])});
   std::vector<RecognizedText> texts;
-  for (ppocr::ReadLine& line : ppocr::withWordsJoined(std::move(read)))
-    texts.push_back({std::move(line.reading), normalised(line.box, picture.size())});
+  for (std::size_t i = 0; i < boxes.size(); ++i)
+    if (readings[i].confidence >= noiseConfidence)
+      texts.push_back({std::move(readings[i]), normalised(boxes[i], picture.size())});
   return texts;
 }
 

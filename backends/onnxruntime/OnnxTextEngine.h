@@ -34,12 +34,13 @@ class OnnxTextEngine : public TextEngine {
   /// cannot be read or does not fit the others; the next call tries again.
   void load() const;
 
-  /// Throws as `load` does, and std::invalid_argument that names a language the models lack.
+  /// Throws as `load` does, std::invalid_argument that names a language the models lack, and std::bad_alloc.
   std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override;
 
  private:
   class Models;
   std::shared_ptr<const Models> models() const;
+  static std::vector<RecognizedText> textsOn(const Bitmap& bitmap, const TextRequest& request, const Models& models);
 
   OnnxTextEngineOptions options_;
   mutable std::mutex loading_;

@@ -4,13 +4,6 @@
 
 namespace pravik::ppocr {
 
-cv::Mat view(const Bitmap& bitmap) {
-  const int type = bitmap.format() == PixelFormat::bgra8 ? CV_8UC4 : CV_8UC1;
-  // cv::Mat has no view of constant pixels; nothing here writes to one.
-  return {bitmap.height(), bitmap.width(), type, const_cast<std::uint8_t*>(bitmap.row(0)),
-          static_cast<std::size_t>(bitmap.stride())};
-}
-
 cv::Mat toBgr(const cv::Mat& picture) {
   cv::Mat bgr = picture;
   if (picture.channels() == 4) cv::cvtColor(picture, bgr, cv::COLOR_BGRA2BGR);

@@ -3,12 +3,7 @@
 #include <array>
 #include <opencv2/core/mat.hpp>
 
-#include "Platform/Bitmap.h"
-
 namespace pravik::ppocr {
-
-/// A view of the bitmap's pixels, one or four channels; valid as long as the bitmap.
-cv::Mat view(const Bitmap& bitmap);
 
 /// The picture (8-bit, one, three or four channels) as three channels of blue, green and red.
 cv::Mat toBgr(const cv::Mat& picture);

@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <opencv2/imgproc.hpp>
+#include <utility>
 
 namespace pravik::ppocr {
 namespace {
@@ -24,12 +26,24 @@ constexpr float maximumRowOffset = 0.35F;
 constexpr float maximumHeightRatio = 2.0F;
 /// A core thinner than this many pixels of the map is noise.
 constexpr float minimumCoreSide = 3;
+/// Cores that are looked into, the largest: a dense page has some hundred. All are compared with all, so that a picture
+/// strewn with dots would cost seconds.
+constexpr std::size_t maximumCores = 1000;
 
-double meanInside(const cv::Mat& map, const std::vector<cv::Point>& contour) {
+using Contour = std::vector<cv::Point>;
+
+double meanInside(const cv::Mat& map, const Contour& contour) {
   const cv::Rect area = cv::boundingRect(contour);
   cv::Mat mask = cv::Mat::zeros(area.size(), CV_8U);
   cv::fillPoly(mask, std::vector{contour}, cv::Scalar(1), cv::LINE_8, 0, -area.tl());
   return cv::mean(map(area), mask)[0];
+}
+
+void keepLargest(std::vector<Contour>& contours) {
+  if (contours.size() <= maximumCores) return;
+  std::ranges::stable_sort(contours, std::greater{},
+                           [](const Contour& contour) { return cv::boundingRect(contour).area(); });
+  contours.resize(maximumCores);
 }
 
 /// How far a core grows on each side.
@@ -128,8 +142,9 @@ cv::RotatedRect grown(const cv::RotatedRect& core) {
 
 std::vector<TextBox> boxesOf(const cv::Mat& map) {
   const cv::Mat text = map > pixelThreshold;
-  std::vector<std::vector<cv::Point>> contours;
+  std::vector<Contour> contours;
   cv::findContours(text, contours, cv::RETR_LIST, cv::CHAIN_APPROX_SIMPLE);
+  keepLargest(contours);
   std::vector<Core> cores;
   for (const auto& contour : contours) {
     const cv::RotatedRect area = cv::minAreaRect(contour);

@@ -28,6 +28,9 @@ struct Look {
 constexpr std::array<Look, 4> furtherLooks{{{0.12F, 1.0}, {0.25F, 1.15}, {0.06F, 0.9}, {0.18F, 1.3}}};
 /// Other doubtful lines are given up earlier: what is no text never repeats.
 constexpr std::size_t looksAtWords = 2;
+/// Lines of a picture that are read again: more than stand on a card, both of its sides and what lies around it. A page
+/// full of numbers would take five times as long.
+constexpr std::size_t maximumRereads = 64;
 
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
@@ -36,7 +39,7 @@ std::ptrdiff_t characterCount(const std::string& text) {
   return std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
 }
 
-/// Names are embossed in capitals, and no word list tells a misread letter in them.
+/// A line in capitals is a name more often than not, and no word list tells a misread letter in it.
 bool isInCapitals(const std::string& text) {
   const auto isCapitalOrSpace = [](char c) { return c == ' ' || ('A' <= c && c <= 'Z'); };
   return text.size() >= shortestCapitals && std::ranges::all_of(text, isCapitalOrSpace);
@@ -54,7 +57,7 @@ struct Reread {
 };
 
 /// What two readings of a line must have in common to be the same: all but spaces, and the waves that the relief of
-/// embossed digits makes of them.
+/// raised digits makes of them.
 std::string core(const TextCandidate& reading) {
   std::string text = reading.text;
   std::erase_if(text, [](char c) { return c == ' ' || c == '~'; });
@@ -144,12 +147,25 @@ TextCandidate agreedReading(const std::vector<TextCandidate>& readings) {
   return {agreed.text, sum / static_cast<float>(readings.size())};
 }
 
+std::vector<std::size_t> linesToReread(const std::vector<TextCandidate>& readings) {
+  std::vector<std::size_t> numbers, others;
+  for (std::size_t i = 0; i < readings.size(); ++i) {
+    if (deservesSecondLook(readings[i].text))
+      numbers.push_back(i);
+    else if (isDoubtful(readings[i]))
+      others.push_back(i);
+  }
+  numbers.insert(numbers.end(), others.begin(), others.end());
+  numbers.resize(std::min(numbers.size(), maximumRereads));
+  std::ranges::sort(numbers);
+  return numbers;
+}
+
 void lookAgain(const LineReader& reader, const cv::Mat& picture, const std::vector<TextBox>& boxes,
-               std::vector<TextCandidate>& readings) {
+               std::vector<TextCandidate>& readings, const WorkLimit& limit) {
   std::vector<Reread> rereads;
-  for (std::size_t i = 0; i < boxes.size(); ++i)
-    if (isDoubtful(readings[i]) || deservesSecondLook(readings[i].text)) rereads.push_back({i, {readings[i]}});
-  for (std::size_t number = 0; number < furtherLooks.size(); ++number) {
+  for (const std::size_t line : linesToReread(readings)) rereads.push_back({line, {readings[line]}});
+  for (std::size_t number = 0; number < furtherLooks.size() && !limit.isSpent(); ++number) {
     const Look& look = furtherLooks[number];
     std::vector<Reread*> open;
     std::vector<cv::Mat> lines;
@@ -159,7 +175,8 @@ void lookAgain(const LineReader& reader, const cv::Mat& picture, const std::vect
       open.push_back(&reread);
       lines.push_back(lineOf(picture, boxes[reread.line], look));
     }
-    const auto further = reader.read(lines);
+    const auto further = reader.read(lines, limit);
+    if (limit.isSpent()) break;
     for (std::size_t i = 0; i < open.size(); ++i) open[i]->readings.push_back(further[i]);
   }
   for (const Reread& reread : rereads) readings[reread.line] = agreedReading(reread.readings);

@@ -12,7 +12,7 @@ namespace {
 
 /// The model halves its input five times.
 constexpr int sideStep = 32;
-/// Pixels that are searched: with fewer, lone characters of a card are lost.
+/// Pixels that are searched: with fewer, lone characters are lost.
 constexpr double accuratePixels = 960 * 720;
 constexpr double fastPixels = 640 * 480;
 /// A small picture is enlarged by this at most: its text does not become clearer.

@@ -1,6 +1,6 @@
 #include "backends/qt/QtPlatform.h"
 
-#include "backends/opencv/OpenCvCaptureSystem.h"
+#include "backends/opencv/camera/OpenCvCaptureSystem.h"
 #include "backends/qt/QtDispatch.h"
 
 namespace pravik {

@@ -30,7 +30,8 @@ struct CodeReading {
 };
 
 /// Looks for one code of one format on a grey picture, at any of four orientations. A reading whose text does not fit
-/// the format's rules is refused.
-std::optional<CodeReading> readCode(const cv::Mat& grey, const CodeFormat& format);
+/// the format's rules is refused. A picture crowded with QR codes, or with what looks like their corners, is searched
+/// in parts, until the limit is spent.
+std::optional<CodeReading> readCode(const cv::Mat& grey, const CodeFormat& format, const WorkLimit& limit);
 
 }  // namespace pravik

@@ -1,8 +1,6 @@
 #include "backends/zxing/ZXingBarcodeDetector.h"
 
 #include <ZXing/ZXVersion.h>
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -10,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Utils/Format.h"
 #include "backends/opencv/Mat.h"
 #include "backends/zxing/CodeReader.h"
 #include "backends/zxing/CodeRegions.h"
@@ -89,11 +88,17 @@ CodeOutline mapped(const CodeOutline& outline, const cv::Matx33d& map) {
   return result;
 }
 
+/// What is looked for, and for how long.
+struct Search {
+  Formats formats;
+  WorkLimit limit;
+};
+
 /// Reads every format once. The outlines are those of the picture.
-Readings read(const PictureView& view, const Formats& formats) {
+Readings read(const PictureView& view, const Search& search) {
   Readings readings;
-  for (const CodeFormat* format : formats) {
-    auto reading = readCode(view.grey, *format);
+  for (const CodeFormat* format : search.formats) {
+    auto reading = readCode(view.grey, *format, search.limit);
     if (!reading) continue;
     reading->outline = mapped(reading->outline, view.toPicture);
     readings.push_back(std::move(*reading));
@@ -101,24 +106,27 @@ Readings read(const PictureView& view, const Formats& formats) {
   return readings;
 }
 
+Search onlyLinear(Search search) {
+  std::erase_if(search.formats, [](const CodeFormat* format) { return !isLinear(*format); });
+  return search;
+}
+
 /// A region as it is, then with its noise, light or blur worked against.
-Readings readRegion(const PictureView& view, double coherence, double scale, const Formats& formats,
-                    const Formats& linear) {
-  const auto readAs = [&](cv::Mat grey, const Formats& wanted) {
+Readings readRegion(const PictureView& view, double coherence, double scale, const Search& search) {
+  const auto readAs = [&](cv::Mat grey, const Search& wanted) {
     return read({std::move(grey), view.toPicture}, wanted);
   };
   if (coherence >= leastBarCoherence) {
+    const Search linear = onlyLinear(search);
     const cv::Mat smooth = averagedAlongBars(view.grey);
     for (const cv::Mat& bars : {smooth, evenedOut(smooth), sharpened(smooth, 3 * scale)})
       if (Readings readings = readAs(bars, linear); !readings.empty()) return readings;
   }
-  if (Readings readings = readAs(evenedOut(view.grey), formats); !readings.empty()) return readings;
-  return readAs(sharpened(view.grey, 2 * scale), formats);
+  if (Readings readings = readAs(evenedOut(view.grey), search); !readings.empty()) return readings;
+  return readAs(sharpened(view.grey, 2 * scale), search);
 }
 
-Readings readRegions(const cv::Mat& grey, const Formats& formats) {
-  Formats linear;
-  std::ranges::copy_if(formats, std::back_inserter(linear), [](const CodeFormat* format) { return isLinear(*format); });
+Readings readRegions(const cv::Mat& grey, const Search& search) {
   const auto scaleOf = [](const CodeRegion& region) {
     const double side = std::max(region.area.size.width, region.area.size.height);
     return std::clamp(regionSide / side, minimumRegionScale, maximumRegionScale);
@@ -127,29 +135,29 @@ Readings readRegions(const cv::Mat& grey, const Formats& formats) {
   std::vector<PictureView> views;
   for (const CodeRegion& region : regions) {
     views.push_back(cutRegion(grey, region, scaleOf(region)));
-    if (Readings readings = read(views.back(), formats); !readings.empty()) return readings;
+    if (Readings readings = read(views.back(), search); !readings.empty()) return readings;
   }
   for (std::size_t i = 0; i < regions.size(); ++i) {
-    Readings readings = readRegion(views[i], regions[i].coherence, scaleOf(regions[i]), formats, linear);
+    Readings readings = readRegion(views[i], regions[i].coherence, scaleOf(regions[i]), search);
     if (!readings.empty()) return readings;
   }
   return {};
 }
 
-Readings readEvenedOut(const cv::Mat& grey, const Formats& formats) {
+Readings readEvenedOut(const cv::Mat& grey, const Search& search) {
   PictureView view = shrunk(grey, scaleToSide(grey, secondLookSide));
   view.grey = evenedOut(view.grey);
-  return read(view, formats);
+  return read(view, search);
 }
 
-Readings readTurned(const cv::Mat& grey, const Formats& formats) {
+Readings readTurned(const cv::Mat& grey, const Search& search) {
   const PictureView small = shrunk(grey, scaleToSide(grey, turnedSide));
   const cv::Size2f size(small.grey.size());
   for (const double degrees : turns) {
     const CodeRegion whole{{{size.width / 2, size.height / 2}, size, static_cast<float>(degrees)}};
     PictureView view = cutRegion(small.grey, whole, 1);
     view.toPicture = small.toPicture * view.toPicture;
-    if (Readings readings = read(view, formats); !readings.empty()) return readings;
+    if (Readings readings = read(view, search); !readings.empty()) return readings;
   }
   return {};
 }
@@ -159,7 +167,7 @@ cv::Point2f pixelOf(const Point& point, const Bitmap& bitmap) {
 }
 
 /// The label that the code stands on, seen from straight above.
-Readings readStraightened(const Bitmap& bitmap, const Formats& formats, const RectangleDetector& detector,
+Readings readStraightened(const Bitmap& bitmap, const Search& search, const RectangleDetector& detector,
                           const ImageRenderer& renderer) {
   const auto labels = detector.detect(bitmap, labelRequest);
   if (labels.empty()) return {};
@@ -174,7 +182,7 @@ Readings readStraightened(const Bitmap& bitmap, const Formats& formats, const Re
   const cv::Point2f from[] = {{0, 0}, {width, 0}, {0, height}, {width, height}};
   const cv::Point2f to[] = {pixelOf(corners.topLeft, bitmap), pixelOf(corners.topRight, bitmap),
                             pixelOf(corners.bottomLeft, bitmap), pixelOf(corners.bottomRight, bitmap)};
-  return read({greyOf(*straight), cv::getPerspectiveTransform(from, to)}, formats);
+  return read({greyOf(*straight), cv::getPerspectiveTransform(from, to)}, search);
 }
 
 /// The smallest upright rectangle around the outline, normalised with the origin at the lower left.
@@ -201,15 +209,14 @@ std::vector<BarcodeObservation> withoutMisreadings(Readings readings, const Bitm
   return kept;
 }
 
-Readings readPicture(const Bitmap& bitmap, const Formats& formats) {
+Readings readPicture(const Bitmap& bitmap, const Search& search) {
   const double area = static_cast<double>(bitmap.width()) * bitmap.height();
   const double scale =
       std::min(std::sqrt(maximumPixels / area), maximumSide / std::max(bitmap.width(), bitmap.height()));
   const PictureView picture = shrunk(greyOf(bitmap), scale);
-  Readings readings = read({picture.grey}, formats);
-  if (readings.empty()) readings = readRegions(picture.grey, formats);
-  if (readings.empty()) readings = readEvenedOut(picture.grey, formats);
-  if (readings.empty()) readings = readTurned(picture.grey, formats);
+  Readings readings = read({picture.grey}, search);
+  for (const auto look : {readRegions, readEvenedOut, readTurned})
+    if (readings.empty() && !search.limit.isSpent()) readings = look(picture.grey, search);
   for (CodeReading& reading : readings) cv::perspectiveTransform(reading.outline, reading.outline, picture.toPicture);
   return readings;
 }
@@ -221,23 +228,23 @@ ZXingBarcodeDetector::ZXingBarcodeDetector(std::shared_ptr<const RectangleDetect
     : rectangleDetector_(std::move(rectangleDetector)), renderer_(std::move(renderer)) {}
 
 std::vector<BarcodeObservation> ZXingBarcodeDetector::detect(const Bitmap& bitmap,
-                                                             std::span<const BarcodeSymbology> symbologies) const {
-  const Formats formats = codeFormats(symbologies);
-  if (formats.empty()) return {};
+                                                             std::span<const BarcodeSymbology> symbologies,
+                                                             const WorkLimit& limit) const {
+  const Search search{codeFormats(symbologies), limit};
+  if (search.formats.empty()) return {};
   try {
-    Readings readings = readPicture(bitmap, formats);
-    if (readings.empty() && rectangleDetector_ && renderer_)
-      readings = readStraightened(bitmap, formats, *rectangleDetector_, *renderer_);
+    Readings readings = readPicture(bitmap, search);
+    if (readings.empty() && !limit.isSpent() && rectangleDetector_ && renderer_)
+      readings = readStraightened(bitmap, search, *rectangleDetector_, *renderer_);
     return withoutMisreadings(std::move(readings), bitmap);
-  } catch (const std::bad_alloc&) {
-    throw std::runtime_error("not enough memory to look for codes");
   } catch (const cv::Exception& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
     throw std::runtime_error("the picture could not be searched for codes: " + error.err);
   }
 }
 
 std::string ZXingBarcodeDetector::libraryVersion() {
-  return fmt::format("{}.{}.{}", ZXING_VERSION_MAJOR, ZXING_VERSION_MINOR, ZXING_VERSION_PATCH);
+  return formatted("{}.{}.{}", ZXING_VERSION_MAJOR, ZXING_VERSION_MINOR, ZXING_VERSION_PATCH);
 }
 
 }  // namespace pravik

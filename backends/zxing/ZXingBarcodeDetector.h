@@ -20,9 +20,9 @@ class ZXingBarcodeDetector final : public BarcodeDetector {
   explicit ZXingBarcodeDetector(std::shared_ptr<const RectangleDetector> rectangleDetector = nullptr,
                                 std::shared_ptr<const ImageRenderer> renderer = nullptr);
 
-  /// Throws std::runtime_error when memory or ZXing fails.
-  std::vector<BarcodeObservation> detect(const Bitmap& bitmap,
-                                         std::span<const BarcodeSymbology> symbologies) const override;
+  /// Throws std::runtime_error when OpenCV fails, and std::bad_alloc.
+  std::vector<BarcodeObservation> detect(const Bitmap& bitmap, std::span<const BarcodeSymbology> symbologies,
+                                         const WorkLimit& limit) const override;
 
   /// The version of ZXing-C++ that this was built with, such as "1.4.0".
   static std::string libraryVersion();

@@ -1,7 +1,5 @@
 #include "bench/soak/RecognitionSoak.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -17,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "Utils/Format.h"
 #include "apps/pravik/PictureCommands.h"
 #include "backends/DefaultPlatform.h"
 #include "bench/soak/Memory.h"
@@ -63,8 +62,8 @@ class RecognitionSoak {
 
   bool run() {
     for (Reading& reading : readings_) reading.expected = answer(reading);
-    std::cout << fmt::format("{} pictures read one by one, {:.0f} MB; {} recognitions follow, {} at a time\n",
-                             readings_.size(), residentMegabytes(), load_.count, load_.callers)
+    std::cout << formatted("{} pictures read one by one, {:.0f} MB; {} recognitions follow, {} at a time\n",
+                           readings_.size(), residentMegabytes(), load_.count, load_.callers)
               << std::flush;
     begin_ = Clock::now();
     {
@@ -77,7 +76,7 @@ class RecognitionSoak {
 
  private:
   Answer answer(const Reading& reading) const {
-    return reading.command->answer(sdk_, platform_.imageCodec->load(reading.picture), {});
+    return cli::answerPicture(*reading.command, sdk_, platform_.imageCodec->load(reading.picture), {});
   }
 
   void call() {
@@ -93,8 +92,8 @@ class RecognitionSoak {
     const std::lock_guard lock(mutex_);
     if (answered != reading.expected) {
       ++differences_;
-      std::cout << fmt::format("{} was read as {} and now as {}\n", reading.picture.filename().string(),
-                               jsonText(reading.expected), jsonText(answered));
+      std::cout << formatted("{} was read as {} and now as {}\n", reading.picture.filename().string(),
+                             jsonText(reading.expected), jsonText(answered));
     }
     latencies_.push_back(latency.count());
     const int tenth = done_ * tenths / load_.count;
@@ -111,7 +110,7 @@ class RecognitionSoak {
 
   void showTenth(double mark) {
     const std::chrono::duration<double> passed = Clock::now() - begin_;
-    std::cout << fmt::format(
+    std::cout << formatted(
                      "{:6} done in {:6.0f} s, {:5.2f} a second; latency median {:.0f} ms, 90 % {:.0f} ms; "
                      "memory {:.0f} MB, at most {:.0f} MB\n",
                      done_, passed.count(), done_ / passed.count(), share(0.5), share(0.9), residentMegabytes(), mark)
@@ -123,8 +122,8 @@ class RecognitionSoak {
     const auto half = highestMegabytes_.begin() + tenths / 2;
     const double growth =
         *std::max_element(half, highestMegabytes_.end()) - *std::max_element(highestMegabytes_.begin(), half);
-    std::cout << fmt::format("{} of {} differed; memory grew by {:.1f} MB in the second half, {} MB are allowed\n",
-                             differences_, done_, growth, allowedGrowth);
+    std::cout << formatted("{} of {} differed; memory grew by {:.1f} MB in the second half, {} MB are allowed\n",
+                           differences_, done_, growth, allowedGrowth);
     return differences_ == 0 && growth <= allowedGrowth;
   }
 

@@ -4,9 +4,9 @@
 #include <iostream>
 #include <thread>
 
+#include "Async/ScannerContinuationAdapter.h"
 #include "Pravik.h"
 #include "UI/OCRScannerViewController.h"
-#include "UI/ScannerContinuationAdapter.h"
 #include "backends/DefaultPlatform.h"
 
 using namespace pravik;

@@ -1,7 +1,7 @@
 // Makes a record of text that something else has read; needs pravik::pravik alone.
 #include <iostream>
 
-#include "Pravik.h"
+#include "Parsers/IDCardBackParser.h"
 
 int main() {
   // Text, confidence, and the box in shares of the picture with the origin at its lower left.

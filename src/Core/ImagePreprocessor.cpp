@@ -1,13 +1,12 @@
 #include "Core/ImagePreprocessor.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <exception>
 #include <utility>
 
+#include "Utils/Format.h"
+#include "Utils/GuardedCall.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik {
@@ -83,8 +82,8 @@ std::optional<Bitmap> normalizedBitmap(const Image& image) {
 }
 
 std::string describe(const AdaptiveParams& params) {
-  return fmt::format("[{}] contrast={:.3f}, brightness={:.3f}, sharpness={:.3f}, saturation={:.2f}", params.mode,
-                     params.contrast, params.brightness, params.sharpness, params.saturation);
+  return formatted("[{}] contrast={:.3f}, brightness={:.3f}, sharpness={:.3f}, saturation={:.2f}", params.mode,
+                   params.contrast, params.brightness, params.sharpness, params.saturation);
 }
 
 bool isWellExposed(const Stats& s) {
@@ -115,34 +114,20 @@ double distance(const Point& a, const Point& b) {
 double largestCornerOffset(const RectangleObservation& rectangle) {
   const Rect& box = rectangle.boundingBox;
   const Quadrilateral& corners = rectangle.corners;
-  return std::max({distance(corners.topLeft, {box.x, box.y + box.height}),
-                   distance(corners.topRight, {box.x + box.width, box.y + box.height}),
-                   distance(corners.bottomLeft, {box.x, box.y}),
-                   distance(corners.bottomRight, {box.x + box.width, box.y})});
-}
-
-Quadrilateral inPixels(const Quadrilateral& corners, const Bitmap& bitmap) {
-  const auto scaled = [&](const Point& p) { return Point{p.x * bitmap.width(), p.y * bitmap.height()}; };
-  return {scaled(corners.topLeft), scaled(corners.topRight), scaled(corners.bottomLeft), scaled(corners.bottomRight)};
+  return std::max({distance(corners.topLeft, {box.x, box.maxY()}), distance(corners.topRight, {box.maxX(), box.maxY()}),
+                   distance(corners.bottomLeft, {box.x, box.y}), distance(corners.bottomRight, {box.maxX(), box.y})});
 }
 
 /// The part of `area` that lies within the picture; nothing when they do not meet.
 std::optional<Rect> intersectedWithBounds(const Rect& area, const Bitmap& bitmap) {
-  const double left = std::max(area.x, 0.0);
-  const double top = std::max(area.y, 0.0);
-  const double right = std::min(area.x + area.width, static_cast<double>(bitmap.width()));
-  const double bottom = std::min(area.y + area.height, static_cast<double>(bitmap.height()));
-  if (!(right > left && bottom > top)) return std::nullopt;
-  return Rect{left, top, right - left, bottom - top};
+  const Rect part = intersection(area, {0, 0, bitmap.size().width, bitmap.size().height});
+  if (!(part.width > 0 && part.height > 0)) return std::nullopt;
+  return part;
 }
 
 /// Cuts every pixel that the fractional rectangle touches; it must lie within the picture.
 Bitmap cut(const Bitmap& bitmap, const Rect& area) {
-  const int left = static_cast<int>(std::floor(area.x));
-  const int top = static_cast<int>(std::floor(area.y));
-  const int right = std::min(static_cast<int>(std::ceil(area.x + area.width)), bitmap.width());
-  const int bottom = std::min(static_cast<int>(std::ceil(area.y + area.height)), bitmap.height());
-  return bitmap.crop({left, top, right - left, bottom - top});
+  return bitmap.crop(touchedPixels(area, bitmap.size()));
 }
 
 /// The band between two fractions of the side across the number: rows of a card that lies, columns of one that
@@ -160,8 +145,8 @@ std::optional<Rect> usableBand(const Bitmap& bitmap, const Rect& band, double mi
 }
 
 std::string describe(const Rect& area, const Bitmap& bitmap) {
-  return fmt::format("({},{}) {}x{} [原图 {}x{}]", static_cast<int>(area.x), static_cast<int>(area.y),
-                     static_cast<int>(area.width), static_cast<int>(area.height), bitmap.width(), bitmap.height());
+  return formatted("({},{}) {}x{} [原图 {}x{}]", static_cast<int>(area.x), static_cast<int>(area.y),
+                   static_cast<int>(area.width), static_cast<int>(area.height), bitmap.width(), bitmap.height());
 }
 
 }  // namespace
@@ -192,10 +177,10 @@ std::optional<Bitmap> ImagePreprocessor::preprocess(const Image& image, Scene sc
   const AdaptiveParams params = computeParams(stats, scene);
   const char* prefix = tuningOf(scene).logPrefix;
   OCRLogger::debug([&] {
-    return fmt::format("{} — 图像统计: mean={:.3f}, std={:.3f}, dark={:.3f}, bright={:.3f}", prefix, stats.mean,
-                       stats.std, stats.darkRatio, stats.brightRatio);
+    return formatted("{} — 图像统计: mean={:.3f}, std={:.3f}, dark={:.3f}, bright={:.3f}", prefix, stats.mean,
+                     stats.std, stats.darkRatio, stats.brightRatio);
   });
-  OCRLogger::debug([&] { return fmt::format("{} — 自适应参数: {}", prefix, describe(params)); });
+  OCRLogger::debug([&] { return formatted("{} — 自适应参数: {}", prefix, describe(params)); });
   return enhance(*bitmap, params);
 }
 
@@ -242,47 +227,66 @@ std::optional<Bitmap> ImagePreprocessor::enhance(const Bitmap& bitmap, const Ada
   return renderer_->render(bitmap, filters);
 }
 
+/// The reason of an empty answer is logged.
+std::vector<RectangleObservation> ImagePreprocessor::rectanglesIn(const Bitmap& bitmap) const {
+  std::vector<RectangleObservation> rectangles;
+  if (!detector_) {
+    OCRLogger::debug([] { return std::string("透视矫正: 没有可用的矩形检测器，跳过"); });
+    return rectangles;
+  }
+  // A detector that fails has found nothing; the photo is read as it is.
+  if (const auto failure = failureOf([&] { rectangles = detector_->detect(bitmap, cardRectangle); })) {
+    OCRLogger::warning([&] { return formatted("透视矫正: 矩形检测失败（{}），跳过", *failure); });
+    return {};
+  }
+  if (rectangles.empty()) OCRLogger::debug([] { return std::string("透视矫正: 未检测到矩形，跳过"); });
+  return rectangles;
+}
+
+bool ImagePreprocessor::showsRectangle(const Image& image) const {
+  const std::optional<Bitmap> bitmap = normalizedBitmap(image);
+  return bitmap && !rectanglesIn(*bitmap).empty();
+}
+
 std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
-  if (!bitmap || !detector_ || !renderer_) return std::nullopt;
-  std::vector<RectangleObservation> rectangles;
-  try {
-    rectangles = detector_->detect(*bitmap, cardRectangle);
-  } catch (const std::exception&) {
-    // A detector that fails has found nothing; the photo is read as it is.
-    rectangles.clear();
-  }
-  if (rectangles.empty()) {
-    OCRLogger::debug([] { return std::string("透视矫正: 未检测到矩形，跳过"); });
+  if (!bitmap) return std::nullopt;
+  if (!renderer_) {
+    OCRLogger::debug([] { return std::string("透视矫正: 没有可用的图像渲染器，跳过"); });
     return std::nullopt;
   }
+  const std::vector<RectangleObservation> rectangles = rectanglesIn(*bitmap);
+  if (rectangles.empty()) return std::nullopt;
   const RectangleObservation& card = rectangles.front();
 
   const double area = card.boundingBox.area();
   if (area < minimumRectangleArea) {
-    OCRLogger::debug([&] { return fmt::format("透视矫正: 检测矩形面积过小 (area={:.3f})，跳过", area); });
+    OCRLogger::debug([&] { return formatted("透视矫正: 检测矩形面积过小 (area={:.3f})，跳过", area); });
     return std::nullopt;
   }
   const double offset = largestCornerOffset(card);
   if (offset < alignedOffset) {
-    OCRLogger::debug([&] { return fmt::format("透视矫正: 矩形已对齐（最大偏移 {:.3f}），跳过", offset); });
+    OCRLogger::debug([&] { return formatted("透视矫正: 矩形已对齐（最大偏移 {:.3f}），跳过", offset); });
     return std::nullopt;
   }
 
-  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, *bitmap)}};
+  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, bitmap->size())}};
   const std::optional<Bitmap> corrected = renderer_->render(*bitmap, correction);
-  if (!corrected) return std::nullopt;
+  if (!corrected) {
+    OCRLogger::debug([] { return std::string("透视矫正: 渲染失败，跳过"); });
+    return std::nullopt;
+  }
   const int width = corrected->width();
   const int height = corrected->height();
   const double ratio = static_cast<double>(width) / std::max(height, 1);
   if (width < minimumCorrectedWidth * bitmap->width() || ratio < minimumCorrectedAspect) {
     OCRLogger::debug(
-        [&] { return fmt::format("透视矫正: 矫正结果异常（比例={:.2f}, {}×{}），已丢弃", ratio, width, height); });
+        [&] { return formatted("透视矫正: 矫正结果异常（比例={:.2f}, {}×{}），已丢弃", ratio, width, height); });
     return std::nullopt;
   }
   OCRLogger::debug([&] {
-    return fmt::format("透视矫正: confidence={:.2f}, offset={:.3f}, 矫正后 {}×{}", card.confidence, offset, width,
-                       height);
+    return formatted("透视矫正: confidence={:.2f}, offset={:.3f}, 矫正后 {}×{}", card.confidence, offset, width,
+                     height);
   });
   return Image{.bitmap = corrected};
 }
@@ -299,7 +303,7 @@ std::optional<Bitmap> ImagePreprocessor::cropToCardNumberRegionDynamic(const Bit
   const double last = std::min(centerY + dynamicBandHalfExtent, dynamicBandLast);
   const auto band = usableBand(bitmap, numberBand(bitmap, first, last - first), minimumDynamicBandHeight);
   if (!band) return std::nullopt;
-  OCRLogger::debug([&] { return fmt::format("动态ROI裁剪: centerY={:.3f} → {}", centerY, describe(*band, bitmap)); });
+  OCRLogger::debug([&] { return formatted("动态ROI裁剪: centerY={:.3f} → {}", centerY, describe(*band, bitmap)); });
   return cut(bitmap, *band);
 }
 

@@ -68,6 +68,9 @@ class ImagePreprocessor {
   /// frame already, or gave an implausible result.
   std::optional<Image> attemptPerspectiveCorrection(const Image& image) const;
 
+  /// Whether a rectangle that may be a card is seen in the photo; false when the detector fails.
+  bool showsRectangle(const Image& image) const;
+
   /// The band at the height where a card number usually stands. Nothing when the band is too small.
   std::optional<Bitmap> cropToCardNumberRegion(const Bitmap& bitmap) const;
   /// The band around a row; `centerY` is its centre as a fraction of the height, from the top.
@@ -81,6 +84,7 @@ class ImagePreprocessor {
   static AdaptiveParams computeParams(const Stats& stats, Scene scene);
 
  private:
+  std::vector<RectangleObservation> rectanglesIn(const Bitmap& bitmap) const;
   std::optional<Bitmap> preprocess(const Image& image, Scene scene) const;
   std::optional<Bitmap> enhance(const Bitmap& bitmap, const AdaptiveParams& params) const;
 

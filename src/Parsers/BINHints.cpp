@@ -13,6 +13,9 @@ constexpr std::size_t numberRowDigits = 12;
 constexpr std::size_t shortestHint = 4;
 constexpr std::size_t longestHint = 5;
 constexpr std::string_view allowedFirstDigits = "34569";
+/// The hotlines of banks have five digits and begin with these.
+constexpr std::string_view hotlineBeginning = "95";
+constexpr std::size_t hotlineLength = 5;
 constexpr std::size_t maximumHints = 8;
 
 bool isNumberRow(const Observations& row) {
@@ -21,7 +24,11 @@ bool isNumberRow(const Observations& row) {
   return digits >= numberRowDigits;
 }
 
-std::optional<std::string> hintIn(const TextRecognizer::Observation& block) {
+bool isHotline(std::string_view digits) {
+  return digits.size() == hotlineLength && digits.starts_with(hotlineBeginning);
+}
+
+std::optional<std::string> hintIn(const Observation& block) {
   const std::string_view text = trimmed(block.text);
   std::string digits = asciiDigits(text);
   if (digits.size() < shortestHint || digits.size() > longestHint) return std::nullopt;
@@ -45,7 +52,7 @@ std::vector<std::string> plausibleBINHints(std::span<const std::string> hints) {
   std::vector<std::string> plausible;
   for (const std::string& hint : hints) {
     if (plausible.size() == maximumHints) break;
-    if (allowedFirstDigits.find(hint.front()) == std::string_view::npos) continue;
+    if (allowedFirstDigits.find(hint.front()) == std::string_view::npos || isHotline(hint)) continue;
     if (std::ranges::find(plausible, hint) == plausible.end()) plausible.push_back(hint);
   }
   return plausible;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Core/TextRecognizer.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 
@@ -16,9 +16,9 @@ namespace pravik {
 /// in row order, from left to right.
 std::vector<std::string> extractBINHints(std::span<const Observations> rows);
 
-/// The hints that can be the beginning of a card number, each once. A lone group may as well be a hotline or a year,
-/// so a hint counts only with an allowed first digit; and a card prints one or two, so that a page of numbers gives
-/// no more than the first few.
+/// The hints that can be the beginning of a card number, each once. A lone group may as well be a hotline ("95588") or
+/// a year, so a hint counts only with an allowed first digit and when it is no hotline of a bank; and a card prints one
+/// or two, so that a page of numbers gives no more than the first few.
 std::vector<std::string> plausibleBINHints(std::span<const std::string> hints);
 
 /// Where a fragment of a card number begins in the number when its leading digits repeat the end of the hint: 0 for

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "Parsers/BankName.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
 
@@ -17,6 +18,8 @@ constexpr std::array<std::string_view, 3> debitWords{"借记卡", "储蓄卡", "
 /// The wording beside a signature panel marks a credit card.
 constexpr std::array<std::string_view, 6> creditWords{"信用卡",       "贷记卡", "credit", "not valid unless signed",
                                                       "签名方为有效", "须签名"};
+/// They name a bank and not a type of card; "credit" stands beside the network's name on others.
+constexpr std::string_view creditBankPattern = R"(credit\s*(?:co-?operative|union(?!\s*pay)))";
 constexpr std::array<std::string_view, 2> prepaidWords{"预付卡", "礼品卡"};
 constexpr std::size_t debitNumberLength = 19;
 
@@ -30,14 +33,18 @@ constexpr std::array<std::string_view, 53> nameExcludeWords{
     "SIGNATURE", "SIGNED",   "UNLESS",       "NOT",          "CALL",       "HOURS",      "SERVICE",    "CONCIERGE",
     "OVERSEAS",  "SAVINGS",  "WEALTH",       "MANAGEMENT",   "FAMILY"};
 
+/// What the form has printed beside the dates and the marks, and no name is made of.
+constexpr std::array<std::string_view, 5> formWords{"MEMBER", "SINCE", "QUICK", "PASS", "QUICKPASS"};
+
 bool isWordOfTheCard(std::string_view word) {
-  return std::ranges::find(nameExcludeWords, word) != nameExcludeWords.end();
+  return std::ranges::find(nameExcludeWords, word) != nameExcludeWords.end() ||
+         std::ranges::find(formWords, word) != formWords.end() || isBankAbbreviation(word);
 }
 
 }  // namespace
 
 std::optional<CardType> extractCardType(std::string_view text, std::string_view cardNumber) {
-  const std::string lower = lowercased(text);
+  const std::string lower = RegexHelper::replace(creditBankPattern, lowercased(text), "");
   if (containsAny(lower, debitWords)) return CardType::debit;
   if (containsAny(lower, creditWords)) return CardType::credit;
   if (asciiDigits(cardNumber).size() == debitNumberLength) return CardType::debit;

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "BankCardInfo.h"
+#include "Records/BankCardInfo.h"
 
 namespace pravik {
 

@@ -1,13 +1,12 @@
 #include "Parsers/BankCardParser.h"
 
-#include <fmt/format.h>
-
 #include <vector>
 
 #include "Parsers/BankCardDetails.h"
 #include "Parsers/BankName.h"
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberExtraction.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/Text.h"
 
@@ -22,9 +21,9 @@ std::string fullText(const Observations& observations) {
 }
 
 std::string describe(const BankCardInfo& info) {
-  return fmt::format("解析结果: 卡号='{}', 银行='{}', 类型='{}', 持卡人='{}'", info.cardNumber,
-                     info.bankName.value_or(""), info.cardType ? localizedName(*info.cardType) : "",
-                     info.cardholderName.value_or(""));
+  return formatted("解析结果: 卡号='{}', 银行='{}', 类型='{}', 持卡人='{}'", info.cardNumber,
+                   info.bankName.value_or(""), info.cardType ? localizedName(*info.cardType) : "",
+                   info.cardholderName.value_or(""));
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "BankCardInfo.h"
-#include "Core/TextRecognizer.h"
+#include "Records/BankCardInfo.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

@@ -129,6 +129,8 @@ constexpr std::array<TellingWords, 13> tellingWords{{
 }};
 
 constexpr std::string_view chineseNamePattern = R"([\u4e00-\u9fa5]{2,10}银行)";
+/// The banks of the countryside that do not call themselves one.
+constexpr std::string_view creditCooperativePattern = R"([\u4e00-\u9fa5]{2,10}信用社)";
 /// They end in the word for bank and name none.
 constexpr std::array<std::string_view, 4> namelessBanks{"发卡银行", "开户银行", "本银行", "商业银行"};
 constexpr std::string_view wordPattern = "[A-Z]+";
@@ -147,10 +149,10 @@ std::optional<std::string> printedChineseName(std::string_view text) {
   return std::nullopt;
 }
 
-/// The longest, so that a name within another name does not win over it. Spaces do not count: a recogniser loses
-/// them between words in narrow letters.
+/// The longest, so that a name within another name does not win over it. Spaces do not count, since a recogniser loses
+/// them between words in narrow letters, nor do line ends, over which a long name goes on.
 std::optional<std::string> longestEnglishName(std::string_view upperText) {
-  const std::string text = removingAll(upperText, " ");
+  const std::string text = removingAll(removingAll(upperText, " "), "\n");
   const PrintedForm* longest = nullptr;
   for (const PrintedForm& row : bankEnglishFullNames) {
     if (longest != nullptr && row.printed.size() <= longest->printed.size()) continue;
@@ -189,7 +191,12 @@ std::optional<std::string> extractBankName(std::string_view text) {
   if (auto bank = longestEnglishName(uppercased(text))) return bank;
   const std::set<std::string> words = upperCaseWords(text);
   if (auto bank = bankOfAbbreviation(words)) return bank;
-  return heuristicMatchByWords(words);
+  if (auto bank = heuristicMatchByWords(words)) return bank;
+  return RegexHelper::firstMatch(creditCooperativePattern, simplified);
+}
+
+bool isBankAbbreviation(std::string_view word) {
+  return std::ranges::find(bankAbbreviations, word, &PrintedForm::printed) != bankAbbreviations.end();
 }
 
 std::optional<std::string> heuristicMatchByWords(const std::set<std::string>& words) {

@@ -14,6 +14,9 @@ std::string normalizeTraditional(std::string_view text);
 /// abbreviation; absent when none is recognised. A Chinese name that no table covers comes back as it is printed.
 std::optional<std::string> extractBankName(std::string_view text);
 
+/// Whether an upper-case word is how a bank abbreviates its own name.
+bool isBankAbbreviation(std::string_view word);
+
 /// The bank whose telling words are all among these upper-case words, for English names that are broken across
 /// lines; absent when no bank's are, or another bank matches as well.
 std::optional<std::string> heuristicMatchByWords(const std::set<std::string>& words);

@@ -22,10 +22,6 @@ constexpr std::array<std::string_view, 9> networkPrefixes{"30", "34", "35", "36"
 constexpr char lowestAfterFive = '1';
 constexpr char highestAfterFive = '8';
 
-bool isAsciiDigit(char character) {
-  return '0' <= character && character <= '9';
-}
-
 bool hasNetworkPrefix(std::string_view digits) {
   switch (digits[0]) {
     case '4':

@@ -1,8 +1,5 @@
 #include "Parsers/CardNumberExtraction.h"
 
-#include <fmt/format.h>
-#include <fmt/ranges.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
@@ -17,6 +14,7 @@
 #include "Parsers/CardText.h"
 #include "Parsers/LuhnRepair.h"
 #include "Parsers/OCRDigits.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
@@ -38,14 +36,15 @@ constexpr int completedLastGroup = 5;
 constexpr int correctedLine = 6;
 }  // namespace priority
 
-/// 16 to 19 digits with at most one separator between two.
-constexpr std::string_view spacedNumberPattern = R"((?:\d[ \-]?){15,18}\d)";
-/// Enough of a text's edge for a separator and a digit of any script.
-constexpr std::size_t edgeBytes = 5;
+constexpr std::string_view digitGroupPattern = R"(\d+)";
+constexpr std::size_t shortestNumber = 16;
+constexpr std::size_t longestNumber = 19;
 
 /// What completion by a hint may start from: a number that lacks one to three of its first digits.
 constexpr std::size_t shortestIncomplete = 13;
 constexpr std::size_t longestIncomplete = 18;
+/// One overlapping digit agrees by chance once in ten times.
+constexpr std::size_t shortestOverlap = 2;
 constexpr std::size_t longestOverlap = 3;
 
 constexpr std::size_t groupLength = 4;
@@ -72,7 +71,7 @@ class Candidates {
   }
 
   void add(const std::string& digits, const std::string& digitsAsRead, int priority, std::string_view logText) {
-    OCRLogger::debug([&] { return fmt::format("{}{}", logText, digits); });
+    OCRLogger::debug([&] { return formatted("{}{}", logText, digits); });
     list_.push_back({digits, digitsAsRead, priority, luhnCheck(digits)});
   }
 
@@ -117,7 +116,7 @@ std::optional<ExtractedCardNumber> extractCardNumber(const Observations& observa
 
   const std::vector<std::string> printedHints = extractBINHints(rows);
   if (!printedHints.empty())
-    OCRLogger::debug([&] { return fmt::format("检测到 BIN 提示数字: {}", fmt::join(printedHints, ", ")); });
+    OCRLogger::debug([&] { return formatted("检测到 BIN 提示数字: {}", joined(printedHints, ", ")); });
   const std::vector<std::string> hints = plausibleBINHints(printedHints);
   addCompletedByHint(rows, hints, candidates);
   addCompletedLastGroups(rows, candidates);
@@ -152,27 +151,49 @@ void addWholeBlocks(const Observations& observations, Candidates& candidates) {
 void addCorrectedBlocks(const Observations& observations, Candidates& candidates) {
   for (const auto& block : observations)
     for (const auto& [digits, label] : ocrCorrectedVariants(block.text))
-      candidates.addRead(digits, priority::correctedBlock, fmt::format("策略1b(单块纠错{}) 候选卡号: ", label));
+      candidates.addRead(digits, priority::correctedBlock, formatted("策略1b(单块纠错{}) 候选卡号: ", label));
 }
 
-/// Whether a digit stands at the edge of a text, behind at most one separator.
-bool continuesBefore(std::string_view text) {
-  return RegexHelper::matches(R"(\d[ \-]?\z)", text.substr(text.size() - std::min(text.size(), edgeBytes)));
-}
-bool continuesAfter(std::string_view text) {
-  return RegexHelper::matches(R"(^[ \-]?\d)", text.substr(0, edgeBytes));
+/// Groups of digits that follow each other with one separator between two.
+using DigitRun = std::vector<std::string>;
+
+std::vector<DigitRun> digitRuns(std::string_view text) {
+  std::vector<DigitRun> runs;
+  std::size_t end = 0;
+  for (const std::string& group : RegexHelper::allMatches(digitGroupPattern, text)) {
+    const std::size_t start = text.find(group, end);
+    const std::string_view between = text.substr(end, start - end);
+    const bool continues = !runs.empty() && (between == " " || between == "-");
+    if (!continues) runs.emplace_back();
+    runs.back().push_back(asciiDigits(group));
+    end = start + group.size();
+  }
+  return runs;
 }
 
-/// The numbers amid a text. A run of more digits than a card number has is not one, nor is any piece of it.
+/// The pieces of a run with more digits than a card number has that may be one: they begin and end where a group does,
+/// and the check digit tells them from the digits beside them.
+std::vector<std::string> numbersAmid(const DigitRun& run) {
+  std::vector<std::string> numbers;
+  for (std::size_t first = 0; first < run.size(); ++first) {
+    std::string digits;
+    for (std::size_t next = first; next < run.size() && digits.size() + run[next].size() <= longestNumber; ++next) {
+      digits += run[next];
+      if (isValidCardNumber(digits) && luhnCheck(digits)) numbers.push_back(digits);
+    }
+  }
+  return numbers;
+}
+
+/// The numbers amid a text.
 std::vector<std::string> numbersWithin(std::string_view text) {
   std::vector<std::string> numbers;
-  std::size_t end = 0;
-  for (const std::string& run : RegexHelper::allMatches(spacedNumberPattern, text)) {
-    const std::size_t start = text.find(run, end);
-    if (start == std::string_view::npos) continue;
-    end = start + run.size();
-    if (!continuesBefore(text.substr(0, start)) && !continuesAfter(text.substr(end)))
-      numbers.push_back(asciiDigits(run));
+  for (const DigitRun& run : digitRuns(text)) {
+    const std::string digits = joined(run, "");
+    if (digits.size() > longestNumber)
+      std::ranges::copy(numbersAmid(run), std::back_inserter(numbers));
+    else if (digits.size() >= shortestNumber)
+      numbers.push_back(digits);
   }
   return numbers;
 }
@@ -192,7 +213,11 @@ std::string rowText(const Observations& row) {
 void addRows(std::span<const Observations> rows, Candidates& candidates) {
   for (const Observations& row : rows) {
     const std::string text = rowText(row);
-    candidates.addRead(asciiDigits(text), priority::row, "策略2(位置拼接) 候选卡号: ");
+    const std::string whole = asciiDigits(text);
+    candidates.addRead(whole, priority::row, "策略2(位置拼接) 候选卡号: ");
+    if (whole.size() > longestNumber)
+      for (const std::string& number : numbersWithin(lineText(row)))
+        candidates.addRead(number, priority::row, "策略2(位置拼接) 候选卡号: ");
     for (const auto& [digits, label] : ocrCorrectedVariants(text))
       candidates.addRead(digits, priority::correctedRow,
                          label.empty() ? "策略2(位置拼接+纠错) 候选卡号: " : "策略2(位置拼接+纠错B6) 候选卡号: ");
@@ -202,13 +227,13 @@ void addRows(std::span<const Observations> rows, Candidates& candidates) {
 void addWithinLines(std::span<const std::string> lines, Candidates& candidates) {
   for (std::size_t i = 0; i < lines.size(); ++i)
     for (const std::string& number : numbersWithin(lines[i]))
-      candidates.addRead(number, priority::withinLine, fmt::format("策略3(行正则) 行{}: ", i + 1));
+      candidates.addRead(number, priority::withinLine, formatted("策略3(行正则) 行{}: ", i + 1));
 }
 
 void addCorrectedLines(std::span<const std::string> lines, Candidates& candidates) {
   for (const std::string& line : lines)
     for (const auto& [digits, label] : ocrCorrectedVariants(line))
-      candidates.addRead(digits, priority::correctedLine, fmt::format("策略4(行纠错{}) 候选卡号: ", label));
+      candidates.addRead(digits, priority::correctedLine, formatted("策略4(行纠错{}) 候选卡号: ", label));
 }
 
 /// What may be a card number without its beginning: the rows' digits, as read and corrected, each once.
@@ -232,25 +257,23 @@ std::vector<std::string> incompleteNumbers(std::span<const Observations> rows) {
 std::optional<std::string_view> missingBeginning(std::string_view number, std::string_view hint) {
   if (number.starts_with(hint)) return std::nullopt;
   const std::string_view tail = hint.substr(hint.size() - std::min(hint.size(), longestOverlap));
-  const auto offset = binSuffixOffset(number, tail);
+  const auto offset = binSuffixOffset(number, tail, shortestOverlap);
   if (!offset) return std::nullopt;
   return hint.substr(0, hint.size() - tail.size() + *offset);
 }
 
-/// A completed number never competes with a read one that passes the Luhn check, and stands beside one that fails it
-/// only when it passes itself.
+/// A completed number never competes with a read one that passes the Luhn check, and counts only when it passes
+/// itself.
 void addCompletedByHint(std::span<const Observations> rows, std::span<const std::string> hints,
                         Candidates& candidates) {
   if (hints.empty() || candidates.anyPassesLuhn()) return;
-  const bool nothingWasRead = candidates.list().empty();
   for (const std::string& number : incompleteNumbers(rows)) {
     for (const std::string& hint : hints) {
       const auto beginning = missingBeginning(number, hint);
       if (!beginning) continue;
       const std::string completed = std::string(*beginning) + number;
-      if (!isValidCardNumber(completed) || !(nothingWasRead || luhnCheck(completed))) continue;
-      candidates.add(completed, number, priority::completedByHint,
-                     fmt::format("BIN补全: 补充前缀 '{}' → ", *beginning));
+      if (!isValidCardNumber(completed) || !luhnCheck(completed)) continue;
+      candidates.add(completed, number, priority::completedByHint, formatted("BIN补全: 补充前缀 '{}' → ", *beginning));
     }
   }
 }
@@ -300,7 +323,7 @@ void addCompletedLastGroups(std::span<const Observations> rows, Candidates& cand
       const std::string completed = asRead + last;
       if (!isValidCardNumber(completed) || !luhnCheck(completed)) continue;
       candidates.add(completed, asRead, priority::completedLastGroup,
-                     fmt::format("策略6(短组末位补全,位置{}) 候选卡号: ", asRead.size()));
+                     formatted("策略6(短组末位补全,位置{}) 候选卡号: ", asRead.size()));
     }
   }
 }
@@ -320,8 +343,8 @@ void crossCheckWithHints(std::span<const std::string> hints, Candidates& candida
   const std::size_t dropped =
       candidates.drop([&](const Candidate& c) { return !c.passesLuhn && !beginsWithAny(c.digits, confirmed); });
   OCRLogger::debug([&] {
-    return fmt::format("BIN交叉验证: 前缀 {} 匹配 {} 个候选，排除 {} 个", fmt::join(confirmed, "/"),
-                       candidates.list().size(), dropped);
+    return formatted("BIN交叉验证: 前缀 {} 匹配 {} 个候选，排除 {} 个", joined(confirmed, "/"),
+                     candidates.list().size(), dropped);
   });
 }
 
@@ -360,7 +383,7 @@ std::vector<Candidate> ranked(std::vector<Candidate> candidates) {
   OCRLogger::debug([&] {
     std::vector<std::string> texts;
     texts.reserve(candidates.size());
-    for (const Candidate& c : candidates) texts.push_back(fmt::format("{} luhn={}", c.digits, c.passesLuhn));
+    for (const Candidate& c : candidates) texts.push_back(formatted("{} luhn={}", c.digits, c.passesLuhn));
     return "候选排序结果: " + joined(texts, ", ");
   });
   return candidates;
@@ -386,7 +409,7 @@ std::optional<ExtractedCardNumber> repaired(std::span<const Candidate> candidate
       if (!tried.insert(candidate.digits).second) continue;
       auto number = fix(candidate.digits, protectedPrefix(candidate.digits, hints));
       if (!number) continue;
-      OCRLogger::debug([&] { return fmt::format("{}{}", logText, *number); });
+      OCRLogger::debug([&] { return formatted("{}{}", logText, *number); });
       return ExtractedCardNumber{*std::move(number), candidate.digitsAsRead};
     }
   }

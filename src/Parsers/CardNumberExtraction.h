@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Core/TextRecognizer.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

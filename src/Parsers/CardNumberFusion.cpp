@@ -1,7 +1,5 @@
 #include "Parsers/CardNumberFusion.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <map>
@@ -13,6 +11,7 @@
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardText.h"
 #include "Parsers/OCRDigits.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
@@ -198,7 +197,7 @@ std::optional<std::string> fuseCardNumber(std::span<const std::string> fragments
     if (digits.size() != 1) ++open;
     choices.push_back(digits.empty() ? "0123456789" : std::move(digits));
   }
-  OCRLogger::debug([&] { return fmt::format("多帧融合: {} ({} 位未定)", consensus(ballot), open); });
+  OCRLogger::debug([&] { return formatted("多帧融合: {} ({} 位未定)", consensus(ballot), open); });
   if (open > maximumOpenDigits) return std::nullopt;
   return onlySolution(choices);
 }

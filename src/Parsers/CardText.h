@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/TextRecognizer.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

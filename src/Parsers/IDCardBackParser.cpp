@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "Parsers/CardText.h"
@@ -142,17 +143,20 @@ Validity validityByDates(std::string_view fullText) {
   return validityOf(dates, contains(fullText, longTermMark));
 }
 
-/// The dates in a run of digits, from left to right; stray digits around them are passed over.
-void appendDates(std::string_view run, std::vector<std::string>& dates) {
-  while (run.size() >= dateLength) {
-    const std::string_view head = run.substr(0, dateLength);
-    const bool isDate = IDCardBackParser::isValidDate(head);
-    if (isDate) dates.emplace_back(head);
-    run.remove_prefix(isDate ? dateLength : 1);
+/// The dates that the runs of digits are made of: a run is one date or two, or it holds none.
+std::vector<std::string> datesIn(std::span<const std::string> runs) {
+  std::vector<std::string> dates;
+  for (const std::string& run : runs) {
+    if (run.size() != dateLength && run.size() != 2 * dateLength) continue;
+    for (std::size_t start = 0; start < run.size(); start += dateLength)
+      if (std::string date = run.substr(start, dateLength); IDCardBackParser::isValidDate(date))
+        dates.push_back(std::move(date));
   }
+  return dates;
 }
 
-/// Puts together dates that were read in pieces, from the line with the label on or, without one, from the top.
+/// Puts together dates that were read in pieces, from the line with the label on or, without one, from the top. As
+/// pieces may belong to anything, the end must come after the start.
 Validity validityByLines(LineTexts lineTexts) {
   const auto labelled =
       std::ranges::find_if(lineTexts, [](std::string_view line) { return contains(line, validityLabel); });
@@ -160,9 +164,9 @@ Validity validityByLines(LineTexts lineTexts) {
   const std::string text = joined(LineTexts(first, lineTexts.end()), "\n");
   const std::string digits = withAsciiDigits(RegexHelper::replace(insideDatePattern, text, ""));
 
-  std::vector<std::string> dates;
-  for (const std::string& run : RegexHelper::allMatches(digitRunPattern, digits)) appendDates(run, dates);
-  return validityOf(dates, contains(text, longTermMark));
+  const Validity validity =
+      validityOf(datesIn(RegexHelper::allMatches(digitRunPattern, digits)), contains(text, longTermMark));
+  return validity.end && *validity.end <= *validity.start ? Validity{} : validity;
 }
 
 }  // namespace
@@ -177,8 +181,7 @@ IDCardBackParser::Validity IDCardBackParser::parseValidityString(std::string_vie
 }
 
 bool IDCardBackParser::isValidDate(std::string_view text) {
-  const auto isDigit = [](char character) { return '0' <= character && character <= '9'; };
-  if (text.size() != dateLength || !std::ranges::all_of(text, isDigit)) return false;
+  if (text.size() != dateLength || !std::ranges::all_of(text, isAsciiDigit)) return false;
   const auto number = [&](std::size_t offset, std::size_t count) {
     return std::stoi(std::string(text.substr(offset, count)));
   };

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "Core/TextRecognizer.h"
-#include "IDCardBackInfo.h"
+#include "Records/IDCardBackInfo.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

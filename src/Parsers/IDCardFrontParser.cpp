@@ -192,7 +192,7 @@ std::string nameBelowLabel(LineTexts lineTexts) {
 
 /// The topmost block that looks like a name.
 std::string nameFromTop(Lines lines) {
-  std::vector<const TextRecognizer::Observation*> blocks;
+  std::vector<const Observation*> blocks;
   for (const Observations& line : lines) {
     for (const auto& block : line) blocks.push_back(&block);
   }

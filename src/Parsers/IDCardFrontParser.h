@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "Core/TextRecognizer.h"
-#include "IDCardFrontInfo.h"
+#include "Records/IDCardFrontInfo.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

@@ -1,7 +1,5 @@
 #include "Parsers/LuhnRepair.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
@@ -9,6 +7,7 @@
 #include <vector>
 
 #include "Parsers/CardNumber.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/Text.h"
 
@@ -70,11 +69,11 @@ int distance(const LuhnFix& fix) {
 }
 
 std::string describe(const LuhnFix& fix) {
-  return fmt::format("位置{}'{}'→'{}'(dist={})", fix.position, fix.oldDigit, fix.newDigit, distance(fix));
+  return formatted("位置{}'{}'→'{}'(dist={})", fix.position, fix.oldDigit, fix.newDigit, distance(fix));
 }
 
 std::string describe(const LuhnRemoval& removal) {
-  return fmt::format("{}→{}", removal.position, removal.number);
+  return formatted("{}→{}", removal.position, removal.number);
 }
 
 template <class Repair>
@@ -91,13 +90,12 @@ std::optional<std::string> luhnSingleDigitFix(std::string_view number, std::stri
   if (fixes.empty()) return std::nullopt;
   if (fixes.size() > 1) {
     OCRLogger::warning(
-        [&] { return fmt::format("Luhn单位修正: 发现{} 个可行修正({})，放弃以免误改", fixes.size(), list(fixes)); });
+        [&] { return formatted("Luhn单位修正: 发现{} 个可行修正({})，放弃以免误改", fixes.size(), list(fixes)); });
     return std::nullopt;
   }
   const LuhnFix& fix = fixes.front();
   OCRLogger::info([&] {
-    return fmt::format("Luhn单位修正: 位置{} '{}'→'{}' dist={}", fix.position, fix.oldDigit, fix.newDigit,
-                       distance(fix));
+    return formatted("Luhn单位修正: 位置{} '{}'→'{}' dist={}", fix.position, fix.oldDigit, fix.newDigit, distance(fix));
   });
   return fix.number;
 }
@@ -108,12 +106,12 @@ std::optional<std::string> luhnDigitRemovalFix(std::string_view number, std::str
   if (removals.empty()) return std::nullopt;
   if (removals.size() > 1) {
     OCRLogger::warning([&] {
-      return fmt::format("Luhn删位修正: 发现{} 个可行删除({})，放弃以免误改", removals.size(), list(removals));
+      return formatted("Luhn删位修正: 发现{} 个可行删除({})，放弃以免误改", removals.size(), list(removals));
     });
     return std::nullopt;
   }
   OCRLogger::debug(
-      [&] { return fmt::format("Luhn删位修正: 删除位置{} {}", removals.front().position, removals.front().number); });
+      [&] { return formatted("Luhn删位修正: 删除位置{} {}", removals.front().position, removals.front().number); });
   return removals.front().number;
 }
 

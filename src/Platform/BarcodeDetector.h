@@ -6,6 +6,7 @@
 
 #include "Platform/Bitmap.h"
 #include "Platform/Geometry.h"
+#include "Platform/WorkLimit.h"
 
 namespace pravik {
 
@@ -30,9 +31,10 @@ class BarcodeDetector {
   virtual ~BarcodeDetector() = default;
 
   /// The codes of the given types; a type that the detector does not know is passed over. None is an empty list.
-  /// Throws std::exception with a text that a user can read when it cannot work.
-  virtual std::vector<BarcodeObservation> detect(const Bitmap& bitmap,
-                                                 std::span<const BarcodeSymbology> symbologies) const = 0;
+  /// When the limit is spent, what was found so far is the answer. Throws std::exception with a text that a user can
+  /// read when it cannot work.
+  virtual std::vector<BarcodeObservation> detect(const Bitmap& bitmap, std::span<const BarcodeSymbology> symbologies,
+                                                 const WorkLimit& limit) const = 0;
 };
 
 }  // namespace pravik

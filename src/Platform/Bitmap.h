@@ -26,6 +26,8 @@ class Bitmap {
   PixelFormat format() const { return format_; }
   int width() const { return width_; }
   int height() const { return height_; }
+  /// Width and height in pixels.
+  Size size() const { return {static_cast<double>(width_), static_cast<double>(height_)}; }
   /// Bytes from the start of one row to the start of the next.
   std::ptrdiff_t stride() const { return stride_; }
   /// The first byte of a row; rows count from the top.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 
 namespace pravik {
 
@@ -65,5 +66,35 @@ struct Quadrilateral {
 
   bool operator==(const Quadrilateral&) const = default;
 };
+
+/// What is normalised, in pixels: coordinates from 0 to 1 become those of a picture of that size.
+inline Point inPixels(const Point& point, const Size& picture) {
+  return {point.x * picture.width, point.y * picture.height};
+}
+inline Rect inPixels(const Rect& rect, const Size& picture) {
+  return {rect.x * picture.width, rect.y * picture.height, rect.width * picture.width, rect.height * picture.height};
+}
+inline Quadrilateral inPixels(const Quadrilateral& corners, const Size& picture) {
+  return {inPixels(corners.topLeft, picture), inPixels(corners.topRight, picture),
+          inPixels(corners.bottomLeft, picture), inPixels(corners.bottomRight, picture)};
+}
+
+/// What is normalised with the origin at the lower left, seen from the top left, and the other way round.
+inline Point flipped(const Point& point) {
+  return {point.x, 1 - point.y};
+}
+inline Rect flipped(const Rect& rect) {
+  return {rect.x, 1 - rect.maxY(), rect.width, rect.height};
+}
+
+/// All pixels that a rectangle within a picture touches; both in pixels from the top left.
+inline PixelRect touchedPixels(const Rect& rect, const Size& picture) {
+  const int left = static_cast<int>(std::floor(rect.x));
+  const int top = static_cast<int>(std::floor(rect.y));
+  // The far edges are sums and may lie a rounding error outside.
+  const int right = static_cast<int>(std::min(std::ceil(rect.maxX()), picture.width));
+  const int bottom = static_cast<int>(std::min(std::ceil(rect.maxY()), picture.height));
+  return {left, top, right - left, bottom - top};
+}
 
 }  // namespace pravik

@@ -42,7 +42,6 @@ class ManualDispatch : public Dispatch {
   bool advanceToNextWork();
 
   std::size_t waitingOnMain() const { return main_.size(); }
-  std::size_t waitingOnGlobal() const { return global_->size(); }
 
  private:
   using Queue = std::deque<std::function<void()>>;

@@ -7,6 +7,7 @@
 
 #include "Platform/Bitmap.h"
 #include "Platform/Geometry.h"
+#include "Platform/WorkLimit.h"
 
 namespace pravik {
 
@@ -22,6 +23,8 @@ struct TextRequest {
   bool usesLanguageCorrection = false;
   /// Smallest text height to read, as a fraction of the picture's height.
   float minimumTextHeight = 0;
+  /// When it is spent, what was read so far is the answer.
+  WorkLimit limit = {};
 
   bool operator==(const TextRequest&) const = default;
 };

@@ -4,8 +4,8 @@
 #include <exception>
 #include <utility>
 
-#include "CodeScanResult.h"
-#include "UI/GuardedCall.h"
+#include "Records/CodeScanResult.h"
+#include "Utils/GuardedCall.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik {

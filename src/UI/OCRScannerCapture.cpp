@@ -1,7 +1,7 @@
-#include <fmt/format.h>
 
 #include "UI/OCRScannerViewController.h"
 #include "UI/PhotoCrop.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 
 // The scanner's way from the live picture to the photo.
@@ -18,12 +18,12 @@ constexpr double shutterAlpha = 0.7;
 constexpr float specularBlame = 0.07F;
 
 std::string percent(float ratio) {
-  return fmt::format("{:.1f}%", ratio * 100.0F);
+  return formatted("{:.1f}%", ratio * 100.0F);
 }
 
 std::string ratios(const FrameQuality& quality) {
-  return fmt::format("高光={} 峰值行={} 暗度={}", percent(quality.specularRatio), percent(quality.peakRowRatio),
-                     percent(quality.darkRatio));
+  return formatted("高光={} 峰值行={} 暗度={}", percent(quality.specularRatio), percent(quality.peakRowRatio),
+                   percent(quality.darkRatio));
 }
 
 std::string blockReason(const FrameQuality& quality) {
@@ -64,7 +64,7 @@ void OCRScannerViewController::handleOutline(const std::optional<Rect>& rect) {
 void OCRScannerViewController::scheduleNoDetectionTimerIfNeeded() {
   if (noDetectionWorkItem_ || isRecognizing()) return;
   OCRLogger::debug(
-      [&] { return fmt::format("无矩形检测，启动 {}s 手动拍照超时计时", wholeSeconds(noDetectionTimeout)); });
+      [&] { return formatted("无矩形检测，启动 {}s 手动拍照超时计时", wholeSeconds(noDetectionTimeout)); });
   noDetectionWorkItem_ =
       dispatch_->asyncAfter(noDetectionTimeout, deferred(&OCRScannerViewController::noDetectionTimerFired));
 }
@@ -72,13 +72,13 @@ void OCRScannerViewController::scheduleNoDetectionTimerIfNeeded() {
 void OCRScannerViewController::noDetectionTimerFired() {
   if (isRecognizing()) return;
   noDetectionWorkItem_.reset();
-  OCRLogger::info([&] { return fmt::format("矩形检测超时 {}s，显示手动拍照按钮", wholeSeconds(noDetectionTimeout)); });
+  OCRLogger::info([&] { return formatted("矩形检测超时 {}s，显示手动拍照按钮", wholeSeconds(noDetectionTimeout)); });
   overlayView_->showManualCaptureHint();
 }
 
 void OCRScannerViewController::handleStableCard() {
   const FrameQuality quality = frames_->recentFrameQuality();
-  OCRLogger::verbose([&] { return fmt::format("画质评估: {} isGood={}", ratios(quality), quality.isGoodForCapture); });
+  OCRLogger::verbose([&] { return formatted("画质评估: {} isGood={}", ratios(quality), quality.isGoodForCapture); });
   if (quality.isGoodForCapture) {
     cancel(qualityBlockWorkItem_);
     cancel(noDetectionWorkItem_);
@@ -87,7 +87,7 @@ void OCRScannerViewController::handleStableCard() {
     return;
   }
   OCRLogger::debug(
-      [&] { return fmt::format("画质门控：{} 超阈值，跳过本次自动拍照 [{}]", blockReason(quality), ratios(quality)); });
+      [&] { return formatted("画质门控：{} 超阈值，跳过本次自动拍照 [{}]", blockReason(quality), ratios(quality)); });
   scheduleQualityBlockFallbackIfNeeded();
 }
 
@@ -106,7 +106,7 @@ void OCRScannerViewController::qualityBlockTimerFired() {
 
 void OCRScannerViewController::triggerCapture() {
   if (frames_->isRecognizing.exchange(true)) return;
-  OCRLogger::info([&] { return fmt::format("卡片稳定，触发自动拍照 (第 {} 次尝试)", retryCount_ + 1); });
+  OCRLogger::info([&] { return formatted("卡片稳定，触发自动拍照 (第 {} 次尝试)", retryCount_ + 1); });
   pendingCropNormalizedRect_.reset();
   const Rect& cutout = overlayView_->cutoutRect();
   if (cutout.width > 0 && cutout.height > 0)

@@ -1,8 +1,7 @@
-#include <fmt/format.h>
 
-#include "RunWithCompletion.h"
 #include "UI/OCRScannerViewController.h"
 #include "UI/PhotoCrop.h"
+#include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 
 // The scanner's way from the picture to the report.
@@ -28,64 +27,29 @@ void OCRScannerViewController::performOCR(const Image& image) {
   const OCRScanMode mode = overlayView_->scanMode();
   setState(Kind::recognizing);
   OCRLogger::info(
-      [&] { return fmt::format("开始 OCR 识别, 模式: {}, 图片尺寸: {}", description(mode), sizeDescription(image)); });
-  switch (mode) {
-    case OCRScanMode::bankCard:
-      recognize(ocr_.recognizeBankCard(image));
-      break;
-    case OCRScanMode::idCardFront:
-      recognize(ocr_.recognizeIDCardFront(image));
-      break;
-    case OCRScanMode::idCardBack:
-      recognize(ocr_.recognizeIDCardBack(image));
-      break;
-    case OCRScanMode::qrCode:
-      recognize(ocr_.recognizeCode(image, mode));
-      break;
-  }
-}
-
-template <class Info>
-void OCRScannerViewController::recognize(Task<Info> task) {
-  auto finish = [number = ++recognition_](OCRScannerViewController& screen, const Result<Info>& result) {
+      [&] { return formatted("开始 OCR 识别, 模式: {}, 图片尺寸: {}", description(mode), sizeDescription(image)); });
+  auto finish = [number = ++recognition_](OCRScannerViewController& screen, const Reading& reading) {
     if (number != screen.recognition_) return;
-    if (result) {
-      screen.handleSuccess(*result);
+    if (reading.record) {
+      screen.handleSuccess(*reading.record);
     } else {
-      screen.handleRecognitionFailure(result.error());
+      screen.handleRecognitionFailure(reading.record.error());
     }
   };
-  runWithCompletion<Info>(dispatch_, std::move(task), deferred(std::move(finish)));
+  // One that was overtaken has nothing left to work for.
+  recognitionStop_.request_stop();
+  recognitionStop_ = std::stop_source();
+  ocr_.read(image, mode, deferred(std::move(finish)), {.stop = recognitionStop_.get_token()});
 }
 
-void OCRScannerViewController::handleSuccess(const BankCardInfo& info) {
-  handleRecord(info, &OCRScannerDelegate::scannerDidRecognizeBankCard);
-}
-
-void OCRScannerViewController::handleSuccess(const IDCardFrontInfo& info) {
-  handleRecord(info, &OCRScannerDelegate::scannerDidRecognizeIDCardFront);
-}
-
-void OCRScannerViewController::handleSuccess(const IDCardBackInfo& info) {
-  handleRecord(info, &OCRScannerDelegate::scannerDidRecognizeIDCardBack);
-}
-
-void OCRScannerViewController::handleSuccess(const CodeScanResult& code) {
-  cancel(noDetectionWorkItem_);
-  reportSuccess(code, &OCRScannerDelegate::scannerDidScanCode);
-}
-
-template <class Info>
-void OCRScannerViewController::handleRecord(const Info& info, SuccessMessage<Info> message) {
-  OCRLogger::info([&] { return fmt::format("识别成功, autoDismiss={}", autoDismissOnSuccess); });
-  reportSuccess(info, message);
-}
-
-template <class Info>
-void OCRScannerViewController::reportSuccess(const Info& info, SuccessMessage<Info> message) {
+void OCRScannerViewController::handleSuccess(const Record& record) {
+  if (documentKind(record).isCard())
+    OCRLogger::info([&] { return formatted("识别成功, autoDismiss={}", autoDismissOnSuccess); });
+  else
+    cancel(noDetectionWorkItem_);
   setState(Kind::success);
-  auto report = [info, message](OCRScannerViewController& screen) {
-    screen.tellDelegate(message, OCRScannerResult<Info>{info, screen.lastCapturedImage_});
+  auto report = [record](OCRScannerViewController& screen) {
+    screen.tellDelegate({record, screen.lastCapturedImage_});
   };
   if (!autoDismissOnSuccess) {
     report(*this);
@@ -107,7 +71,7 @@ void OCRScannerViewController::handleRecognitionFailure(const OCRError& error) {
   }
   ++retryCount_;
   OCRLogger::warning(
-      [&] { return fmt::format("识别失败 ({}/{}): {}", retryCount_, maxRetryCount, error.errorDescription()); });
+      [&] { return formatted("识别失败 ({}/{}): {}", retryCount_, maxRetryCount, error.errorDescription()); });
   if (retryCount_ >= maxRetryCount) {
     handleLastFailure(error);
     return;
@@ -135,9 +99,7 @@ void OCRScannerViewController::handleLastFailure(const OCRError& error) {
   setState(ScanState::failed("识别失败，请重新对准卡片"));
   camera_->stop();
   camera_->turnOffTorch();
-  dismissAnimated([error](OCRScannerViewController& screen) {
-    screen.tellDelegate(&OCRScannerDelegate::scannerDidFailWithError, error);
-  });
+  dismissAnimated([error](OCRScannerViewController& screen) { screen.tellDelegate({tl::unexpected(error)}); });
 }
 
 }  // namespace pravik

@@ -1,17 +1,12 @@
 #include "UI/OCRScannerViewController.h"
 
 #include <algorithm>
-#include <array>
 #include <stdexcept>
 
 #include "Utils/OCRLogger.h"
 
 namespace pravik {
 namespace {
-
-/// What the segments of the mode switch stand for. The fourth, codes, stands for nothing and cannot be selected: the
-/// camera is bound for the screen's own mode, and cards are found in another way than codes.
-constexpr std::array switchableModes{OCRScanMode::bankCard, OCRScanMode::idCardFront, OCRScanMode::idCardBack};
 
 constexpr double switchTop = 8;
 constexpr double switchHeight = 32;
@@ -20,6 +15,13 @@ constexpr double switchSideMargins = 112;
 constexpr double segmentPadding = 20;
 constexpr double switchBackgroundAlpha = 0.15;
 constexpr Font switchFont{13, false};
+
+/// What a segment of the mode switch stands for. That one stands for codes is a programming error.
+const DocumentKind& switchableKind(std::size_t segment) {
+  if (segment >= documentKinds().size() || !documentKinds()[segment].isCard())
+    throw std::out_of_range("the segment cannot be selected");
+  return documentKinds()[segment];
+}
 
 std::shared_ptr<Dispatch> required(std::shared_ptr<Dispatch> dispatch) {
   if (!dispatch) throw std::invalid_argument("a scanner needs a dispatch");
@@ -86,7 +88,9 @@ void OCRScannerViewController::bindOverlay() {
 
 void OCRScannerViewController::setupModeSwitch() {
   modeSwitchControl_ = std::make_shared<SegmentedControl>();
-  modeSwitchControl_->segments = {{"银行卡"}, {"身份证正面"}, {"身份证背面"}, {"二维码/条形码", false}};
+  // Codes cannot be selected: the camera is bound for the screen's own mode, and cards are found in another way.
+  for (const DocumentKind& kind : documentKinds())
+    modeSwitchControl_->segments.push_back({std::string(kind.displayName), kind.isCard()});
   modeSwitchControl_->selectedSegment = static_cast<std::size_t>(scanMode_);
   modeSwitchControl_->backgroundColor = colors::white.withAlpha(switchBackgroundAlpha);
   modeSwitchControl_->font = switchFont;
@@ -105,7 +109,7 @@ void OCRScannerViewController::layoutModeSwitch() {
 }
 
 void OCRScannerViewController::modeSwitchChanged(std::size_t segment) {
-  overlayView_->setScanMode(switchableModes.at(segment));
+  overlayView_->setScanMode(switchableKind(segment).mode);
   overlayView_->updateHintText();
   resetForNewScan();
 }
@@ -139,14 +143,14 @@ void OCRScannerViewController::handlePermissionAnswer(bool granted) {
 
 void OCRScannerViewController::handlePermissionDenied() {
   OCRLogger::warning([] { return std::string("相机权限未授权"); });
-  tellDelegate(&OCRScannerDelegate::scannerDidFailWithError, OCRError::cameraPermissionDenied());
+  tellDelegate({tl::unexpected(OCRError::cameraPermissionDenied())});
   const auto stage = stage_.lock();
   if (!stage) return;
   auto openSettings = [](const OCRScannerViewController& screen) {
     if (const auto host = screen.stage_.lock()) host->openSettings();
   };
   auto giveUp = [](OCRScannerViewController& screen) {
-    screen.tellDelegate(&OCRScannerDelegate::scannerDidCancel);
+    screen.tellDelegate({tl::unexpected(OCRError::cancelled())});
     screen.dismissAnimated();
   };
   stage->presentAlert({.title = "需要相机权限",
@@ -158,7 +162,7 @@ void OCRScannerViewController::handlePermissionDenied() {
 void OCRScannerViewController::bindDetector() {
   if (!accumulatorReset_) ocr_.resetCrossAttemptAccumulator();
   accumulatorReset_ = true;
-  if (scanMode_ == OCRScanMode::qrCode) {
+  if (!documentKind(scanMode_).isCard()) {
     camera_->onCodeDetected =
         [frames = frames_, succeed = deferredToMain([](OCRScannerViewController& screen, const CodeScanResult& code) {
                              screen.handleSuccess(code);
@@ -182,7 +186,7 @@ void OCRScannerViewController::bindDetector() {
 void OCRScannerViewController::closeTapped() {
   camera_->stop();
   camera_->turnOffTorch();
-  tellDelegate(&OCRScannerDelegate::scannerDidCancel);
+  tellDelegate({tl::unexpected(OCRError::cancelled())});
   dismissAnimated();
 }
 
@@ -199,7 +203,7 @@ void OCRScannerViewController::albumTapped() {
 
 void OCRScannerViewController::manualCaptureTapped() {
   // Codes are read from the live picture; a stage may press the button by a key though it is never offered.
-  if (scanMode_ == OCRScanMode::qrCode) return;
+  if (!documentKind(scanMode_).isCard()) return;
   OCRLogger::info([] { return std::string("用户点击手动拍照"); });
   cancel(noDetectionWorkItem_);
   overlayView_->hideManualCaptureHint(false);
@@ -208,6 +212,7 @@ void OCRScannerViewController::manualCaptureTapped() {
 
 void OCRScannerViewController::dismissAnimated(std::function<void(OCRScannerViewController&)> afterwards) {
   isLeaving_ = true;
+  recognitionStop_.request_stop();
   // The report after the dismissal must come, so it holds the screen.
   std::function<void()> completion;
   if (afterwards) completion = [self = shared_from_this(), afterwards = std::move(afterwards)] { afterwards(*self); };

@@ -6,20 +6,21 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 
-#include "OCRScanMode.h"
+#include "Async/OCRScannerDelegate.h"
 #include "Platform/Platform.h"
 #include "Platform/Screen.h"
 #include "Platform/SegmentedControl.h"
 #include "Pravik.h"
+#include "Records/OCRScanMode.h"
 #include "UI/CameraManager.h"
 #include "UI/CardDetector.h"
 #include "UI/FrameMonitor.h"
-#include "UI/GuardedCall.h"
-#include "UI/OCRScannerDelegate.h"
 #include "UI/ScannerOverlayView.h"
+#include "Utils/GuardedCall.h"
 
 namespace pravik {
 
@@ -67,8 +68,6 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
  private:
   using ScanState = ScannerOverlayView::ScanState;
   using Kind = ScanState::Kind;
-  template <class Info>
-  using SuccessMessage = void (OCRScannerDelegate::*)(OCRScannerViewController&, const OCRScannerResult<Info>&);
 
   // Start-up and controls.
   void bindOverlay();
@@ -100,16 +99,7 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   // From the picture to the report.
   void handlePickedPicture(const std::optional<Image>& picture);
   void performOCR(const Image& image);
-  template <class Info>
-  void recognize(Task<Info> task);
-  void handleSuccess(const BankCardInfo& info);
-  void handleSuccess(const IDCardFrontInfo& info);
-  void handleSuccess(const IDCardBackInfo& info);
-  void handleSuccess(const CodeScanResult& code);
-  template <class Info>
-  void handleRecord(const Info& info, SuccessMessage<Info> message);
-  template <class Info>
-  void reportSuccess(const Info& info, SuccessMessage<Info> message);
+  void handleSuccess(const Record& record);
   void handleRecognitionFailure(const OCRError& error);
   void handleAlbumFailure();
   void handleLastFailure(const OCRError& error);
@@ -118,9 +108,8 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   void dismissAnimated(std::function<void(OCRScannerViewController&)> afterwards = {});
   static void cancel(std::optional<WorkItem>& timer);
 
-  template <class Message, class... Value>
-  void tellDelegate(Message message, const Value&... value) {
-    if (const auto listener = delegate.lock()) guardedCall([&] { (listener.get()->*message)(*this, value...); });
+  void tellDelegate(const ScannerReport& report) {
+    if (const auto listener = delegate.lock()) guardedCall([&] { tell(*listener, *this, report); });
   }
 
   /// Work for later on the main queue; it does nothing when the screen has gone, or is on its way out, by then.
@@ -161,6 +150,7 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   bool isLeaving_ = false;
   /// Counts the recognitions, so that the outcome of one that was overtaken is dropped.
   std::int64_t recognition_ = 0;
+  std::stop_source recognitionStop_;
   std::optional<WorkItem> noDetectionWorkItem_;
   std::optional<WorkItem> qualityBlockWorkItem_;
   /// The cut-out at the moment of capture; normalised to 0...1 of the unturned picture, origin at the top left.

@@ -70,29 +70,15 @@ constexpr std::array<StateLook, 6> stateLooks{{
     {systemRed, nullptr, false},
 }};
 
-const char* hintText(OCRScanMode mode) {
-  switch (mode) {
-    case OCRScanMode::bankCard:
-      return "将银行卡正面对准此区域";
-    case OCRScanMode::idCardFront:
-      return "将身份证人像面对准此区域";
-    case OCRScanMode::idCardBack:
-      return "将身份证国徽面对准此区域";
-    case OCRScanMode::qrCode:
-      return "将二维码/条形码对准此区域";
-  }
-  return "";
-}
-
 /// In the middle, as high as leaves two lines below it.
 Rect wideCutoutFor(OCRScanMode mode, double width, double height) {
   const double cutoutHeight = std::min(height * wideHeightShare, height - 2 * wideMargin);
-  const double cutoutWidth = mode == OCRScanMode::qrCode ? cutoutHeight : cutoutHeight * cardAspectRatio;
+  const double cutoutWidth = documentKind(mode).isCard() ? cutoutHeight * cardAspectRatio : cutoutHeight;
   return {(width - cutoutWidth) / 2, (height - cutoutHeight) / 2, cutoutWidth, cutoutHeight};
 }
 
 Rect cutoutFor(OCRScanMode mode, double width, double height) {
-  const bool isCode = mode == OCRScanMode::qrCode;
+  const bool isCode = !documentKind(mode).isCard();
   const double cutoutWidth = width * (isCode ? codeWidthShare : cardWidthShare);
   const double cutoutHeight = isCode ? cutoutWidth : cutoutWidth / cardAspectRatio;
   return {(width - cutoutWidth) / 2, height * cutoutTopShare, cutoutWidth, cutoutHeight};
@@ -137,7 +123,7 @@ void ScannerOverlayView::buildShapes() {
 
 void ScannerOverlayView::buildLabels() {
   hintLabel_->font = hintFont;
-  hintLabel_->text = hintText(scanMode_);
+  hintLabel_->text = std::string(documentKind(scanMode_).hint);
   addSubview(hintLabel_);
   statusLabel_->font = statusFont;
   statusLabel_->cornerRadius = statusRadius;
@@ -227,7 +213,7 @@ void ScannerOverlayView::setCornerColor(const Color& color) {
 }
 
 void ScannerOverlayView::updateHintText() {
-  hintLabel_->text = hintText(scanMode_);
+  hintLabel_->text = std::string(documentKind(scanMode_).hint);
   hintLabel_->textColor = colors::white;
   layoutBelowCutout();
 }
@@ -336,8 +322,9 @@ void ScannerOverlayView::stopScanLineAnimation() {
 void ScannerOverlayView::highlightDetectedRect(const std::optional<Rect>& rect, const Rect& bounds) {
   detectedRectLayer_->isHidden = !rect;
   if (!rect) return;
-  const Rect drawn{bounds.x + rect->x * bounds.width, bounds.y + (1 - rect->y - rect->height) * bounds.height,
-                   rect->width * bounds.width, rect->height * bounds.height};
+  Rect drawn = inPixels(flipped(*rect), {bounds.width, bounds.height});
+  drawn.x += bounds.x;
+  drawn.y += bounds.y;
   detectedRectLayer_->path = {RoundedRect{drawn, outlineRadius}};
 }
 

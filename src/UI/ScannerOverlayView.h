@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 
-#include "OCRScanMode.h"
 #include "Platform/Animation.h"
 #include "Platform/Button.h"
 #include "Platform/Dispatch.h"
@@ -16,6 +15,7 @@
 #include "Platform/ShapeLayer.h"
 #include "Platform/Stage.h"
 #include "Platform/View.h"
+#include "Records/DocumentKind.h"
 
 namespace pravik {
 

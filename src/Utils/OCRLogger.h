@@ -4,12 +4,13 @@
 #include <concepts>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <source_location>
 #include <string>
 #include <string_view>
 
-#include "Core/TextRecognizer.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 
@@ -41,6 +42,8 @@ class OCRLogger {
   static std::optional<Level> levelFromRawValue(int rawValue);
   /// The level's name in the code, such as "debug".
   static std::string_view caseName(Level level);
+  /// Every level by its name.
+  static std::map<std::string, Level> levelsByName();
 
   template <std::invocable Message>
   static void error(const Message& message, std::source_location location = std::source_location::current()) {

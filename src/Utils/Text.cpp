@@ -108,8 +108,7 @@ void forEachCharacterEnd(std::string_view text, Visit visit) {
   const icu::LocalUTextPointer bytes(
       utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
   if (boundaries) boundaries->setText(bytes.getAlias(), status);
-  if (!boundaries || U_FAILURE(status))
-    throw std::runtime_error("the Unicode data for character boundaries is missing");
+  if (!boundaries || U_FAILURE(status)) throw std::runtime_error("缺少 Unicode 字符边界数据");
   for (std::int32_t end = boundaries->next(); end != icu::BreakIterator::DONE; end = boundaries->next())
     visit(static_cast<std::size_t>(end));
 }
@@ -130,6 +129,28 @@ std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
   forEachCharacterEnd(text, [&](std::size_t) { ++count; });
   return count;
+}
+
+std::u32string codePoints(std::string_view text) {
+  std::u32string points;
+  points.reserve(text.size());
+  forEachCodePoint(text, [&](const CodePoint& point) { points += point.value; });
+  return points;
+}
+
+std::string utf8(std::u32string_view codePoints) {
+  std::string text;
+  for (const char32_t point : codePoints) {
+    std::array<char, maximumSequence> bytes{};
+    std::size_t end = 0;
+    U8_APPEND_UNSAFE(bytes, end, point);
+    text.append(bytes.data(), end);
+  }
+  return text;
+}
+
+bool isIdeograph(char32_t codePoint) {
+  return u_hasBinaryProperty(static_cast<UChar32>(codePoint), UCHAR_IDEOGRAPHIC) != 0;
 }
 
 std::string_view trimmed(std::string_view text) {

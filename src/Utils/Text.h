@@ -16,6 +16,12 @@ std::vector<std::string_view> characters(std::string_view text);
 /// Their number.
 std::size_t characterCount(std::string_view text);
 
+/// The code points of a text, and the text of code points.
+std::u32string codePoints(std::string_view text);
+std::string utf8(std::u32string_view codePoints);
+/// Whether a code point is a Chinese character: an ideograph of any plane.
+bool isIdeograph(char32_t codePoint);
+
 /// The text without space separators and tabs at both ends. Line ends stay.
 std::string_view trimmed(std::string_view text);
 /// The text without any of these code points at both ends.
@@ -27,6 +33,10 @@ std::vector<std::string_view> splitAtWhitespace(std::string_view text);
 /// The lines between line feeds; empty ones too, at least one.
 std::vector<std::string_view> splitAtLineFeeds(std::string_view text);
 
+/// Whether a byte is one of the digits 0 to 9.
+constexpr bool isAsciiDigit(char character) {
+  return character >= '0' && character <= '9';
+}
 /// Only the decimal digits, those of every script as the ASCII digit.
 std::string asciiDigits(std::string_view text);
 /// The whole text with the decimal digits of every script as the ASCII digit.

@@ -17,7 +17,7 @@ class BadInput : public testing::Test {
   test::TemporaryFolder folder_;
 };
 
-TEST_F(BadInput, eachFileGetsItsErrorAndTheRestOfTheBatchGoesOn) {
+TEST_F(BadInput, EachFileGetsItsErrorAndTheRestOfTheBatchGoesOn) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {(folder_.path() / "none.jpg").string(), "no such file"},
       {folder_.path().string(), "directory"},
@@ -45,7 +45,7 @@ TEST_F(BadInput, eachFileGetsItsErrorAndTheRestOfTheBatchGoesOn) {
           << file;
 }
 
-TEST_F(BadInput, picturesThatSayNothingAreAnsweredSo) {
+TEST_F(BadInput, PicturesThatSayNothingAreAnsweredSo) {
   for (const auto& [width, height] : {std::pair{1, 1}, {1, 700}, {640, 480}}) {
     const Bitmap blank = test::plainPicture(width, height, 200, 210, 220);
     const auto bytes = realPlatform().imageCodec->encode(blank, ImageFileFormat::png);
@@ -60,7 +60,7 @@ TEST_F(BadInput, picturesThatSayNothingAreAnsweredSo) {
   }
 }
 
-TEST_F(BadInput, missingAndCorruptModelsAreAnIncompleteInstallation) {
+TEST_F(BadInput, MissingAndCorruptModelsAreAnIncompleteInstallation) {
   const std::string models = folder_.path().string();
   const ToolRun missing = runTool({"id-front", "--models", models, cleanFront});
   EXPECT_EQ(missing.status, incompleteInstallation);

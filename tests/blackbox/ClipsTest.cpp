@@ -14,7 +14,7 @@ using nlohmann::json;
 
 const std::map<std::string, std::string> modes{{"id-front", "idCardFront"}, {"bank-card", "bankCard"}};
 
-TEST(Clips, areScannedAsTheyWereDrawnAndAlikeEachTime) {
+TEST(Clips, AreScannedAsTheyWereDrawnAndAlikeEachTime) {
   const auto clips = truths("clips.jsonl");
   EXPECT_EQ(clips.size(), 2U);
   for (const json& truth : clips) {
@@ -42,7 +42,7 @@ std::string videoOf(const test::VideoFolder& folder, const std::string& sample) 
   return folder.video("clip.avi", frames, 30);
 }
 
-TEST(Clips, readsACodeThatComesIntoView) {
+TEST(Clips, ReadsACodeThatComesIntoView) {
   const test::VideoFolder folder;
   const std::string sample = "code-photo-0003.jpg";
   const ToolRun tool = runTool({"scan", videoOf(folder, sample), "--mode", "qrCode", "--format", "jsonl"});

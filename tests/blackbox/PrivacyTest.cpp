@@ -1,4 +1,3 @@
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -9,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "Utils/Format.h"
 #include "Utils/Text.h"
 #include "blackbox/Tool.h"
 #include "support/TemporaryFolder.h"
@@ -67,9 +67,9 @@ std::vector<std::string> cardDataIn(const std::string& text, const json& record)
 /// Runs the built tool at home in an empty folder, where no byte may be written to any file; gives what it wrote to
 /// standard error, and its exit status.
 ToolRun runAtHome(const std::filesystem::path& home, const std::string& arguments) {
-  const std::string variables = fmt::format("HOME={0} TMPDIR={0} XDG_RUNTIME_DIR={0}", home.string());
+  const std::string variables = formatted("HOME={0} TMPDIR={0} XDG_RUNTIME_DIR={0}", home.string());
   const std::string command =
-      fmt::format("cd {} && ulimit -f 0 && {} {} {} 2>&1 >/dev/null", home.string(), variables, PRAVIK_TOOL, arguments);
+      formatted("cd {} && ulimit -f 0 && {} {} {} 2>&1 >/dev/null", home.string(), variables, PRAVIK_TOOL, arguments);
   FILE* pipe = ::popen(command.c_str(), "r");
   ToolRun run;
   for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) run.err += static_cast<char>(c);
@@ -77,7 +77,7 @@ ToolRun runAtHome(const std::filesystem::path& home, const std::string& argument
   return run;
 }
 
-TEST(Privacy, aRunWritesItsAnswerAndNothingElse) {
+TEST(Privacy, ARunWritesItsAnswerAndNothingElse) {
   const test::TemporaryFolder home;
   for (const std::string kind : kinds) {
     const ToolRun tool = runAtHome(home.path(), kind + " " + pathOf(photoOf(kind)));
@@ -87,7 +87,7 @@ TEST(Privacy, aRunWritesItsAnswerAndNothingElse) {
   }
 }
 
-TEST(Privacy, theLogTellsWhatIsOnACardFromTheLevelOnThatTheMessagesName) {
+TEST(Privacy, TheLogTellsWhatIsOnACardFromTheLevelOnThatTheMessagesName) {
   for (const std::string kind : kinds) {
     const json truth = photoOf(kind);
     for (const Level level : {Level::error, Level::warning, Level::info, Level::debug}) {
@@ -103,7 +103,7 @@ TEST(Privacy, theLogTellsWhatIsOnACardFromTheLevelOnThatTheMessagesName) {
   }
 }
 
-TEST(Privacy, aPortraitSideWithoutNumberIsLoggedWholeAsAWarning) {
+TEST(Privacy, APortraitSideWithoutNumberIsLoggedWholeAsAWarning) {
   const test::TemporaryFolder folder;
   const std::string file = folder.write("blocks.json", R"({"observations":[{"text":"姓名 张三丰","confidence":1,
                                         "boundingBox":{"x":0.1,"y":0.8,"width":0.2,"height":0.05}}]})");
@@ -113,7 +113,7 @@ TEST(Privacy, aPortraitSideWithoutNumberIsLoggedWholeAsAWarning) {
   }
 }
 
-TEST(Privacy, anErrorTellsNothingOfTheCard) {
+TEST(Privacy, AnErrorTellsNothingOfTheCard) {
   for (const std::string kind : kinds) {
     const json truth = photoOf(kind);
     for (const std::string other : kinds) {
@@ -127,7 +127,7 @@ TEST(Privacy, anErrorTellsNothingOfTheCard) {
   }
 }
 
-TEST(Privacy, brokenInputIsNotQuoted) {
+TEST(Privacy, BrokenInputIsNotQuoted) {
   const test::TemporaryFolder folder;
   for (const std::string end : {"", R"(\x)", R"(", x)", R"("}], "observations": [{"text": 11010119900307123X)"}) {
     const std::string file =

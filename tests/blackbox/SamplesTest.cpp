@@ -20,7 +20,7 @@ class Samples : public testing::TestWithParam<json> {
   }
 };
 
-TEST_P(Samples, areReadAsTheyWereDrawnAndNotTakenForWhatTheyAreNot) {
+TEST_P(Samples, AreReadAsTheyWereDrawnAndNotTakenForWhatTheyAreNot) {
   const json& truth = GetParam();
   const std::string kind = truth["kind"];
   const json answer = answerOf(kind);
@@ -46,7 +46,7 @@ std::string nameOf(const testing::TestParamInfo<json>& truth) {
 
 INSTANTIATE_TEST_SUITE_P(All, Samples, testing::ValuesIn(truths()), nameOf);
 
-TEST(SampleSet, isReadAlikeByThreadsThatShareOneSdk) {
+TEST(SampleSet, IsReadAlikeByThreadsThatShareOneSdk) {
   const PravikSDK sdk(realPlatform());
   const std::vector<json> all = truths();
   std::vector<std::jthread> threads;
@@ -55,7 +55,7 @@ TEST(SampleSet, isReadAlikeByThreadsThatShareOneSdk) {
       for (std::size_t i = first; i < all.size(); i += 8) {
         const auto& command = *std::ranges::find(pictureCommands(), all[i]["kind"], &PictureCommand::kind);
         const Image photo = realPlatform().imageCodec->load(samples / all[i]["file"].get<std::string>());
-        EXPECT_EQ(json(command.answer(sdk, photo, {})["result"]), all[i]["result"]) << all[i]["file"];
+        EXPECT_EQ(json(answerPicture(command, sdk, photo, {})["result"]), all[i]["result"]) << all[i]["file"];
       }
     });
   }

@@ -4,16 +4,14 @@
 
 #include "Pravik.h"
 #include "backends/DefaultPlatform.h"
-#include "backends/json/Checks.h"
+#include "backends/json/Answer.h"
 
 namespace {
 
 pravik::Answer answer(const pravik::PravikSDK& sdk, const pravik::Image& picture, const std::string& kind) {
-  using pravik::syncWait;
-  if (kind == "id-front") return pravik::cardAnswer(syncWait(sdk.recognizeIDCardFront(picture)));
-  if (kind == "id-back") return pravik::cardAnswer(syncWait(sdk.recognizeIDCardBack(picture)));
-  if (kind == "bank-card") return pravik::cardAnswer(syncWait(sdk.recognizeBankCard(picture)));
-  return pravik::codeAnswer(syncWait(sdk.recognizeCode(picture, pravik::OCRScanMode::qrCode)));
+  for (const pravik::DocumentKind& document : pravik::documentKinds())
+    if (document.commandName == kind) return pravik::readingAnswer(syncWait(sdk.read(picture, document.mode)).value());
+  return pravik::invalidInputAnswer("there is no such kind");
 }
 
 }  // namespace

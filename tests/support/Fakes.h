@@ -21,6 +21,8 @@ class FakeTextEngine : public TextEngine {
 
   std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override {
     requests.push_back(request);
+    // What the test compares is what a caller asks for; the limit is each call's own.
+    requests.back().limit = {};
     pictures.push_back(bitmap);
     if (failure) throw std::runtime_error(*failure);
     if (script.empty()) return blocks;
@@ -66,8 +68,8 @@ class FakeBarcodeDetector : public BarcodeDetector {
   std::optional<std::string> failure;
   mutable std::vector<std::size_t> symbologyCounts;
 
-  std::vector<BarcodeObservation> detect(const Bitmap& /*bitmap*/,
-                                         std::span<const BarcodeSymbology> symbologies) const override {
+  std::vector<BarcodeObservation> detect(const Bitmap& /*bitmap*/, std::span<const BarcodeSymbology> symbologies,
+                                         const WorkLimit& /*limit*/) const override {
     const std::lock_guard lock(mutex_);
     symbologyCounts.push_back(symbologies.size());
     if (failure) throw std::runtime_error(*failure);
@@ -76,6 +78,16 @@ class FakeBarcodeDetector : public BarcodeDetector {
 
  private:
   mutable std::mutex mutex_;
+};
+
+/// Keeps the labels, and has no room for the original of a bank card.
+class FakePhotoLibrary : public PhotoLibrary {
+ public:
+  std::vector<std::string> labels;
+  void save(const Bitmap& /*bitmap*/, const std::string& label) override {
+    labels.push_back(label);
+    if (label == "银行卡-原图") throw std::runtime_error("the disk is full");
+  }
 };
 
 /// The fakes that read pictures, and the platform that they make.

@@ -1,5 +1,7 @@
 """The comparison behind the accuracy report and the demo."""
 
+import contextlib
+import io
 import pathlib
 import sys
 import unittest
@@ -58,6 +60,9 @@ class BankCardReportTest(unittest.TestCase):
             with self.subTest(row=row):
                 self.assertEqual(tally.cell(row).split(), [f"{shares[row]:.1f}", "5"] if row in shares else ["-", "0"])
         self.assertEqual((tally + tally).errors["no_card_number_found"], 2)
+        with contextlib.redirect_stdout(io.StringIO()) as report:
+            bankcards.print_doubtless_wrong({("lifelike", "hard"): {"worn": tally, "bare": tally}})
+        self.assertEqual(report.getvalue().split()[-5:], ["lifelike", "hard", "2", "of", "10"])
 
 
 class ScanReportTest(unittest.TestCase):

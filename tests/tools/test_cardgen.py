@@ -1,6 +1,8 @@
 """The synthetic pictures and clips must be consistent, repeatable, and told truly."""
 
+import dataclasses
 import datetime
+import io
 import json
 import pathlib
 import random
@@ -16,16 +18,21 @@ sys.path.insert(0, str(CARDGEN))
 import bankcard  # noqa: E402
 import camera  # noqa: E402
 import codes  # noqa: E402
+import embossed_relief  # noqa: E402
 import idcard  # noqa: E402
+import lifelike_card  # noqa: E402
+import messenger  # noqa: E402
 import numpy as np  # noqa: E402
 import people  # noqa: E402
 import scene  # noqa: E402
 import story  # noqa: E402
 import tables  # noqa: E402
 from canvas import Canvas  # noqa: E402
+from PIL import Image, JpegImagePlugin  # noqa: E402
 
 STABLE_SECONDS = 0.8  # a card that lies still for so long is photographed
 FRAME = camera.rectangle(1, 9 / 16)
+SAMPLES = CARDGEN.parents[1] / "samples"
 
 
 def draw(folder, *arguments):
@@ -96,6 +103,42 @@ class DrawingTest(unittest.TestCase):
                     self.assertTrue(0.25 < np.ptp(seen, axis=0)[0] / size[0] <= 0.851)
 
 
+class LifelikeTest(unittest.TestCase):
+    def test_numbers_are_right_and_stand_on_the_card(self):
+        groupings = set()
+        for seed in range(200):
+            rng, look = random.Random(seed), lifelike_card.LOOKS[seed % len(lifelike_card.LOOKS)]
+            said = lifelike_card.account(look, rng)
+            cells = lifelike_card.LifelikeCard(said, look, rng).cells()
+            middles = [x for _, x, _ in cells]
+            gaps = np.diff(middles) > 1.2 * lifelike_card.DIGIT_PITCH
+            groupings.add(tuple(int(n) for n in np.diff([-1, *np.flatnonzero(gaps), len(gaps)])))
+            with self.subTest(said=said, look=look):
+                self.assertEqual("".join(character for character, _, _ in cells), said.digits)
+                self.assertEqual(bankcard.check_digit(said.digits[:-1]), said.digits[-1])
+                self.assertTrue(2 < min(middles) and max(middles) < lifelike_card.WIDTH - 2)
+        self.assertEqual(groupings, {(4, 4, 4, 4), (4, 4, 4, 4, 3), (6, 13), (5, 4, 5, 5), (19,)})
+
+    def test_light_falls_on_the_relief_from_its_own_side(self):
+        stroke = np.array([(4.0, 1.0), (4.0, 5.0)])
+        chosen = dataclasses.replace(embossed_relief.choose("bare", random.Random(1)), gloss=0)
+        for right in (-0.6, 0.6):
+            lamp = embossed_relief.Lamp(right, 0, 0.3, 1)
+            picture = Image.new("RGB", (160, 120), (120, 120, 120))
+            embossed_relief.emboss(picture, [stroke], 20, dataclasses.replace(chosen, lamps=(lamp,)))
+            level = np.asarray(picture.convert("L"), float)
+            brighter = level[60, 80:95].mean() - level[60, 65:80].mean()
+            self.assertGreater(brighter * right, 1)
+
+    def test_a_forwarded_photo_is_small_and_poor_in_colour(self):
+        photo = Image.new("RGB", (1600, 1200), (90, 90, 90))
+        for seed in range(20):
+            data = messenger.forward(photo, 90, 1000, np.random.default_rng(seed))
+            sent = Image.open(io.BytesIO(data))
+            self.assertTrue(720 <= sent.width <= 1120 and abs(sent.height - 0.75 * sent.width) <= 1)
+            self.assertEqual(JpegImagePlugin.get_sampling(sent), 2)  # 4:2:0
+
+
 class StoryTest(unittest.TestCase):
     def test_the_last_card_of_every_plot_is_held_still_to_the_end(self):
         for variant in story.PLOTS:
@@ -125,6 +168,24 @@ class CommandTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as scratch:
             self.drawn_by_seed(scratch, "id-front-photo-0000.jpg", "--kind", "id-front", "--level", "photo",
                                "--size", "640x480")
+
+    def test_lifelike_cards_are_repeatable_and_told(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            self.drawn_by_seed(scratch, "bank-card-lifelike-bare-photo-0000.jpg", "--kind", "bank-card", "--style",
+                               "lifelike", "--look", "bare", "--level", "photo")
+            line = json.loads(pathlib.Path(scratch, "a", "truth.jsonl").read_text("utf-8"))
+        self.assertEqual((line["style"], line["look"]), ("lifelike", "bare"))
+        for arguments in (("bank-card", "--look", "bare"), ("code", "--style", "lifelike")):
+            with tempfile.TemporaryDirectory() as scratch, self.subTest(arguments=arguments):
+                self.assertEqual(draw(scratch, "--level", "clean", "--kind", *arguments), 2)
+
+    def test_plain_cards_stay_as_they_are(self):
+        name = "bank-card-worn-photo-0001.jpg"
+        with tempfile.TemporaryDirectory() as scratch:
+            self.assertEqual(draw(scratch, "--kind", "bank-card", "--level", "photo", "--look", "worn", "--first", "1",
+                                  "--count", "1", "--seed", "7", "--size", "1280x960"), 0)
+            pictures = [np.asarray(Image.open(path), float) for path in (SAMPLES / name, pathlib.Path(scratch, name))]
+        self.assertLess(np.abs(pictures[0] - pictures[1]).max(), 16)  # coders of JPEG differ a little
 
     def test_several_runs_share_one_truth_file(self):
         runs = (("id-back", "--count", "1"), ("code", "--count", "1"), ("code", "--count", "1"),

@@ -62,7 +62,7 @@ struct Window {
   }
 };
 
-TEST(ScannerWindow, scansAClipAndShowsTheRecordWithItsSecretsMasked) {
+TEST(ScannerWindow, ScansAClipAndShowsTheRecordWithItsSecretsMasked) {
   Window w({.mode = OCRScanMode::bankCard, .camera = sample("bank-card-silver-easy-0005.avi"), .loops = true});
   w.window->begin();
   ASSERT_TRUE(test::waitUntil([&] { return !w.records.empty(); }, longTime));
@@ -81,7 +81,7 @@ TEST(ScannerWindow, scansAClipAndShowsTheRecordWithItsSecretsMasked) {
   EXPECT_TRUE(w.window->stage().showsScreen());
 }
 
-TEST(ScannerWindow, readsPhotosThatAreDropped) {
+TEST(ScannerWindow, ReadsPhotosThatAreDropped) {
   Window w({.mode = OCRScanMode::idCardFront});
   w.drop(sample("README.md"));
   EXPECT_TRUE(test::waitUntil([&] { return w.nothings == 1; }, longTime));
@@ -95,14 +95,14 @@ TEST(ScannerWindow, readsPhotosThatAreDropped) {
   EXPECT_THAT(w.texts(), Contains("**************" + number.substr(14)));
 }
 
-TEST(ScannerWindow, saysWhyACameraCannotBeUsed) {
+TEST(ScannerWindow, SaysWhyACameraCannotBeUsed) {
   Window w({.mode = OCRScanMode::bankCard, .camera = sample("nothing-here.avi")});
   w.window->begin();
   EXPECT_FALSE(w.window->stage().showsScreen());
   EXPECT_THAT(w.texts(), Contains(HasSubstr("no such file")));
 }
 
-TEST(ScannerSettings, readsArgumentsAndRefusesUnknownOnes) {
+TEST(ScannerSettings, ReadsArgumentsAndRefusesUnknownOnes) {
   std::ostringstream out, err;
   const auto read = readSettings({"--mode", "idCardBack", "--camera", "1", "--loop"}, out, err);
   const auto& settings = std::get<ScannerSettings>(read);

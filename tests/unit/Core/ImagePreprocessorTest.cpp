@@ -1,10 +1,11 @@
 #include "Core/ImagePreprocessor.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 
 #include "support/Fakes.h"
+#include "support/LogCapture.h"
 #include "support/Pictures.h"
 
 namespace pravik {
@@ -17,7 +18,7 @@ using Stats = ImagePreprocessor::Stats;
 
 constexpr double close = 1e-9;
 
-TEST(ImagePreprocessorParams, followTheStatisticsAndTheKindOfCard) {
+TEST(ImagePreprocessorParams, FollowTheStatisticsAndTheKindOfCard) {
   const std::vector<std::tuple<const char*, Stats, Scene, ImagePreprocessor::AdaptiveParams>> cases{
       {"gentle at the inclusive lower bounds", {0.35, 0.15, 0.44, 0.44}, Scene::idCard, {1.03, 0, 0.15, 0.92, "轻柔"}},
       {"gentle at the inclusive upper bound", {0.7, 0.15, 0, 0}, Scene::bankCard, {1.03, 0, 0.25, 0.92, "轻柔"}},
@@ -51,7 +52,7 @@ struct Preprocessor {
   ImagePreprocessor preprocessor{renderer, detector};
 };
 
-TEST(ImagePreprocessorStats, countStrictlyDarkAndBrightPixels) {
+TEST(ImagePreprocessorStats, CountStrictlyDarkAndBrightPixels) {
   Preprocessor p;
   const Stats ordinary{0.5, 0.2, 0.2, 0.2};
   EXPECT_EQ(p.preprocessor.analyzeImage(test::plainPicture(2, 2, 0, 0, 0)), ordinary) << "it could not be sampled";
@@ -64,7 +65,7 @@ TEST(ImagePreprocessorStats, countStrictlyDarkAndBrightPixels) {
   EXPECT_DOUBLE_EQ(stats.brightRatio, 0.25);
 }
 
-TEST(ImagePreprocessorEnhancement, turnsThePhotoUprightAndAppliesThePresetOnce) {
+TEST(ImagePreprocessorEnhancement, TurnsThePhotoUprightAndAppliesThePresetOnce) {
   Preprocessor p;
   const Image image{.bitmap = test::plainPicture(30, 10, 1, 2, 3), .orientation = ImageOrientation::right};
   const auto result = p.preprocessor.preprocessForBankCardEnhanced(image);
@@ -76,7 +77,7 @@ TEST(ImagePreprocessorEnhancement, turnsThePhotoUprightAndAppliesThePresetOnce) 
             (std::vector<ImageFilter>{ColorControls{1.35, 0.0, 1.0}, SharpenLuminance{0.75, 0.0}}));
 }
 
-TEST(ImagePreprocessorEnhancement, givesNothingWithoutPixelsOrWhenTheRenderingFails) {
+TEST(ImagePreprocessorEnhancement, GivesNothingWithoutPixelsOrWhenTheRenderingFails) {
   Preprocessor p;
   EXPECT_FALSE(p.preprocessor.preprocessForIDCard(Image{}));
   p.renderer->rendered = [](const Bitmap&) { return std::nullopt; };
@@ -85,7 +86,7 @@ TEST(ImagePreprocessorEnhancement, givesNothingWithoutPixelsOrWhenTheRenderingFa
   EXPECT_FALSE(ImagePreprocessor(nullptr, nullptr).preprocessForIDCard({.bitmap = test::plainPicture(4, 4, 0, 0, 0)}));
 }
 
-TEST(ImagePreprocessorEnhancement, leavesOutOnlyTheVariantsThatFail) {
+TEST(ImagePreprocessorEnhancement, LeavesOutOnlyTheVariantsThatFail) {
   Preprocessor p;
   int call = 0;
   p.renderer->rendered = [&](const Bitmap& bitmap) { return ++call == 2 ? std::nullopt : std::optional(bitmap); };
@@ -100,7 +101,7 @@ const RectangleObservation tiltedCard{{{0.1, 0.8}, {0.8, 0.9}, {0.2, 0.1}, {0.9,
 const RectangleObservation aTenth{{{0.1, 0.4}, {0.3, 0.6}, {0.2, 0}, {0.35, 0.1}}, {0.1, 0, 0.25, 0.4}, 0.9F};
 const RectangleObservation wholeFrame{{{0, 1}, {1, 1}, {0, 0}, {1, 0}}, {0, 0, 1, 1}, 0.9F};
 
-TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausibleResult) {
+TEST(PerspectiveCorrectionAttempt, StraightensOnlyALargeTiltedCardWithAPlausibleResult) {
   const std::vector<std::tuple<const char*, std::vector<RectangleObservation>, int, int, bool>> cases{
       {"tilted card", {tiltedCard}, 600, 380, true},
       {"no rectangle", {}, 600, 380, false},
@@ -117,13 +118,29 @@ TEST(PerspectiveCorrectionAttempt, straightensOnlyALargeTiltedCardWithAPlausible
     p.renderer->rendered = [&](const Bitmap&) { return test::plainPicture(width, height, 0, 0, 0); };
     EXPECT_EQ(p.preprocessor.attemptPerspectiveCorrection(photo).has_value(), corrected) << what;
   }
+}
+
+TEST(PerspectiveCorrectionAttempt, TellsWhyItWasGivenUp) {
+  const Image photo{.bitmap = test::plainPicture(1000, 800, 0, 0, 0)};
   Preprocessor broken;
   broken.detector->fails = true;
-  EXPECT_FALSE(broken.preprocessor.attemptPerspectiveCorrection(photo));
+  Preprocessor unrendered;
+  unrendered.detector->rectangles = {tiltedCard};
+  unrendered.renderer->rendered = [](const Bitmap&) { return std::nullopt; };
+  const ImagePreprocessor withoutDetector(broken.renderer, nullptr), withoutRenderer(nullptr, broken.detector);
+  for (const auto& [preprocessor, reason] : std::vector<std::pair<const ImagePreprocessor*, const char*>>{
+           {&broken.preprocessor, "透视矫正: 矩形检测失败（the detector is broken），跳过"},
+           {&unrendered.preprocessor, "透视矫正: 渲染失败，跳过"},
+           {&withoutDetector, "透视矫正: 没有可用的矩形检测器，跳过"},
+           {&withoutRenderer, "透视矫正: 没有可用的图像渲染器，跳过"}}) {
+    const test::LogCapture log(OCRLogger::Level::debug);
+    EXPECT_FALSE(preprocessor->attemptPerspectiveCorrection(photo));
+    EXPECT_THAT(log.lines, testing::Contains(testing::HasSubstr(reason)));
+  }
   EXPECT_FALSE(broken.preprocessor.attemptPerspectiveCorrection(Image{}));
 }
 
-TEST(PerspectiveCorrectionAttempt, handsTheCornersOverInPixelsFromTheLowerLeft) {
+TEST(PerspectiveCorrectionAttempt, HandsTheCornersOverInPixelsFromTheLowerLeft) {
   Preprocessor p;
   p.detector->rectangles = {tiltedCard};
   (void)p.preprocessor.attemptPerspectiveCorrection({.bitmap = test::plainPicture(1000, 500, 0, 0, 0)});
@@ -135,7 +152,7 @@ TEST(PerspectiveCorrectionAttempt, handsTheCornersOverInPixelsFromTheLowerLeft) 
   EXPECT_NEAR(correction.corners.bottomRight.y, 100, close);
 }
 
-TEST(CardNumberBand, isCutWhereTheCardCarriesItsNumber) {
+TEST(CardNumberBand, IsCutWhereTheCardCarriesItsNumber) {
   const ImagePreprocessor preprocessor(nullptr, nullptr);
   const auto size = [](const std::optional<Bitmap>& bitmap) {
     return bitmap ? std::pair(bitmap->width(), bitmap->height()) : std::pair(0, 0);

@@ -16,7 +16,7 @@ TextRecognizer::Observation block(std::string text, double centreX, double centr
   return {std::move(text), 1, Rect{centreX - 0.0625, 1 - centreY - 0.0625, 0.125, 0.125}};
 }
 
-TEST(LineGrouping, rebuildsReadingOrder) {
+TEST(LineGrouping, RebuildsReadingOrder) {
   const std::vector<std::tuple<const char*, Observations, double, const char*>> cases{
       {"no block", {}, 0.025, ""},
       {"close rows are one line, left to right", {block("b", 0.6, 0.5), block("a", 0.2, 0.52)}, 0.025, "a b"},
@@ -34,7 +34,7 @@ TEST(LineGrouping, rebuildsReadingOrder) {
     EXPECT_EQ(joinedText(blocks, threshold), expected) << what;
 }
 
-TEST(LineGrouping, keepsEveryBlockWhateverItsBox) {
+TEST(LineGrouping, KeepsEveryBlockWhateverItsBox) {
   const double nan = std::nan("");
   const double infinity = std::numeric_limits<double>::infinity();
   Observations blocks;
@@ -44,7 +44,7 @@ TEST(LineGrouping, keepsEveryBlockWhateverItsBox) {
   EXPECT_EQ(count, blocks.size());
 }
 
-TEST(TextRecognizerTest, recognisesOnThePoolWithThePresetAndSkipsUnreadBlocks) {
+TEST(TextRecognizerTest, RecognisesOnThePoolWithThePresetAndSkipsUnreadBlocks) {
   const Bitmap picture = test::plainPicture(4, 4, 0, 0, 0);
   const auto engine = std::make_shared<test::FakeTextEngine>();
   const auto dispatch = std::make_shared<ManualDispatch>();

@@ -59,7 +59,7 @@ Platform platform(std::promise<void>& begin, int poolThreads) {
   return parts;
 }
 
-TEST(Concurrency, everyThreadGetsTheAnswersToItsOwnPictures) {
+TEST(Concurrency, EveryThreadGetsTheAnswersToItsOwnPictures) {
   std::promise<void> begin;
   begin.set_value();
   const PravikSDK sdk(platform(begin, 3));
@@ -78,7 +78,7 @@ TEST(Concurrency, everyThreadGetsTheAnswersToItsOwnPictures) {
   }
 }
 
-TEST(Concurrency, callsUnderWayEndThoughTheirSdkIsGone) {
+TEST(Concurrency, CallsUnderWayEndThoughTheirSdkIsGone) {
   constexpr int calls = 50;
   std::promise<void> begin, done;
   const Platform parts = platform(begin, 2);

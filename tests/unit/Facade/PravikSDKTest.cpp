@@ -26,7 +26,7 @@ std::optional<OCRError> errorOf(Task<T> task) {
   return result ? std::nullopt : std::optional(result.error());
 }
 
-TEST(IdentityCardRecognition, readsTheStraightenedPortraitSideWithTheCardPreset) {
+TEST(IdentityCardRecognition, ReadsTheStraightenedPortraitSideWithTheCardPreset) {
   Fixture f;
   f.engine->blocks = portraitSide();
   f.rectangles->rectangles = {{{{0.1, 0.8}, {0.8, 0.9}, {0.2, 0.1}, {0.9, 0.2}}, {0.1, 0.1, 0.8, 0.8}, 0.9F}};
@@ -40,7 +40,7 @@ TEST(IdentityCardRecognition, readsTheStraightenedPortraitSideWithTheCardPreset)
   EXPECT_EQ(f.engine->pictures.at(0).width(), 320);
 }
 
-TEST(IdentityCardRecognition, tellsWhyThereIsNoRecord) {
+TEST(IdentityCardRecognition, TellsWhyThereIsNoRecord) {
   Fixture f;
   EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::insufficientText()) << "no text";
   f.engine->blocks = {test::textBlock("hello", 0.5, 0.5)};
@@ -59,7 +59,7 @@ TEST(IdentityCardRecognition, tellsWhyThereIsNoRecord) {
   EXPECT_EQ(errorOf(f.sdk().recognizeIDCardFront(f.photo)), OCRError::invalidImage()) << "the rendering failed";
 }
 
-TEST(IdentityCardRecognition, withAnEmptyPlatformGivesErrorsAndDoesNotCrash) {
+TEST(IdentityCardRecognition, WithAnEmptyPlatformGivesErrorsAndDoesNotCrash) {
   const Image photo = Fixture{}.photo;
   const PravikSDK sdk{Platform{}};
   EXPECT_EQ(errorOf(sdk.recognizeIDCardFront(photo)), OCRError::invalidImage());
@@ -67,7 +67,7 @@ TEST(IdentityCardRecognition, withAnEmptyPlatformGivesErrorsAndDoesNotCrash) {
   EXPECT_EQ(errorOf(sdk.recognizeCode(photo, OCRScanMode::qrCode))->errorCode(), "recognition_failed");
 }
 
-TEST(CompletionForm, callsBackOnceOnTheMainQueueThoughTheSdkIsGone) {
+TEST(CompletionForm, CallsBackOnceOnTheMainQueueThoughTheSdkIsGone) {
   Fixture f;
   f.engine->blocks = portraitSide();
   const auto dispatch = std::make_shared<ManualDispatch>();
@@ -88,7 +88,7 @@ TEST(CompletionForm, callsBackOnceOnTheMainQueueThoughTheSdkIsGone) {
   EXPECT_EQ(results[firstSucceeded ? 1 : 0].error(), OCRError::invalidImage());
 }
 
-TEST(CodeRecognition, givesTheFirstCodeOfTheModesTypes) {
+TEST(CodeRecognition, GivesTheFirstCodeOfTheModesTypes) {
   Fixture f;
   f.barcodes->codes = {{"https://example.org", {"VNBarcodeSymbologyQR"}, {}}, {"4006381333931", {"other"}, {}}};
   const auto result = syncWait(f.sdk().recognizeCode(f.photo, OCRScanMode::qrCode));
@@ -104,7 +104,23 @@ TEST(CodeRecognition, givesTheFirstCodeOfTheModesTypes) {
   EXPECT_EQ(errorOf(f.sdk().recognizeCode(f.photo, OCRScanMode::qrCode)), OCRError::recognitionFailed("broken"));
 }
 
-TEST(RawText, joinsTheLinesAndIsEmptyWithoutText) {
+TEST(DebugPictures, AreThoseOfEveryStageOfEveryKind) {
+  Fixture f;
+  f.engine->blocks = portraitSide();
+  const auto library = std::make_shared<test::FakePhotoLibrary>();
+  Platform platform = f.makePlatform();
+  platform.photoLibrary = library;
+  const PravikSDK sdk(platform);
+  PravikSDK(sdk).setDebugSaveImagesToAlbum(true);
+  EXPECT_TRUE(sdk.debugSaveImagesToAlbum()) << "a copy is the same instance";
+  static_cast<void>(syncWait(sdk.recognizeIDCardFront(f.photo)));
+  static_cast<void>(syncWait(sdk.recognizeCode(f.photo, OCRScanMode::qrCode)));
+  static_cast<void>(syncWait(sdk.recognizeRawText(f.photo, SceneType::idCard)));
+  EXPECT_EQ(library->labels, (std::vector<std::string>{"身份证-原图", "身份证-自适应预处理", "码-原图", "文字-原图",
+                                                       "文字-自适应预处理"}));
+}
+
+TEST(RawText, JoinsTheLinesAndIsEmptyWithoutText) {
   Fixture f;
   f.engine->blocks = {test::textBlock("b", 0.5, 0.3), test::textBlock("a", 0.2, 0.31), test::textBlock("c", 0.2, 0.6)};
   EXPECT_EQ(syncWait(f.sdk().recognizeRawText(f.photo, SceneType::bankCard)), "a b\nc");

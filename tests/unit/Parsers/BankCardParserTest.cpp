@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "CardPage.h"
 #include "Parsers/BankCardDetails.h"
 #include "Parsers/BankName.h"
+#include "support/CardPage.h"
 #include "support/LogCapture.h"
 
 namespace pravik {
@@ -37,7 +37,9 @@ TEST(BankName, IsFoundInEveryWayThatACardTellsIt) {
   for (const auto& [bank, texts] : std::vector<std::pair<std::optional<std::string>, Texts>>{
            {"中国工商银行",
             {"中國工商銀行", "Industrial and Commercial Bank of China", "INDUSTRIAL AND\nCOMMERCIAL BANK"}},
-           {"中国邮政储蓄银行", {"中国邮政储蓄银行"}},
+           {"中国工商银行", {"INDUSTRIAL AND COMMERCIAL\nBANK OF CHINA"}},
+           {"中国邮政储蓄银行", {"中国邮政储蓄银行", "POSTAL SAVINGS BANK\nOF CHINA"}},
+           {"某某农村信用社", {"某某農村信用社"}},
            {"农村商业银行", {"某某农村商业银行"}},
            {"杭州银行", {"杭州銀行"}},
            {"招商银行", {"www.CMBCHINA.com", "CMB", "MERCHANTS\nCITICS"}},
@@ -59,6 +61,10 @@ TEST(CardType, IsToldByTheTextOrTheNumber) {
            {"信用卡", "6222021234567890128", CardType::credit},
            {"Not Valid Unless Signed", "", CardType::credit},
            {"本卡须签名后使用", "", CardType::credit},
+           {"CREDIT\nUnionPay", "", CardType::credit},
+           {"Rural Credit Cooperative 农村信用社", "", std::nullopt},
+           {"CREDIT\nUNION", "", std::nullopt},
+           {"Credit Co-operative Credit Card", "", CardType::credit},
            {"预付卡", "6222 0212 3456 7890 128", CardType::debit},
            {"礼品卡", "6222021234567894", CardType::prepaid},
            {"金卡", "6222021234567894", std::nullopt},
@@ -70,6 +76,7 @@ TEST(CardholderName, IsInCapitalsAndNoWordOfTheCard) {
   for (const auto& [name, texts] : std::vector<std::pair<std::optional<std::string>, Texts>>{
            {"ZHANG SAN", {"ZHANG SAN", "VALID THRU\nZHANG SAN\nVISA"}},
            {"LI SI MIN", {"LI SI MIN"}},
+           {std::nullopt, {"CCB HN MONTH", "MEMBER SINCE", "QUICK PASS", "ICBC BEIJING"}},
            {std::nullopt, {"CHINA UNIONPAY\nMONTH YEAR", "Zhang San", "ZHANG\nSAN", "Z S", "PLATINUM ZHANG SAN"}},
        })
     for (const std::string& text : texts) EXPECT_EQ(extractCardholderName(text), name) << text;

@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include "CardPage.h"
 #include "Parsers/BINHints.h"
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
+#include "support/CardPage.h"
 #include "support/LogCapture.h"
 
 namespace pravik {
@@ -52,6 +52,9 @@ TEST(CardNumberExtraction, FindsANumberHoweverItWasRead) {
             "候选排序结果: 6222021234567890128 luhn=true"},
            {"fifteen digits", page({"622202123456789"}), "", ""},
            {"twenty digits", page({"6222 0212 3456 7890 1286"}), "", ""},
+           {"a number amid more groups", page({"1228 6222 0212 3456 7894 2031"}), whole, "策略1c(单块正则) 候选卡号: "},
+           {"a number in a row with more groups", row({"6222", "0212", "3456", "7894", "1228", "2031"}), whole,
+            "策略2(位置拼接) 候选卡号: "},
            {"more digits", page({"号6222021234567890128622202123456789401"}), "", ""},
            {"a hotline", page({"客服热线 4008 0012 3456 7890"}), "", ""},
            {"an empty reading", {}, "", ""},
@@ -82,6 +85,8 @@ TEST(CardNumberExtraction, CompletesANumberWithAHint) {
   EXPECT_THAT(log.lines, Contains(HasSubstr("] 检测到 BIN 提示数字: 6222")));
   EXPECT_THAT(log.lines, Contains(HasSubstr("] BIN补全: 补充前缀 '62' → 6222021234567894")));
   EXPECT_EQ(numberIn(page({"9558", "1222021234567894"})), "") << "the hint does not overlap";
+  EXPECT_EQ(numberIn(page({"6222", "2021234567894"})), "") << "the hint overlaps by one digit";
+  EXPECT_EQ(numberIn(page({"6222", "22021234567890"})), "") << "the completed number fails the Luhn check";
 }
 
 TEST(CardNumberExtraction, ReplacesAMisreadBeginningWithAHint) {
@@ -129,7 +134,7 @@ TEST(BINHints, AreGroupsOfFourOrFiveBesideTheNumber) {
   const std::vector<Observations> rows{row({"6222", "0212", "3456", "7890"}), row({" 6222 ", "１２３４５"}),
                                        row({"622848", "12/28", "A123"})};
   EXPECT_THAT(extractBINHints(rows), ElementsAre("6222", "12345"));
-  EXPECT_THAT(plausibleBINHints(Texts{"2026", "6222", "95588", "6222", "8008"}), ElementsAre("6222", "95588"));
+  EXPECT_THAT(plausibleBINHints(Texts{"2026", "6222", "95588", "6222", "8008", "9558"}), ElementsAre("6222", "9558"));
 }
 
 TEST(BINHints, TellWhereAFragmentBegins) {

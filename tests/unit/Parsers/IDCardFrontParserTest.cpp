@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "CardPage.h"
+#include "support/CardPage.h"
 #include "support/LogCapture.h"
 
 namespace pravik {

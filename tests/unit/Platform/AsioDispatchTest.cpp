@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(AsioDispatchTest, keepsTheOrderOfItsQueuesThoughThePoolHasMoreThreads) {
+TEST(AsioDispatchTest, KeepsTheOrderOfItsQueuesThoughThePoolHasMoreThreads) {
   AsioDispatch dispatch(4);
   const auto queue = dispatch.makeSerialQueue("test");
   std::vector<int> onMain, onQueue;
@@ -34,7 +34,7 @@ TEST(AsioDispatchTest, keepsTheOrderOfItsQueuesThoughThePoolHasMoreThreads) {
     EXPECT_TRUE(order.size() == 1000 && std::ranges::is_sorted(order));
 }
 
-TEST(AsioDispatchTest, runsDelayedWorkInTheOrderOfItsTimesUnlessCalledOff) {
+TEST(AsioDispatchTest, RunsDelayedWorkInTheOrderOfItsTimesUnlessCalledOff) {
   AsioDispatch dispatch(1);
   std::vector<int> order;
   std::promise<void> done;
@@ -50,7 +50,7 @@ TEST(AsioDispatchTest, runsDelayedWorkInTheOrderOfItsTimesUnlessCalledOff) {
   EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
-TEST(AsioDispatchTest, canBeLetGoByItsOwnWork) {
+TEST(AsioDispatchTest, CanBeLetGoByItsOwnWork) {
   auto dispatch = std::make_shared<AsioDispatch>(1);
   std::promise<void> released;
   std::promise<void> ran;
@@ -64,7 +64,7 @@ TEST(AsioDispatchTest, canBeLetGoByItsOwnWork) {
   ran.get_future().wait();
 }
 
-TEST(AsioDispatchTest, isOutlivedByItsQueuesButNotByItsWork) {
+TEST(AsioDispatchTest, IsOutlivedByItsQueuesButNotByItsWork) {
   auto dispatch = std::make_unique<AsioDispatch>(1);
   const auto queue = dispatch->makeSerialQueue("test");
   std::promise<void> blocks;

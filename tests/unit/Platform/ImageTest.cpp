@@ -23,7 +23,7 @@ Bitmap letters() {
   return test::greyPicture(3, 2, [](int x, int y) { return "abcdef"[y * 3 + x]; });
 }
 
-TEST(UprightBitmap, turnsEveryOrientationAsTheExifTagSays) {
+TEST(UprightBitmap, TurnsEveryOrientationAsTheExifTagSays) {
   // Stored as abc/def; what stands upright for each value of the tag.
   const std::pair<ImageOrientation, const char*> cases[] = {
       {ImageOrientation::up, "abc/def"},
@@ -39,7 +39,7 @@ TEST(UprightBitmap, turnsEveryOrientationAsTheExifTagSays) {
     EXPECT_EQ(rowsOf(uprightBitmap(letters(), orientation)), expected) << static_cast<int>(orientation);
 }
 
-TEST(BitmapTest, cropsShareThePixelsAndMustLieInside) {
+TEST(BitmapTest, CropsShareThePixelsAndMustLieInside) {
   const Bitmap picture = letters();
   const Bitmap crop = picture.crop({1, 0, 2, 2});
   EXPECT_EQ(rowsOf(crop), "bc/ef");

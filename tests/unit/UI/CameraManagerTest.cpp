@@ -33,7 +33,7 @@ struct Camera {
   }
 };
 
-TEST(CameraManager, setsUpTheSessionOnceOnItsQueue) {
+TEST(CameraManager, SetsUpTheSessionOnceOnItsQueue) {
   Camera c;
   c.manager->configure();
   EXPECT_TRUE(c.session->calls.empty()) << "only on the session's queue";
@@ -49,7 +49,7 @@ TEST(CameraManager, setsUpTheSessionOnceOnItsQueue) {
   EXPECT_EQ(c.manager->previewLayer()->session, c.session);
 }
 
-TEST(CameraManager, leavesNothingToAMainQueueThatRunsNoMore) {
+TEST(CameraManager, LeavesNothingToAMainQueueThatRunsNoMore) {
   Camera c;
   c.run();
   const std::weak_ptr<PreviewView> preview = c.manager->previewLayer();
@@ -57,7 +57,7 @@ TEST(CameraManager, leavesNothingToAMainQueueThatRunsNoMore) {
   EXPECT_TRUE(preview.expired());
 }
 
-TEST(CameraManager, staysWithoutACameraAndSaysSoOnce) {
+TEST(CameraManager, StaysWithoutACameraAndSaysSoOnce) {
   const test::LogCapture log(OCRLogger::Level::warning);
   Camera refused;
   refused.session->acceptsInput = false;
@@ -80,7 +80,7 @@ TEST(CameraManager, staysWithoutACameraAndSaysSoOnce) {
   EXPECT_EQ(log.count("capturePhoto: session 未就绪（模拟器 / 权限未授权），跳过拍照"), 2);
 }
 
-TEST(CameraManager, deliversFramesAndPhotosOfARunningCamera) {
+TEST(CameraManager, DeliversFramesAndPhotosOfARunningCamera) {
   Camera c;
   int frames = 0;
   c.manager->onVideoFrame = [&](const VideoFrame&) {
@@ -107,7 +107,7 @@ TEST(CameraManager, deliversFramesAndPhotosOfARunningCamera) {
   EXPECT_FALSE(c.session->running) << "it stops with its manager";
 }
 
-TEST(CameraManager, looksForTheCodesThatTheCameraOffers) {
+TEST(CameraManager, LooksForTheCodesThatTheCameraOffers) {
   const test::LogCapture log(OCRLogger::Level::debug);
   Camera c;
   c.session->offeredTypes = {{"AVMetadataObjectTypeEAN13Code"}, {"AVMetadataObjectTypeQRCode"}};
@@ -129,7 +129,7 @@ TEST(CameraManager, looksForTheCodesThatTheCameraOffers) {
   EXPECT_EQ(c.codes, (Strings{"QR Code: hello"})) << "only the first object counts";
 }
 
-TEST(CameraManager, setsTorchAndExposureWhereTheDeviceCan) {
+TEST(CameraManager, SetsTorchAndExposureWhereTheDeviceCan) {
   const test::LogCapture log(OCRLogger::Level::debug);
   const Camera c;
   test::FakeCaptureDevice& device = *c.system->device;
@@ -149,7 +149,7 @@ TEST(CameraManager, setsTorchAndExposureWhereTheDeviceCan) {
   EXPECT_FALSE(device.torchOn);
 }
 
-TEST(PreviewView, mapsTheScreenToTheCamerasPicture) {
+TEST(PreviewView, MapsTheScreenToTheCamerasPicture) {
   PreviewView preview;
   EXPECT_EQ(preview.metadataOutputRectOfInterest({0, 0, 10, 10}), Rect{}) << "no picture yet";
   const auto session = std::make_shared<test::FakeCaptureSession>();

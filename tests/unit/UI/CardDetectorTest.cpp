@@ -38,7 +38,7 @@ struct Watch {
   }
 };
 
-TEST(CardDetector, looksAtEveryThirdFrameForTheLargestOutline) {
+TEST(CardDetector, LooksAtEveryThirdFrameForTheLargestOutline) {
   Watch w;
   w.rectangles->rectangles = {{{}, {0, 0, 0.2, 0.4}, 0.9F}, {{}, card, 0.3F}, {{}, {0.4, 0.1, 0.4, 0.5}, 0.9F}};
   for (int i = 0; i < 8; ++i) w.detector->processFrame(w.frame);
@@ -49,7 +49,7 @@ TEST(CardDetector, looksAtEveryThirdFrameForTheLargestOutline) {
   EXPECT_EQ(w.outlines, (std::vector<std::optional<Rect>>{card, card})) << "of equal areas, the first";
 }
 
-TEST(CardDetector, tellsOnceThatACardLiesStill) {
+TEST(CardDetector, TellsOnceThatACardLiesStill) {
   Watch w;
   w.see(7, {card});
   EXPECT_EQ(w.stable, 0);
@@ -67,7 +67,7 @@ TEST(CardDetector, tellsOnceThatACardLiesStill) {
   EXPECT_EQ(w.stable, 2);
 }
 
-TEST(CardDetector, startsToCountAnewWhenTheCardMovesOrIsGone) {
+TEST(CardDetector, StartsToCountAnewWhenTheCardMovesOrIsGone) {
   // These share 4/5 of what they cover together: not more than the threshold.
   constexpr Rect larger{0, 0, 0.625, 1};
   constexpr Rect smaller{0, 0, 0.5, 1};
@@ -89,13 +89,13 @@ TEST(CardDetector, startsToCountAnewWhenTheCardMovesOrIsGone) {
   EXPECT_EQ(w.stable, 2);
 }
 
-TEST(CardDetector, comparesOutlinesByWhatTheyShare) {
+TEST(CardDetector, ComparesOutlinesByWhatTheyShare) {
   EXPECT_EQ(iou({0, 0, 0.25, 0.25}, {0.5, 0.5, 0.25, 0.25}), 0) << "apart";
   EXPECT_EQ(iou({0, 0, 0.5, 1}, {0.25, 0, 0.5, 1}), 1.0 / 3);
   EXPECT_EQ(iou({}, {}), 0);
 }
 
-TEST(CardDetector, dropsAFrameThatCannotBeSearched) {
+TEST(CardDetector, DropsAFrameThatCannotBeSearched) {
   const test::LogCapture log(OCRLogger::Level::debug);
   Watch w;
   w.see(7, {card});
@@ -115,7 +115,7 @@ TEST(CardDetector, dropsAFrameThatCannotBeSearched) {
   EXPECT_EQ(seen, (std::vector<std::optional<Rect>>{std::nullopt}));
 }
 
-TEST(FrameMonitor, mayBeResetWhileFramesArrive) {
+TEST(FrameMonitor, MayBeResetWhileFramesArrive) {
   Watch w;
   w.rectangles->rectangles = {{{}, card, 0.9F}};
   const auto detector = std::make_shared<CardDetector>(w.rectangles, std::make_shared<AsioDispatch>(1));

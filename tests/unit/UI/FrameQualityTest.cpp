@@ -24,7 +24,7 @@ VideoFrame plain(std::uint8_t blue, std::uint8_t green, std::uint8_t red) {
   return {test::plainPicture(100, 100, blue, green, red)};
 }
 
-TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
+TEST(FrameQuality, CountsGlareAndDarknessAtTheirLevels) {
   const std::vector<std::tuple<const char*, VideoFrame, FrameQuality>> cases{
       {"an even grey", plain(grey, grey, grey), {0, 0, 0, true}},
       {"luma 246 is glare", plain(246, 246, 246), {1, 0, 1, false}},
@@ -48,7 +48,7 @@ TEST(FrameQuality, countsGlareAndDarknessAtTheirLevels) {
   for (const auto& [what, frame, expected] : cases) EXPECT_EQ(FrameQuality::analyze(frame), expected) << what;
 }
 
-TEST(FrameQuality, refusesAtItsLimitsAndHintsAboveItsOwn) {
+TEST(FrameQuality, RefusesAtItsLimitsAndHintsAboveItsOwn) {
   // 5 x 4 samples, of which 13 are exactly 65 %.
   const auto ofDarkSamples = [](int count) {
     return FrameQuality::analyze(

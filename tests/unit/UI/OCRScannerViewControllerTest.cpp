@@ -18,7 +18,7 @@ constexpr std::uint8_t glaring = 255;
 constexpr std::uint8_t wellLit = 128;
 const Image picked{.bitmap = test::plainPicture(300, 200, 9, 9, 9)};
 
-TEST(Scanner, takesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
+TEST(Scanner, TakesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
   const LogCapture log(OCRLogger::Level::verbose);
   ScannerScreen s(OCRScanMode::idCardFront);
   EXPECT_TRUE(s.camera->session->running && s.stage->navigationBarHidden);
@@ -53,7 +53,7 @@ TEST(Scanner, takesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
     EXPECT_EQ(log.count(line), 1) << line;
 }
 
-TEST(Scanner, staysInSuccessWhenItIsNotToCloseItself) {
+TEST(Scanner, StaysInSuccessWhenItIsNotToCloseItself) {
   ScannerScreen s(OCRScanMode::idCardFront);
   s.screen().autoDismissOnSuccess = false;
   s.holdStill();
@@ -67,7 +67,7 @@ TEST(Scanner, staysInSuccessWhenItIsNotToCloseItself) {
   EXPECT_EQ(s.stage->screens.size(), 1U);
 }
 
-TEST(Scanner, holdsAGlaringCardBackAndOffersTheButtonAfterFourSeconds) {
+TEST(Scanner, HoldsAGlaringCardBackAndOffersTheButtonAfterFourSeconds) {
   const LogCapture log(OCRLogger::Level::debug);
   ScannerScreen s(OCRScanMode::idCardFront);
   s.holdStill(glaring);
@@ -93,7 +93,7 @@ TEST(Scanner, holdsAGlaringCardBackAndOffersTheButtonAfterFourSeconds) {
   EXPECT_EQ(s.reports(), (Strings{"front 张三"}));
 }
 
-TEST(Scanner, blamesDarknessOnTheRowInTheLog) {
+TEST(Scanner, BlamesDarknessOnTheRowInTheLog) {
   const LogCapture log(OCRLogger::Level::debug);
   ScannerScreen s(OCRScanMode::idCardFront);
   s.holdStill(0);
@@ -104,7 +104,7 @@ TEST(Scanner, blamesDarknessOnTheRowInTheLog) {
   EXPECT_EQ(s.overlay().hintLabel()->text, "将身份证人像面对准此区域");
 }
 
-TEST(Scanner, measuresEveryTenthFrame) {
+TEST(Scanner, MeasuresEveryTenthFrame) {
   ScannerScreen s;
   s.present(OCRScanMode::idCardFront, true);
   s.frames(9, glaring);
@@ -117,7 +117,7 @@ TEST(Scanner, measuresEveryTenthFrame) {
   EXPECT_EQ(s.stage->crossDissolves.size(), 1U);
 }
 
-TEST(Scanner, offersTheButtonWhenNoCardIsSeenForThreeSeconds) {
+TEST(Scanner, OffersTheButtonWhenNoCardIsSeenForThreeSeconds) {
   const LogCapture log(OCRLogger::Level::debug);
   ScannerScreen s(OCRScanMode::idCardFront);
   s.dispatch->advance(10s);
@@ -141,7 +141,7 @@ TEST(Scanner, offersTheButtonWhenNoCardIsSeenForThreeSeconds) {
   EXPECT_FALSE(s.offersManualCapture()) << "the photo was taken without it";
 }
 
-TEST(Scanner, triesAgainOnceAndThenGivesUp) {
+TEST(Scanner, TriesAgainOnceAndThenGivesUp) {
   const LogCapture log(OCRLogger::Level::warning);
   ScannerScreen s(OCRScanMode::idCardFront);
   s.engine->blocks.clear();
@@ -161,7 +161,7 @@ TEST(Scanner, triesAgainOnceAndThenGivesUp) {
   EXPECT_EQ(log.count("识别失败 (2/2): 未能从图像中提取到足够的文字信息"), 1);
 }
 
-TEST(Scanner, countsAPhotoThatFailedOrHasNoPixels) {
+TEST(Scanner, CountsAPhotoThatFailedOrHasNoPixels) {
   const LogCapture log(OCRLogger::Level::error);
   ScannerScreen s(OCRScanMode::idCardBack);
   s.camera->session->photos = {{std::nullopt, "busy"}, {Image{}, std::nullopt}};
@@ -172,7 +172,7 @@ TEST(Scanner, countsAPhotoThatFailedOrHasNoPixels) {
   EXPECT_EQ(s.reports(), (Strings{"invalid_image"}));
 }
 
-TEST(Scanner, savesABankCardByWhatItsPhotosGiveTogether) {
+TEST(Scanner, SavesABankCardByWhatItsPhotosGiveTogether) {
   const LogCapture log(OCRLogger::Level::info);
   ScannerScreen s(OCRScanMode::bankCard);
   s.engine->blocks = {test::textBlock("银联", 0.3, 0.2), test::textBlock("6222 0212 3456", 0.4, 0.5),
@@ -194,7 +194,7 @@ TEST(Scanner, savesABankCardByWhatItsPhotosGiveTogether) {
   EXPECT_EQ(s.reports(), (Strings{"insufficient_text"}));
 }
 
-TEST(Scanner, readsTheFirstCodeFromTheLivePicture) {
+TEST(Scanner, ReadsTheFirstCodeFromTheLivePicture) {
   const LogCapture log(OCRLogger::Level::info);
   ScannerScreen s(OCRScanMode::qrCode);
   EXPECT_EQ(s.camera->session->types, (std::vector<MetadataObjectType>{{"AVMetadataObjectTypeQRCode"}}));
@@ -219,7 +219,7 @@ TEST(Scanner, readsTheFirstCodeFromTheLivePicture) {
   EXPECT_EQ(s.listener->reports, (Strings{"code first", "code first", "code second"}));
 }
 
-TEST(Scanner, returnsToTheCameraWhenAPickedPictureIsNotRecognised) {
+TEST(Scanner, ReturnsToTheCameraWhenAPickedPictureIsNotRecognised) {
   ScannerScreen s(OCRScanMode::idCardFront);
   s.frames(3);
   s.engine->blocks.clear();
@@ -234,7 +234,7 @@ TEST(Scanner, returnsToTheCameraWhenAPickedPictureIsNotRecognised) {
   }
 }
 
-TEST(Scanner, tellsThatTheCameraMayNotBeUsedAndAsksForIt) {
+TEST(Scanner, TellsThatTheCameraMayNotBeUsedAndAsksForIt) {
   const LogCapture log(OCRLogger::Level::warning);
   for (const auto status : {CameraAuthorizationStatus::denied, CameraAuthorizationStatus::restricted,
                             CameraAuthorizationStatus::notDetermined}) {
@@ -261,7 +261,7 @@ TEST(Scanner, tellsThatTheCameraMayNotBeUsedAndAsksForIt) {
   EXPECT_EQ(log.count("相机权限未授权"), 3);
 }
 
-TEST(Scanner, lightsTheTorchAndClosesOnRequestOnceTheCameraIsAllowed) {
+TEST(Scanner, LightsTheTorchAndClosesOnRequestOnceTheCameraIsAllowed) {
   ScannerScreen s;
   s.camera->status = CameraAuthorizationStatus::notDetermined;
   s.present(OCRScanMode::bankCard);
@@ -300,7 +300,7 @@ const std::pair<const char*, void (*)(ScannerScreen&)> progresses[] = {
     {"given up", [](ScannerScreen& s) { s.engine->blocks.clear(), s.holdStill(), s.holdStill(); }},
 };
 
-TEST(Scanner, goesAtAnyTimeQuietlyWithItsHostOrWithOneCancelByItsUser) {
+TEST(Scanner, GoesAtAnyTimeQuietlyWithItsHostOrWithOneCancelByItsUser) {
   for (const auto& [what, bring] : progresses) {
     for (const bool isClosed : {false, true}) {
       SCOPED_TRACE(testing::Message() << what << isClosed);
@@ -319,7 +319,7 @@ TEST(Scanner, goesAtAnyTimeQuietlyWithItsHostOrWithOneCancelByItsUser) {
   }
 }
 
-TEST(Scanner, survivesAListenerThatGoesOrThrows) {
+TEST(Scanner, SurvivesAListenerThatGoesOrThrows) {
   const LogCapture log(OCRLogger::Level::error);
   for (const bool throws : {false, true}) {
     ScannerScreen s(OCRScanMode::idCardFront);
@@ -333,7 +333,7 @@ TEST(Scanner, survivesAListenerThatGoesOrThrows) {
   EXPECT_EQ(log.count("回调抛出异常: the host is broken"), 1);
 }
 
-TEST(Scanner, makesDoWithAnEmptyPlatform) {
+TEST(Scanner, MakesDoWithAnEmptyPlatform) {
   ScannerScreen s;
   s.platform = {};
   EXPECT_THROW(OCRScannerViewController(OCRScanMode::bankCard, false, *s.sdk, s.platform), std::invalid_argument);

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "RunWithCompletion.h"
+#include "Async/RunWithCompletion.h"
 #include "ScannerScreen.h"
 
 namespace pravik {
@@ -27,7 +27,7 @@ Result<T> answerOf(const Phone& phone, const std::shared_ptr<std::vector<Result<
   return answers->at(0);
 }
 
-TEST(ScanOperation, givesTheRecordOfItsKind) {
+TEST(ScanOperation, GivesTheRecordOfItsKind) {
   Phone phone;
   phone.scriptPhotos(3);
   const auto front = start(phone, phone.sdk->scanIDCardFront(phone.stage));
@@ -53,7 +53,7 @@ TEST(ScanOperation, givesTheRecordOfItsKind) {
   EXPECT_FALSE(code->front()->capturedImage);
 }
 
-TEST(ScanOperation, throwsTheCancelOrThatThereIsNoStage) {
+TEST(ScanOperation, ThrowsTheCancelOrThatThereIsNoStage) {
   Phone phone;
   const auto cancelled = start(phone, phone.sdk->scanBankCard(phone.stage));
   phone.stage->screens.back()->view().touch({20, 60});
@@ -63,7 +63,7 @@ TEST(ScanOperation, throwsTheCancelOrThatThereIsNoStage) {
   EXPECT_EQ(answerOf(phone, nowhere).error().errorCode(), "recognition_failed");
 }
 
-TEST(ScanOperation, answersOnceThoughTheScreenReportsTwice) {
+TEST(ScanOperation, AnswersOnceThoughTheScreenReportsTwice) {
   Phone phone;
   phone.camera->status = CameraAuthorizationStatus::denied;
   const auto refused = start(phone, phone.sdk->scanIDCardFront(phone.stage));
@@ -73,7 +73,7 @@ TEST(ScanOperation, answersOnceThoughTheScreenReportsTwice) {
   EXPECT_TRUE(phone.stage->screens.empty());
 }
 
-TEST(ScanOperation, isCancelledWhenItsScreenGoesWithoutAWord) {
+TEST(ScanOperation, IsCancelledWhenItsScreenGoesWithoutAWord) {
   Phone phone;
   phone.scriptPhotos(1);
   const auto screenGone = start(phone, phone.sdk->scanBankCard(phone.stage));
@@ -82,7 +82,7 @@ TEST(ScanOperation, isCancelledWhenItsScreenGoesWithoutAWord) {
   EXPECT_EQ(answerOf(phone, screenGone).error(), OCRError::cancelled());
 }
 
-TEST(CameraPermission, isAskedForOnlyWhenItIsUndecided) {
+TEST(CameraPermission, IsAskedForOnlyWhenItIsUndecided) {
   using enum CameraAuthorizationStatus;
   Phone phone;
   for (const auto status : {restricted, denied, authorized}) {

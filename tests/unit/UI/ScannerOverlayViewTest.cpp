@@ -28,7 +28,7 @@ struct Overlay {
   }
 };
 
-TEST(ScannerOverlayView, showsWhereToHoldWhat) {
+TEST(ScannerOverlayView, ShowsWhereToHoldWhat) {
   constexpr Rect card{30, 240, 340, 340 / 1.586};
   const std::vector<std::tuple<OCRScanMode, const char*, Rect>> modes{
       {OCRScanMode::bankCard, "将银行卡正面对准此区域", card},
@@ -43,14 +43,14 @@ TEST(ScannerOverlayView, showsWhereToHoldWhat) {
   }
 }
 
-TEST(ScannerOverlayView, takesTouchesOnItsButtonsOnly) {
+TEST(ScannerOverlayView, TakesTouchesOnItsButtonsOnly) {
   const Overlay o;
   EXPECT_EQ(o.view->hitTest({200, 400}), nullptr) << "what is no button is left to the views below";
   o.view->albumButton()->frame = o.view->closeButton()->frame;
   EXPECT_EQ(o.view->hitTest({20, 60}), o.view->closeButton().get()) << "the first of those that share a place";
 }
 
-TEST(ScannerOverlayView, showsEachStateInItsColourAndWords) {
+TEST(ScannerOverlayView, ShowsEachStateInItsColourAndWords) {
   const std::vector<std::tuple<ScanState, Color, const char*, bool>> cases{
       {{Kind::searching}, {0, 0.478, 1}, "", false},
       {{Kind::detected}, systemGreen, "请保持不动...", false},
@@ -72,7 +72,7 @@ TEST(ScannerOverlayView, showsEachStateInItsColourAndWords) {
   }
 }
 
-TEST(ScannerOverlayView, searchesAgainTwoSecondsAfterAFailureWhateverCameBetween) {
+TEST(ScannerOverlayView, SearchesAgainTwoSecondsAfterAFailureWhateverCameBetween) {
   const Overlay o;
   o.view->setState(ScanState::failed("再试一次"));
   o.dispatch->advance(1s);
@@ -83,7 +83,7 @@ TEST(ScannerOverlayView, searchesAgainTwoSecondsAfterAFailureWhateverCameBetween
   EXPECT_EQ(o.view->state(), ScanState{});
 }
 
-TEST(ScannerOverlayView, movesTheScanLineUntilItIsHidden) {
+TEST(ScannerOverlayView, MovesTheScanLineUntilItIsHidden) {
   const Overlay o;
   const Rect cutout = o.view->cutoutRect();
   o.view->startScanLineAnimation();
@@ -101,7 +101,7 @@ TEST(ScannerOverlayView, movesTheScanLineUntilItIsHidden) {
   EXPECT_TRUE(unplaced->scanLineView()->isHidden);
 }
 
-TEST(ScannerOverlayView, drawsTheOutlineInThePointsOfTheScreen) {
+TEST(ScannerOverlayView, DrawsTheOutlineInThePointsOfTheScreen) {
   const Overlay o;
   o.view->highlightDetectedRect(Rect{0.25, 0.5, 0.5, 0.25}, {10, 20, 400, 800});
   EXPECT_EQ(o.view->detectedRectLayer()->path, (Path{RoundedRect{{110, 220, 200, 200}, 6}}));
@@ -110,7 +110,7 @@ TEST(ScannerOverlayView, drawsTheOutlineInThePointsOfTheScreen) {
   EXPECT_TRUE(o.view->detectedRectLayer()->isHidden);
 }
 
-TEST(ScannerOverlayView, offersManualCaptureAndTakesItBack) {
+TEST(ScannerOverlayView, OffersManualCaptureAndTakesItBack) {
   const Overlay o;
   const Button& button = *o.view->manualCaptureButton();
   EXPECT_TRUE(button.isHidden);

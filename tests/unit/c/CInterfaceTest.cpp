@@ -71,7 +71,7 @@ int linesWith(const Lines& lines, const std::string& text) {
       std::ranges::count_if(lines, [&](const auto& line) { return line.find(text) != std::string::npos; }));
 }
 
-TEST(CInterface, answersWhatIsWrong) {
+TEST(CInterface, AnswersWhatIsWrong) {
   const Handle handle = ::handle();
   const Handle elsewhere{pravik_create("no/such/folder\xFF", 1), pravik_destroy};
   pravik_handle* h = handle.get();
@@ -121,7 +121,7 @@ TEST(CInterface, answersWhatIsWrong) {
   EXPECT_EQ(pravik_set_log(h, 6, collect, nullptr), PRAVIK_INVALID_ARGUMENT);
 }
 
-TEST(CInterface, tellsOfALackOfMemory) {
+TEST(CInterface, TellsOfALackOfMemory) {
   const std::string text = '"' + std::string(100'000, 'a');
   largestAllocation = 10'000;
   const CallResult result = owned(pravik_parse(PRAVIK_ID_FRONT, text.c_str()));
@@ -129,7 +129,7 @@ TEST(CInterface, tellsOfALackOfMemory) {
   EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_INTERNAL_ERROR) << pravik_result_json(result.get());
 }
 
-TEST(CInterface, aHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
+TEST(CInterface, AHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
   constexpr int calls = 3;
   const Handle codes = handle(), cards = handle(), silent = handle();
   Lines codeLines, cardLines;
@@ -157,7 +157,7 @@ TEST(CInterface, aHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST(CInterface, handlesComeAndGoOnManyThreads) {
+TEST(CInterface, HandlesComeAndGoOnManyThreads) {
   const Handle shared = handle();
   const auto work = [&](int thread) {
     for (int round = 0; round < 3; ++round) {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "PravikVersion.h"
+#include "Records/PravikVersion.h"
 #include "Utils/Text.h"
 #include "unit/cli/CommandRun.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-TEST(CommandLine, wrongUsageEndsWithStatusTwoAndAWordOnTheErrorStream) {
+TEST(CommandLine, WrongUsageEndsWithStatusTwoAndAWordOnTheErrorStream) {
   const std::pair<std::string, Words> commandsAndMistakes[] = {
       {"", {"", "fly", "id-front", "parse", "parse passport", "stats a.jpg b.jpg", "scan", "scan --mode bankCard"}},
       {"id-front a.jpg ", {"--format xml", "--jobs 0", "--jobs many", "--threads -1", "--log-level loud"}},
@@ -29,7 +29,7 @@ TEST(CommandLine, wrongUsageEndsWithStatusTwoAndAWordOnTheErrorStream) {
     }
 }
 
-TEST(CommandLine, helpAndVersionSucceed) {
+TEST(CommandLine, HelpAndVersionSucceed) {
   CommandRun command;
   for (const Words& words : std::vector<Words>{{"--help"}, {"id-front", "--help"}, {"parse", "id-back", "--help"}}) {
     EXPECT_EQ(command(words), 0) << testing::PrintToString(words);
@@ -39,7 +39,7 @@ TEST(CommandLine, helpAndVersionSucceed) {
   EXPECT_EQ(command.out, "pravik " + PravikVersion::fullDescription() + "\n");
 }
 
-TEST(CommandLine, optionsMayStandBeforeTheCommandOrBehindIt) {
+TEST(CommandLine, OptionsMayStandBeforeTheCommandOrBehindIt) {
   for (const Words& words : std::vector<Words>{{"--format", "jsonl", "--models", "m", "code", "a.jpg"},
                                                {"code", "a.jpg", "--format", "jsonl", "--models", "m"}}) {
     CommandRun command;
@@ -49,7 +49,7 @@ TEST(CommandLine, optionsMayStandBeforeTheCommandOrBehindIt) {
   }
 }
 
-TEST(CommandLine, theLogGoesToTheErrorStreamAndEndsWithTheCommand) {
+TEST(CommandLine, TheLogGoesToTheErrorStreamAndEndsWithTheCommand) {
   CommandRun command;
   command({"--log-level", "info", "code", "a.jpg", "--format", "jsonl"});
   EXPECT_NE(command.err.find("[Pravik]"), std::string::npos);
@@ -57,7 +57,7 @@ TEST(CommandLine, theLogGoesToTheErrorStreamAndEndsWithTheCommand) {
   EXPECT_EQ(OCRLogger::level(), OCRLogger::Level::none);
 }
 
-TEST(CommandLine, anOutputThatTakesNothingIsAnError) {
+TEST(CommandLine, AnOutputThatTakesNothingIsAnError) {
   CommandRun command;
   command.outputFails = true;
   EXPECT_EQ(command({"code", "--format", "jsonl", "a.jpg"}), usageError);

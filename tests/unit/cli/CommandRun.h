@@ -34,7 +34,7 @@ struct CommandRun : test::FakeParts {
   std::vector<std::string> missing, broken;
   bool showsProgress = false;
   bool outputFails = false;
-  std::atomic<bool> stop{false};
+  std::stop_source stop;
   /// What the platform was made with.
   DefaultPlatformOptions options;
   std::string out, err;
@@ -56,7 +56,7 @@ struct CommandRun : test::FakeParts {
                                    .missingModels = [this](const std::filesystem::path&) { return missing; },
                                    .brokenModels = [this](const std::filesystem::path&) { return broken; },
                                    .showsProgress = showsProgress,
-                                   .stop = &stop});
+                                   .stop = stop.get_token()});
     out = outStream.str();
     err = errStream.str();
     return status;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Utils/Text.h"
+#include "backends/json/ObservationsJson.h"
 #include "unit/cli/CommandRun.h"
 
 namespace pravik::cli {
@@ -17,7 +18,7 @@ std::string line(const std::vector<std::string>& blocks) {
 
 const std::string portrait = line({block("姓名 张三", "0.8"), block("公民身份号码 11010119900307123X", "0.1")});
 
-TEST(ParseCommand, answersEachLineInOrder) {
+TEST(ParseCommand, AnswersEachLineInOrder) {
   CommandRun command;
   command.input = portrait + "\n" + line({}) + "\n" + portrait + "\n";
   EXPECT_EQ(command({"parse", "id-front", "--format", "jsonl"}), someNotRecognized);
@@ -28,7 +29,7 @@ TEST(ParseCommand, answersEachLineInOrder) {
   EXPECT_EQ(lines[2], lines[0]);
 }
 
-TEST(ParseCommand, readsOneObjectOverSeveralLinesFromAFile) {
+TEST(ParseCommand, ReadsOneObjectOverSeveralLinesFromAFile) {
   const TemporaryFolder folder;
   const std::string spread = replacingAll(portrait, ",", ",\n");
   CommandRun command;
@@ -36,7 +37,7 @@ TEST(ParseCommand, readsOneObjectOverSeveralLinesFromAFile) {
   EXPECT_EQ(Json::parse(command.out).at(0)["result"]["idNumber"], "11010119900307123X");
 }
 
-TEST(ParseCommand, aFileThatCannotBeReadIsAnError) {
+TEST(ParseCommand, AFileThatCannotBeReadIsAnError) {
   const TemporaryFolder folder;
   for (const std::string& file : {std::string("no/such/file"), folder.path().string()}) {
     CommandRun command;
@@ -45,7 +46,7 @@ TEST(ParseCommand, aFileThatCannotBeReadIsAnError) {
   }
 }
 
-TEST(ParseCommand, aLineThatIsNoSuchObjectIsAnsweredAndTheRunGoesOn) {
+TEST(ParseCommand, ALineThatIsNoSuchObjectIsAnsweredAndTheRunGoesOn) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"", "unexpected end"},
       {"hello", "not valid JSON"},
@@ -88,7 +89,26 @@ TEST(ParseCommand, aLineThatIsNoSuchObjectIsAnsweredAndTheRunGoesOn) {
   EXPECT_TRUE(lines.back().contains("result"));
 }
 
-TEST(ParseCommand, unusualTextAndBoxesOverTheEdgeByARoundingErrorAreRead) {
+TEST(ParseCommand, NumbersALittleOutsideTheirRangeAreMovedToItsEnd) {
+  const auto observed = [](double confidence, double x, double y, double width, double height) {
+    const auto observations =
+        parseObservations(Json{{"observations",
+                                {{{"text", "a"},
+                                  {"confidence", confidence},
+                                  {"boundingBox", {{"x", x}, {"y", y}, {"width", width}, {"height", height}}}}}}}
+                              .dump());
+    return observations.value_or(Observations{});
+  };
+  EXPECT_EQ(observed(1.02, -0.03125, -0.03125, 1.0625, 0.53125), (Observations{{"a", 1, {0, 0, 1, 0.5}}}));
+  EXPECT_EQ(observed(-0.01, 0.75, 0.5, 0.28, 0.54), (Observations{{"a", 0, {0.75, 0.5, 0.25, 0.5}}}));
+  EXPECT_EQ(observed(0.5, 1.01, 0.125, 0.02, 0.25), (Observations{{"a", 0.5F, {1, 0.125, 0, 0.25}}}));
+  EXPECT_EQ(observed(0.5, 0.3, 0.1, 0.6, 0.3), (Observations{{"a", 0.5F, {0.3, 0.1, 0.6, 0.3}}})) << "to the last bit";
+  EXPECT_TRUE(observed(1.1, 0, 0, 1, 1).empty());
+  EXPECT_TRUE(observed(1, 0, 0.5, 1, 0.6).empty());
+  EXPECT_TRUE(observed(1, 0.5, 0, -0.01, 1).empty());
+}
+
+TEST(ParseCommand, UnusualTextAndBoxesOverTheEdgeByARoundingErrorAreRead) {
   for (const std::string& unusual :
        {block(std::string(1'000'000, '1'), "0.5"), block("姓名 𠮷野\u0301", "0.5"), block("👨‍👩‍👧", "0.5"),
         block("\\u0000", "0.5"),
@@ -101,7 +121,7 @@ TEST(ParseCommand, unusualTextAndBoxesOverTheEdgeByARoundingErrorAreRead) {
   }
 }
 
-TEST(SceneCommand, acceptsOrTellsWhatTheTextIs) {
+TEST(SceneCommand, AcceptsOrTellsWhatTheTextIs) {
   CommandRun command;
   command.input = portrait + "\n" + line({block("VALID THRU", "0.5")}) + "\nnonsense\n";
   EXPECT_EQ(command({"scene", "idCardFront", "--format", "jsonl"}), someNotRecognized);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "unit/cli/CommandRun.h"
 
@@ -9,7 +11,7 @@ namespace {
 
 using test::textBlock;
 
-TEST(PictureCommands, aPictureIsAnsweredWithItsRecordAndItsChecks) {
+TEST(PictureCommands, APictureIsAnsweredWithItsRecordAndItsChecks) {
   const struct {
     std::string kind;
     std::vector<RecognizedText> blocks;
@@ -35,7 +37,7 @@ TEST(PictureCommands, aPictureIsAnsweredWithItsRecordAndItsChecks) {
   }
 }
 
-TEST(PictureCommands, theStageOfABankCardIsToldWhenAsked) {
+TEST(PictureCommands, TheStageOfABankCardIsToldWhenAsked) {
   CommandRun command;
   command.engine->script = {{}, {textBlock("6222 0212 3456 7894", 0.5, 0.5)}};
   const std::string folder = TemporaryFolder().path().string();
@@ -44,7 +46,7 @@ TEST(PictureCommands, theStageOfABankCardIsToldWhenAsked) {
   EXPECT_FALSE(command.options.photoFolder.empty());
 }
 
-TEST(PictureCommands, severalPhotosOfOneBankCardGiveOneAnswer) {
+TEST(PictureCommands, SeveralPhotosOfOneBankCardGiveOneAnswer) {
   using Blocks = std::vector<RecognizedText>;
   const Blocks doubtful{textBlock("6222 0212 3456 7890", 0.5, 0.5)};
   const Blocks good{textBlock("6222 0212 3456 7894", 0.5, 0.5)};
@@ -71,7 +73,7 @@ TEST(PictureCommands, severalPhotosOfOneBankCardGiveOneAnswer) {
   EXPECT_EQ(fused["checks"]["luhn"], true);
 }
 
-TEST(PictureCommands, answersKeepTheOrderOfTheFilesWhenSeveralAreReadAtOnce) {
+TEST(PictureCommands, AnswersKeepTheOrderOfTheFilesWhenSeveralAreReadAtOnce) {
   CommandRun command;
   command.barcodes->codes = {{"1", {"VNBarcodeSymbologyQR"}, {}}};
   std::vector<std::string> words{"code", "--jobs", "4", "--threads", "3", "--format", "json"};
@@ -83,7 +85,7 @@ TEST(PictureCommands, answersKeepTheOrderOfTheFilesWhenSeveralAreReadAtOnce) {
   EXPECT_EQ(command.options.threads, 3);
 }
 
-TEST(PictureCommands, theStandardInputIsAPictureToo) {
+TEST(PictureCommands, TheStandardInputIsAPictureToo) {
   CommandRun command;
   command.barcodes->codes = {{"1", {"VNBarcodeSymbologyQR"}, {}}};
   command.input = "bytes";
@@ -93,7 +95,7 @@ TEST(PictureCommands, theStandardInputIsAPictureToo) {
   EXPECT_EQ(command.lines().at(0)["error"]["context"]["reason"], "the file is empty");
 }
 
-TEST(PictureCommands, modelsThatAreNotNeededMayBeMissingOrBroken) {
+TEST(PictureCommands, ModelsThatAreNotNeededMayBeMissingOrBroken) {
   CommandRun command;
   command.missing = {"rec.onnx: no such file"};
   EXPECT_EQ(command({"id-front", "a.jpg"}), incompleteInstallation);
@@ -103,14 +105,28 @@ TEST(PictureCommands, modelsThatAreNotNeededMayBeMissingOrBroken) {
   EXPECT_NE(command({"id-front", "a.jpg"}), incompleteInstallation) << "the engine did not complain";
 }
 
-TEST(PictureCommands, aStoppedBatchWritesWholeAnswersAndSaysThatItWasStopped) {
+TEST(PictureCommands, APictureForWhichThereIsNoMemoryIsAnErrorAndTheNextOneIsRead) {
   CommandRun command;
-  command.stop = true;
+  command.engine->blocks = portraitSide();
+  command.renderer->rendered = [first = true](const Bitmap& bitmap) mutable -> std::optional<Bitmap> {
+    if (std::exchange(first, false)) throw std::bad_alloc();
+    return bitmap;
+  };
+  EXPECT_EQ(command({"id-front", "--format", "jsonl", "a.jpg", "b.jpg"}), someNotRecognized);
+  const auto lines = command.lines();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0]["error"]["message"], "文字识别失败：内存不足");
+  EXPECT_TRUE(lines[1].contains("result"));
+}
+
+TEST(PictureCommands, AStoppedBatchWritesWholeAnswersAndSaysThatItWasStopped) {
+  CommandRun command;
+  command.stop.request_stop();
   EXPECT_EQ(command({"code", "--format", "json", "a.jpg", "b.jpg"}), interrupted);
   EXPECT_EQ(command.out, "[]\n");
 }
 
-TEST(PictureCommands, progressIsShownOnATerminalOnly) {
+TEST(PictureCommands, ProgressIsShownOnATerminalOnly) {
   for (const bool terminal : {true, false}) {
     CommandRun command;
     command.showsProgress = terminal;
@@ -119,7 +135,7 @@ TEST(PictureCommands, progressIsShownOnATerminalOnly) {
   }
 }
 
-TEST(Annotation, writesAPictureForEachInputThatWasReadUnderANameOfItsOwn) {
+TEST(Annotation, WritesAPictureForEachInputThatWasReadUnderANameOfItsOwn) {
   const TemporaryFolder folder;
   CommandRun command;
   command.engine->blocks = portraitSide();
@@ -132,7 +148,7 @@ TEST(Annotation, writesAPictureForEachInputThatWasReadUnderANameOfItsOwn) {
   EXPECT_EQ(names, (std::vector<std::string>{"a-annotated-2.jpg", "a-annotated.jpg", "b-annotated.jpg"}));
 }
 
-TEST(Annotation, aFolderThatCannotBeWrittenIsSaidBeforeTheWorkStarts) {
+TEST(Annotation, AFolderThatCannotBeWrittenIsSaidBeforeTheWorkStarts) {
   const TemporaryFolder folder;
   const std::string file = folder.write("file", "in the way");
   CommandRun command;
@@ -142,14 +158,14 @@ TEST(Annotation, aFolderThatCannotBeWrittenIsSaidBeforeTheWorkStarts) {
   EXPECT_TRUE(command.engine->requests.empty());
 }
 
-TEST(Quality, tellsHowTheScannerWouldJudgeTheFrame) {
+TEST(Quality, TellsHowTheScannerWouldJudgeTheFrame) {
   CommandRun command;
   EXPECT_EQ(command({"quality", "--format", "jsonl", "a.jpg"}), 0);
   const Json result = command.lines().at(0)["result"];
   EXPECT_EQ(result["isGoodForCapture"], result["qualityHint"].is_null()) << result;
 }
 
-TEST(Stats, showsTheMeasuresAndBothEnhancements) {
+TEST(Stats, ShowsTheMeasuresAndBothEnhancements) {
   CommandRun command;
   EXPECT_EQ(command({"stats", "--format", "jsonl", "a.jpg"}), 0);
   const Json result = command.lines().at(0)["result"];

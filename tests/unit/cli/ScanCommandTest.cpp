@@ -46,7 +46,7 @@ class ScanCommand : public testing::Test {
   int status_ = -1;
 };
 
-TEST_F(ScanCommand, aCardHeldStillIsPhotographedAndRead) {
+TEST_F(ScanCommand, ACardHeldStillIsPhotographedAndRead) {
   showCard();
   command_.engine->blocks = portraitSide();
   const std::string file = clip({{30, mid}});
@@ -72,7 +72,7 @@ TEST_F(ScanCommand, aCardHeldStillIsPhotographedAndRead) {
   EXPECT_EQ(inRealTime.back()["result"], last["result"]);
 }
 
-TEST_F(ScanCommand, aTableTellsEachEventOnALineAndThenTheRecord) {
+TEST_F(ScanCommand, ATableTellsEachEventOnALineAndThenTheRecord) {
   showCard();
   command_.engine->blocks = portraitSide();
   EXPECT_EQ(command_({"scan", clip({{30, mid}}), "--mode", "idCardFront"}), allRecognized);
@@ -83,7 +83,7 @@ TEST_F(ScanCommand, aTableTellsEachEventOnALineAndThenTheRecord) {
     EXPECT_THAT(command_.out, HasSubstr(line));
 }
 
-TEST_F(ScanCommand, glareHoldsTheCardBackUntilItGoesAndTheButtonIsTapped) {
+TEST_F(ScanCommand, GlareHoldsTheCardBackUntilItGoesAndTheButtonIsTapped) {
   showCard();
   command_.engine->blocks = portraitSide();
   const std::string file = clip({{40, bright}, {40, mid}});
@@ -100,7 +100,7 @@ TEST_F(ScanCommand, glareHoldsTheCardBackUntilItGoesAndTheButtonIsTapped) {
   EXPECT_EQ(untouched.back()["error"]["code"], "no_record");
 }
 
-TEST_F(ScanCommand, theSecondFailureEndsTheScanWithItsError) {
+TEST_F(ScanCommand, TheSecondFailureEndsTheScanWithItsError) {
   showCard();
   const std::vector<Json> events = scan(clip({{60, mid}}), "idCardFront");
   EXPECT_EQ(status_, someNotRecognized);
@@ -113,7 +113,7 @@ TEST_F(ScanCommand, theSecondFailureEndsTheScanWithItsError) {
   EXPECT_EQ(status_, incompleteInstallation);
 }
 
-TEST_F(ScanCommand, codesAreReadWithoutModels) {
+TEST_F(ScanCommand, CodesAreReadWithoutModels) {
   command_.missing = {"det.onnx: no such file"};
   command_.barcodes->codes = {{"hello", {"VNBarcodeSymbologyQR"}, {}}};
   const std::string file = clip({{10, mid}});
@@ -126,7 +126,7 @@ TEST_F(ScanCommand, codesAreReadWithoutModels) {
   EXPECT_EQ(status_, incompleteInstallation);
 }
 
-TEST_F(ScanCommand, theEndOfTheVideoOrOfTheTimeEndsAScanThatHasReadNothing) {
+TEST_F(ScanCommand, TheEndOfTheVideoOrOfTheTimeEndsAScanThatHasReadNothing) {
   const std::string file = clip({{10, mid}});
   const struct {
     Words more;
@@ -147,15 +147,15 @@ TEST_F(ScanCommand, theEndOfTheVideoOrOfTheTimeEndsAScanThatHasReadNothing) {
   EXPECT_TRUE(scan(clip({{24, mid}}), "idCardFront").back().contains("result"));
 }
 
-TEST_F(ScanCommand, anInterruptedScanStops) {
-  command_.stop = true;
+TEST_F(ScanCommand, AnInterruptedScanStops) {
+  command_.stop.request_stop();
   for (const Words& more : std::vector<Words>{{}, {"--realtime"}}) {
     scan(clip({{10, mid}}), "qrCode", more);
     EXPECT_EQ(status_, interrupted);
   }
 }
 
-TEST_F(ScanCommand, aSourceThatCannotBeScannedIsAnsweredWithTheReason) {
+TEST_F(ScanCommand, ASourceThatCannotBeScannedIsAnsweredWithTheReason) {
   // Why a source cannot be used is the camera's to say.
   const std::vector<std::pair<std::string, std::string>> cases{
       {"981", "no such camera"},

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <exception>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -12,9 +13,8 @@
 #include "backends/onnxruntime/ReadingOrder.h"
 #include "backends/onnxruntime/ReadingText.h"
 #include "backends/onnxruntime/SecondLook.h"
-#include "backends/onnxruntime/SimplifiedForm.h"
 #include "backends/onnxruntime/TextDetector.h"
-#include "backends/onnxruntime/WordJoining.h"
+#include "backends/opencv/Mat.h"
 #include "support/TemporaryFolder.h"
 
 namespace pravik {
@@ -29,7 +29,7 @@ TextBox boxAt(float left, float top, float width = 50, float height = 20) {
   return {{{{left, top}, {left + width, top}, {left + width, top + height}, {left, top + height}}}, .9F};
 }
 
-TEST(CtcDecoderTest, takesRunsOnceAndSplitsThemAtBlanks) {
+TEST(CtcDecoderTest, TakesRunsOnceAndSplitsThemAtBlanks) {
   // Three classes: blank, a, b. The steps say a a blank a b.
   const std::vector<float> steps{.1F, .8F, .1F, .0F, .9F, .1F, .9F, .1F, .0F, .3F, .7F, .0F, .2F, .2F, .6F};
   const std::vector<CtcCharacter> expected{{1, .9F, 1}, {1, .7F, 3}, {2, .6F, 4}};
@@ -37,7 +37,7 @@ TEST(CtcDecoderTest, takesRunsOnceAndSplitsThemAtBlanks) {
   EXPECT_TRUE(decodeCtc({}, 3).empty());
 }
 
-TEST(ReadingTextTest, putsSpacesWhereLettersStandApartAndMakesSpellingsOne) {
+TEST(ReadingTextTest, PutsSpacesWhereLettersStandApartAndMakesSpellingsOne) {
   const KeyList keys("A\n7\n阿\n・\n７\n.\n");
   const auto text = [&](std::initializer_list<std::pair<int, int>> labelsAndSteps) {
     std::vector<CtcCharacter> characters;
@@ -52,33 +52,7 @@ TEST(ReadingTextTest, putsSpacesWhereLettersStandApartAndMakesSpellingsOne) {
   EXPECT_EQ(text({{5, 0}, {6, 0}, {5, 0}}), "7.7");
 }
 
-TEST(WordJoiningTest, joinsLatinBlocksThatStandBesideEachOther) {
-  const auto line = [](const char* text, float left, float top, float width, float height = 20) {
-    return ReadLine{boxAt(left, top, width, height), {text, .9F}};
-  };
-  const auto texts = [](const std::vector<ReadLine>& lines) {
-    std::vector<std::string> list;
-    for (const ReadLine& joined : withWordsJoined(lines)) list.push_back(joined.reading.text);
-    return list;
-  };
-  using Texts = std::vector<std::string>;
-  EXPECT_EQ(texts({line("SAN", 112, 1, 40), line("ZHANG", 40, 0, 60), line("FENG", 164, 2, 50)}),
-            Texts{"ZHANG SAN FENG"});
-  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("UnionPay", 100, 0, 80)}), (Texts{"ZHANG", "UnionPay"})) << "too far";
-  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("SAN", 70, 12, 40)}), (Texts{"ZHANG", "SAN"})) << "another row";
-  EXPECT_EQ(texts({line("ZHANG", 0, 0, 60), line("SAN", 70, 0, 40, 30)}), (Texts{"ZHANG", "SAN"})) << "higher letters";
-  EXPECT_EQ(texts({line("1990", 0, 0, 60), line("年", 65, 0, 20)}), (Texts{"1990", "年"}));
-  EXPECT_EQ(withWordsJoined({line("A", 0, 0, 20), line("B", 30, 0, 20)}).front().box.width(), 50);
-}
-
-TEST(ReadingTextTest, givesTraditionalFormsAsSimplifiedAndKeepsRareCharacters) {
-  for (const auto& [read, given] : {std::pair("強", "强"), {"別", "别"}, {"韻", "韵"}, {"黃", "黄"}})
-    EXPECT_EQ(simplifiedForm(read), given);
-  // In simplified print, or in no set at all: names have them.
-  for (const char* kept : {"乾", "著", "堃", "婳", "仫", "喆"}) EXPECT_EQ(simplifiedForm(kept), kept);
-}
-
-TEST(ProbabilityMapTest, putsThePartsOfALineTogether) {
+TEST(ProbabilityMapTest, PutsThePartsOfALineTogether) {
   cv::Mat map = cv::Mat::zeros(200, 400, CV_32F);
   map(cv::Rect(20, 50, 100, 16)) = 0.9;
   map(cv::Rect(135, 52, 40, 10)) = 0.65;  // a digit between two groups, too unlikely alone
@@ -90,7 +64,7 @@ TEST(ProbabilityMapTest, putsThePartsOfALineTogether) {
   EXPECT_EQ(std::ranges::count_if(boxes, [](const TextBox& box) { return box.width() > 270; }), 1);
 }
 
-TEST(ProbabilityMapTest, findsTiltedLinesAndLeavesNoiseOut) {
+TEST(ProbabilityMapTest, FindsTiltedLinesAndLeavesNoiseOut) {
   cv::Mat map = cv::Mat::zeros(200, 300, CV_32F);
   const cv::RotatedRect line({150, 80}, {160, 12}, 10);
   cv::Point2f corners[4];
@@ -107,14 +81,37 @@ TEST(ProbabilityMapTest, findsTiltedLinesAndLeavesNoiseOut) {
   EXPECT_GT(boxes[0].height(), 20);
 }
 
-TEST(SecondLookTest, isForNumbersAndDates) {
+TEST(ProbabilityMapTest, AMapStrewnWithDotsTakesNoLongerThanAPage) {
+  cv::Mat map = cv::Mat::zeros(720, 960, CV_32F);
+  for (int y = 0; y + 8 <= map.rows; y += 8)
+    for (int x = 0; x + 8 <= map.cols; x += 8) map(cv::Rect(x, y, 5, 5)) = 0.9;
+  map(cv::Rect(100, 300, 200, 20)) = 0.9;
+  const auto begin = std::chrono::steady_clock::now();
+  const auto boxes = boxesOf(map);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_TRUE(std::ranges::any_of(boxes, [](const TextBox& box) { return box.width() > 200; })) << "a line is larger";
+}
+
+TEST(SecondLookTest, IsForNumbersAndDates) {
   for (const char* text : {"11010119900307123X", "2010.05.12-2030.05.12", "6222 0212 3456 7890"})
     EXPECT_TRUE(deservesSecondLook(text)) << text;
   for (const char* text : {"", "姓名张三", "1990年3月7日", "住址上海市南京路100号"})
     EXPECT_FALSE(deservesSecondLook(text)) << text;
 }
 
-TEST(SecondLookTest, keepsWhatRepeatsButForSpacesAndBreaksTiesByConfidence) {
+TEST(SecondLookTest, OfTooManyLinesTheNumbersComeFirst) {
+  std::vector<TextCandidate> readings(200, {"blurred", .6F});
+  readings[3] = {"clear", .99F};
+  readings[199] = {"6222 0212 3456 7890", .99F};
+  const auto lines = linesToReread(readings);
+  EXPECT_LT(lines.size(), 100U);
+  EXPECT_EQ(lines.back(), 199U);
+  EXPECT_EQ(std::vector(lines.begin(), lines.begin() + 4), (std::vector<std::size_t>{0, 1, 2, 4}));
+  EXPECT_EQ(linesToReread({{"6222021234567890", .99F}, {"clear", .99F}, {"blurred", .6F}}),
+            (std::vector<std::size_t>{0, 2}));
+}
+
+TEST(SecondLookTest, KeepsWhatRepeatsButForSpacesAndBreaksTiesByConfidence) {
   const std::pair<std::vector<TextCandidate>, const char*> cases[] = {
       {{{"17", .9F}, {"117", .99F}, {"17", .8F}}, "17"},
       {{{"17", .9F}, {"117", .99F}}, "117"},
@@ -126,7 +123,7 @@ TEST(SecondLookTest, keepsWhatRepeatsButForSpacesAndBreaksTiesByConfidence) {
       << "a reading that disagrees counts nothing";
 }
 
-TEST(SecondLookTest, votesForEachCharacterWhenNoReadingRepeats) {
+TEST(SecondLookTest, VotesForEachCharacterWhenNoReadingRepeats) {
   const TextCandidate voted =
       agreedReading({{"62228812", .9F}, {"62223812 ", .9F}, {"62228817", .9F}, {"6222881", .9F}});
   EXPECT_EQ(voted.text, "62228812");
@@ -134,21 +131,21 @@ TEST(SecondLookTest, votesForEachCharacterWhenNoReadingRepeats) {
   EXPECT_LT(agreedReading({{"|/~", .6F}, {"i_", .6F}, {"l-.x", .6F}}).confidence, .3F);
 }
 
-TEST(TextBoxTest, keepsTheLineWhenTurnedAndGrowsByItsHeight) {
+TEST(TextBoxTest, KeepsTheLineWhenTurnedAndGrowsByItsHeight) {
   const TextBox box = boxAt(10, 10, 100, 20);
   EXPECT_EQ(turned(box).corners[0], cv::Point2f(110, 30));
   EXPECT_EQ(turned(box).corners[1], cv::Point2f(10, 30));
   EXPECT_EQ(withMargin(box, 0.5F).corners[2], cv::Point2f(120, 40));
 }
 
-TEST(ReadingOrderTest, goesByRowsAndThenFromTheLeft) {
+TEST(ReadingOrderTest, GoesByRowsAndThenFromTheLeft) {
   std::vector<TextBox> boxes{boxAt(100, 4), boxAt(0, 60), boxAt(0, 0)};
   sortInReadingOrder(boxes);
   EXPECT_EQ(boxes[0].corners[0], cv::Point2f(0, 0));
   EXPECT_EQ(boxes[1].corners[0], cv::Point2f(100, 4));
 }
 
-TEST(DetectionSizeTest, isAMultipleOfTheModelsStepAndBounded) {
+TEST(DetectionSizeTest, IsAMultipleOfTheModelsStepAndBounded) {
   for (const cv::Size picture : {cv::Size(1, 1), cv::Size(4000, 3000), cv::Size(1500, 270), cv::Size(20000, 3)})
     for (const auto level : {RecognitionLevel::accurate, RecognitionLevel::fast}) {
       const cv::Size size = detectionSize(picture, level);
@@ -169,7 +166,7 @@ std::string failureOf(const std::string& modelDirectory, const TextRequest& requ
   return {};
 }
 
-TEST(OnnxTextEngineTest, namesAModelThatIsMissingOrDamagedAndALanguageThatItLacks) {
+TEST(OnnxTextEngineTest, NamesAModelThatIsMissingOrDamagedAndALanguageThatItLacks) {
   const test::TemporaryFolder folder;
   EXPECT_THAT(failureOf(folder.path()), HasSubstr(detectionModelFile));
   folder.write(detectionModelFile, "no model");
@@ -180,12 +177,35 @@ TEST(OnnxTextEngineTest, namesAModelThatIsMissingOrDamagedAndALanguageThatItLack
   EXPECT_THAT(failureOf(models, request), HasSubstr("tlh"));
 }
 
-TEST(OnnxTextEngineTest, findsNothingOnPicturesOfExtremeShapes) {
+TEST(OnnxTextEngineTest, FindsNothingOnPicturesOfExtremeShapes) {
   const OnnxTextEngine engine({.modelDirectory = models});
   for (const auto& [width, height] : {std::pair(1, 1), std::pair(3000, 2), std::pair(2, 3000)}) {
     const Bitmap blank(PixelFormat::grey8, width, height, width, allocatePixels(PixelFormat::grey8, width, height));
     EXPECT_TRUE(engine.recognize(blank, {}).empty()) << width << " x " << height;
   }
+}
+
+TEST(OnnxTextEngineTest, ReadsAPageFullOfDigitsForAsLongAsItMayAndAnswersWithWhatItHas) {
+  cv::Mat page(1500, 2000, CV_8UC1, cv::Scalar(255));
+  for (int y = 40; y < page.rows; y += 40)
+    for (int x = 10; x + 300 < page.cols; x += 330)
+      cv::putText(page, std::to_string(100'000'000U + 7919U * static_cast<unsigned>(x * y)), {x, y}, cv::FONT_HERSHEY_SIMPLEX, 1, 0, 2);
+  const Bitmap picture = toBitmap(page);
+  const OnnxTextEngine engine({.modelDirectory = models});
+  engine.load();
+  const auto read = [&](const WorkLimit& limit) {
+    TextRequest request;
+    request.limit = limit;
+    return engine.recognize(picture, request).size();
+  };
+  const auto begin = std::chrono::steady_clock::now();
+  const std::size_t some = read({.deadline = begin + std::chrono::milliseconds(1500), .stop = {}});
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "the whole page takes far longer";
+  EXPECT_LT(some, 180U) << "the whole page has more";
+
+  std::stop_source stop;
+  stop.request_stop();
+  EXPECT_EQ(read({.stop = stop.get_token()}), 0U);
 }
 
 }  // namespace

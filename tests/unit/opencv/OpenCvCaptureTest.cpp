@@ -7,7 +7,7 @@
 
 #include "Platform/AsioDispatch.h"
 #include "Platform/ManualDispatch.h"
-#include "backends/opencv/OpenCvCaptureSystem.h"
+#include "backends/opencv/camera/OpenCvCaptureSystem.h"
 #include "support/Fakes.h"
 #include "support/VideoFiles.h"
 
@@ -72,7 +72,7 @@ class OpenCvCapture : public testing::Test {
   test::VideoFolder folder_;
 };
 
-TEST_F(OpenCvCapture, aFileGivesEachFrameAtItsTimeUntilItEnds) {
+TEST_F(OpenCvCapture, AFileGivesEachFrameAtItsTimeUntilItEnds) {
   PacedCamera camera(folder_.video("clip.avi", brightening(4)));
   EXPECT_TRUE(camera.photo().error);
   camera.run(1000ms);
@@ -86,7 +86,7 @@ TEST_F(OpenCvCapture, aFileGivesEachFrameAtItsTimeUntilItEnds) {
   EXPECT_EQ(indexOf(camera.session->previewPicture().value()), 3);
 }
 
-TEST_F(OpenCvCapture, aStoppedFileStandsStillAndGoesOnWhereItWas) {
+TEST_F(OpenCvCapture, AStoppedFileStandsStillAndGoesOnWhereItWas) {
   PacedCamera camera(folder_.video("clip.avi", brightening(5)));
   camera.run(150ms);
   camera.session->stopRunning();
@@ -102,7 +102,7 @@ TEST_F(OpenCvCapture, aStoppedFileStandsStillAndGoesOnWhereItWas) {
   EXPECT_EQ(camera.end, "");
 }
 
-TEST_F(OpenCvCapture, aLoopBeginsAnewAndAnEndedFileCanBeStartedAgain) {
+TEST_F(OpenCvCapture, ALoopBeginsAnewAndAnEndedFileCanBeStartedAgain) {
   PacedCamera looping(folder_.video("clip.avi", brightening(2)), true);
   looping.run(450ms);
   EXPECT_THAT(looping.frames, ElementsAre(0, 1, 0, 1, 0));
@@ -113,7 +113,7 @@ TEST_F(OpenCvCapture, aLoopBeginsAnewAndAnEndedFileCanBeStartedAgain) {
   EXPECT_THAT(once.frames, ElementsAre(0, 1, 0, 1));
 }
 
-TEST_F(OpenCvCapture, inRealTimeFramesThatComeWhileTheQueueIsBusyAreDropped) {
+TEST_F(OpenCvCapture, InRealTimeFramesThatComeWhileTheQueueIsBusyAreDropped) {
   AsioDispatch dispatch(1);
   std::promise<void> ended;
   std::shared_future<void> end = ended.get_future().share();
@@ -136,7 +136,7 @@ TEST_F(OpenCvCapture, inRealTimeFramesThatComeWhileTheQueueIsBusyAreDropped) {
   EXPECT_EQ(indexOf(session->previewPicture().value()), 4);
 }
 
-TEST_F(OpenCvCapture, codesAreReadFromTheFramesWhenTheyAreAskedFor) {
+TEST_F(OpenCvCapture, CodesAreReadFromTheFramesWhenTheyAreAskedFor) {
   PacedCamera camera(folder_.video("clip.avi", brightening(9)));
   camera.barcodes->codes = {{"hello", {"VNBarcodeSymbologyEAN13"}, {}}};
   const auto offered = camera.session->availableMetadataObjectTypes();
@@ -155,7 +155,7 @@ TEST_F(OpenCvCapture, codesAreReadFromTheFramesWhenTheyAreAskedFor) {
   EXPECT_EQ(camera.frames.size(), 9U) << "frames come whether or not their codes can be read";
 }
 
-TEST_F(OpenCvCapture, oddVideosArePlayedAsFarAsTheyGo) {
+TEST_F(OpenCvCapture, OddVideosArePlayedAsFarAsTheyGo) {
   const std::string truncated = folder_.video("truncated.avi", brightening(6));
   test::truncateFile(truncated, 0.7);
   const std::pair<std::string, std::size_t> filesAndMostFrames[] = {
@@ -173,7 +173,7 @@ TEST_F(OpenCvCapture, oddVideosArePlayedAsFarAsTheyGo) {
   }
 }
 
-TEST_F(OpenCvCapture, aSourceThatCannotBeUsedSaysWhy) {
+TEST_F(OpenCvCapture, ASourceThatCannotBeUsedSaysWhy) {
   const std::string cut = folder_.video("cut.avi", brightening(3));
   test::truncateFile(cut, 0.01);
   const std::vector<std::pair<std::string, std::string>> cases{
@@ -201,7 +201,7 @@ TEST_F(OpenCvCapture, aSourceThatCannotBeUsedSaysWhy) {
   }
 }
 
-TEST_F(OpenCvCapture, thePermissionsOfTheFileDecideWhetherItMayBeUsed) {
+TEST_F(OpenCvCapture, ThePermissionsOfTheFileDecideWhetherItMayBeUsed) {
   const std::string clip = folder_.video("clip.avi", brightening(1));
   OpenCvCaptureSystem mine({.source = videoSourceNamed(clip)});
   EXPECT_EQ(mine.authorizationStatus(), CameraAuthorizationStatus::authorized);

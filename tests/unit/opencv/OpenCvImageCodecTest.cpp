@@ -1,4 +1,4 @@
-#include "backends/opencv/OpenCvImageCodec.h"
+#include "backends/opencv/files/OpenCvImageCodec.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -102,7 +102,7 @@ Bytes shortened(Bytes file, double share) {
   return file;
 }
 
-TEST(OpenCvImageCodec, decodesEveryFormatToOpaqueColours) {
+TEST(OpenCvImageCodec, DecodesEveryFormatToOpaqueColours) {
   for (const char* extension : {".jpg", ".png", ".bmp", ".webp", ".tiff"}) {
     const Bytes file = fileOf(quarters(), extension, jpegQuality);
     const Bitmap bitmap = decoded(file);
@@ -112,7 +112,7 @@ TEST(OpenCvImageCodec, decodesEveryFormatToOpaqueColours) {
   }
 }
 
-TEST(OpenCvImageCodec, turnsRareKindsOfPixelsIntoColours) {
+TEST(OpenCvImageCodec, TurnsRareKindsOfPixelsIntoColours) {
   const auto plain = [](int type, const cv::Scalar& value, const char* extension = ".png") {
     return decoded(fileOf(cv::Mat(4, 4, type, value), extension));
   };
@@ -124,7 +124,7 @@ TEST(OpenCvImageCodec, turnsRareKindsOfPixelsIntoColours) {
   expectColor(loaded("cmyk.jpg"), 4, 4, {0, 0, 254}, "four printing colours");
 }
 
-TEST(OpenCvImageCodec, turnsPicturesUprightAsTheExifTagSays) {
+TEST(OpenCvImageCodec, TurnsPicturesUprightAsTheExifTagSays) {
   const Bytes file = fileOf(quarters(), ".jpg", jpegQuality);
   const std::array<Color, 4> expected[] = {
       {red, green, blue, white}, {green, red, white, blue}, {white, blue, green, red}, {blue, white, red, green},
@@ -138,7 +138,7 @@ TEST(OpenCvImageCodec, turnsPicturesUprightAsTheExifTagSays) {
   expectCorners(decoded(withOrientation(file, 9)), expected[0], "an orientation that does not exist");
 }
 
-TEST(OpenCvImageCodec, refusesWhatIsNoWholePicture) {
+TEST(OpenCvImageCodec, RefusesWhatIsNoWholePicture) {
   const Bytes jpeg = fileOf(quarters(), ".jpg"), png = fileOf(quarters(), ".png");
   const std::string text = "Name,Number\n";
   const struct {
@@ -163,7 +163,26 @@ TEST(OpenCvImageCodec, refusesWhatIsNoWholePicture) {
   for (const auto& [what, file, error] : cases) EXPECT_THAT(errorOf(file), testing::HasSubstr(error)) << what;
 }
 
-TEST(OpenCvImageCodec, refusesPicturesThatAreTooLargeBeforeDecodingThem) {
+/// A file with some bits in its middle turned over.
+Bytes damaged(Bytes file) {
+  for (std::size_t i = file.size() / 2; i < file.size() / 2 + 8; ++i) file[i] ^= 0x2AU;
+  return file;
+}
+
+TEST(OpenCvImageCodec, LibrariesDoNotWriteToStandardError) {
+  cv::Mat noise(64, 64, CV_8UC3);
+  cv::randu(noise, 0, 256);
+  const std::vector<int> compressed{cv::IMWRITE_TIFF_COMPRESSION, 5};
+  testing::internal::CaptureStderr();
+  for (const Bytes& file :
+       {damaged(fileOf(noise, ".jpg")), damaged(fileOf(noise, ".jpg", {cv::IMWRITE_JPEG_PROGRESSIVE, 1})),
+        damaged(fileOf(noise, ".tiff", compressed)), damaged(fileOf(noise, ".tiff")), damaged(fileOf(noise, ".webp")),
+        damaged(fileOf(noise, ".bmp"))})
+    errorOf(file);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(OpenCvImageCodec, RefusesPicturesThatAreTooLargeBeforeDecodingThem) {
   // Headers that promise far more pixels than the few bytes behind them hold.
   const Bytes side = {0, 0, 0x4E, 0x20};  // 20,000
   const Bytes png = patched(patched(fileOf(quarters(), ".png"), 16, side), 20, side);
@@ -174,7 +193,7 @@ TEST(OpenCvImageCodec, refusesPicturesThatAreTooLargeBeforeDecodingThem) {
   EXPECT_THAT(errorOf(large), testing::HasSubstr("at most 64 MiB"));
 }
 
-TEST(OpenCvImageCodec, saysWhyAFileCannotBeLoaded) {
+TEST(OpenCvImageCodec, SaysWhyAFileCannotBeLoaded) {
   const test::TemporaryFolder folder;
   EXPECT_EQ(errorOf(folder.path() / "absent.jpg"), "no such file");
   EXPECT_EQ(errorOf(folder.path()), "is a directory");
@@ -189,7 +208,7 @@ TEST(OpenCvImageCodec, saysWhyAFileCannotBeLoaded) {
   EXPECT_THAT(errorOf(sealed), testing::HasSubstr("cannot be read"));
 }
 
-TEST(OpenCvImageCodec, writesWhatItReads) {
+TEST(OpenCvImageCodec, WritesWhatItReads) {
   const OpenCvImageCodec codec;
   const Bitmap part = decoded(fileOf(quarters(), ".png")).crop({.x = 8, .y = 4, .width = 36, .height = 24});
   for (const ImageFileFormat format : {ImageFileFormat::png, ImageFileFormat::jpeg})

@@ -40,7 +40,7 @@ Bitmap step(int width, int height, int dark, int bright) {
   return test::greyPicture(width, height, [=](int x, int) { return x < width / 2 ? dark : bright; });
 }
 
-TEST(ColorControls, followTheOrderSaturationBrightnessContrast) {
+TEST(ColorControls, FollowTheOrderSaturationBrightnessContrast) {
   const struct {
     const char* what;
     Color color;
@@ -63,7 +63,7 @@ TEST(ColorControls, followTheOrderSaturationBrightnessContrast) {
   EXPECT_NEAR(changedGrey(100, ColorControls{.contrast = 2, .brightness = 0.1, .saturation = 0.3}), 124, 1);
 }
 
-TEST(SharpenLuminance, widensTheStepBetweenDarkAndBright) {
+TEST(SharpenLuminance, WidensTheStepBetweenDarkAndBright) {
   for (const double radius : {0.0, 0.5, 3.0}) {
     const Bitmap sharp = rendered(step(40, 9, 100, 150), {SharpenLuminance{.sharpness = 0.8, .radius = radius}});
     const std::uint8_t* row = sharp.row(4);
@@ -75,7 +75,7 @@ TEST(SharpenLuminance, widensTheStepBetweenDarkAndBright) {
   }
 }
 
-TEST(SharpenLuminance, addsTheSameToAllChannels) {
+TEST(SharpenLuminance, AddsTheSameToAllChannels) {
   cv::Mat picture(9, 20, CV_8UC4, cv::Scalar(30, 90, 120, 255));
   picture.colRange(10, 20) = cv::Scalar(80, 140, 170, 255);
   const Bitmap sharp = rendered(toBitmap(picture), {SharpenLuminance{.sharpness = 1}});
@@ -85,7 +85,7 @@ TEST(SharpenLuminance, addsTheSameToAllChannels) {
   EXPECT_EQ(left[2] - left[1], 30);
 }
 
-TEST(Rendering, inOneGoEqualsFilterAfterFilterWithoutSeams) {
+TEST(Rendering, InOneGoEqualsFilterAfterFilterWithoutSeams) {
   // Rows are rendered in bands; where all rows are alike, a seam would show.
   const Bitmap columns = test::greyPicture(30, 300, [](int x, int) { return x * 37 % 256; });
   const ColorControls colors{.contrast = 1.3, .brightness = 0.05, .saturation = 0.7};
@@ -102,7 +102,7 @@ TEST(Rendering, inOneGoEqualsFilterAfterFilterWithoutSeams) {
   EXPECT_EQ(reversed.row(4)[19], 64);
 }
 
-TEST(Rendering, readsCropsOfLargerPictures) {
+TEST(Rendering, ReadsCropsOfLargerPictures) {
   const Bitmap crop = step(40, 30, 50, 90).crop({.x = 16, .y = 5, .width = 10, .height = 12});
   const Bitmap result = rendered(crop, {ColorControls{.brightness = 0.2}});
   ASSERT_EQ(result.width(), 10);
@@ -116,7 +116,7 @@ Quadrilateral quad(Point topLeft, Point topRight, Point bottomRight, Point botto
   return {.topLeft = topLeft, .topRight = topRight, .bottomLeft = bottomLeft, .bottomRight = bottomRight};
 }
 
-TEST(PerspectiveCorrection, cutsAndStraightens) {
+TEST(PerspectiveCorrection, CutsAndStraightens) {
   // An upright rectangle is that part of the picture, to the pixel.
   const Bitmap fine = test::greyPicture(60, 50, [](int x, int y) { return 4 * x + (y % 2) * 10; });
   const Bitmap part = rendered(fine, {PerspectiveCorrection{quad({10, 45}, {40, 45}, {40, 25}, {10, 25})}});
@@ -135,7 +135,7 @@ TEST(PerspectiveCorrection, cutsAndStraightens) {
   EXPECT_EQ(straight.row(122)[257], 200);
 }
 
-TEST(Rendering, givesNothingForValuesThatMakeNoSense) {
+TEST(Rendering, GivesNothingForValuesThatMakeNoSense) {
   const double nan = std::nan(""), endless = std::numeric_limits<double>::infinity();
   const auto correction = [](Point topLeft, Point topRight, Point bottomRight, Point bottomLeft) {
     return PerspectiveCorrection{quad(topLeft, topRight, bottomRight, bottomLeft)};
@@ -158,7 +158,7 @@ TEST(Rendering, givesNothingForValuesThatMakeNoSense) {
     EXPECT_FALSE(OpenCvImageRenderer().render(step(50, 50, 10, 200), std::span(&filter, 1))) << what;
 }
 
-TEST(GreyThumbnail, averagesAreasAndKeepsWhereThingsAre) {
+TEST(GreyThumbnail, AveragesAreasAndKeepsWhereThingsAre) {
   const OpenCvImageRenderer renderer;
   // Fine stripes come out as their mean, wherever the pixels of the thumbnail begin.
   for (const int width : {64, 100, 301, 1600}) {
@@ -171,6 +171,11 @@ TEST(GreyThumbnail, averagesAreasAndKeepsWhereThingsAre) {
     EXPECT_NEAR(thumbnail.row(5)[3], 20, 2) << width;
     EXPECT_NEAR(thumbnail.row(60)[61], 220, 2) << width;
   }
+  // The last row and column of an odd size count like all others.
+  const auto edged = [](int x, int y) { return x == 256 || y == 258 ? 0 : 240; };
+  const Bitmap edges = renderer.greyThumbnail(test::greyPicture(257, 259, edged), 64, 64).value();
+  for (const int value : {edges.row(5)[63], edges.row(63)[5], edges.row(63)[63]}) EXPECT_LT(value, 225);
+  EXPECT_EQ(edges.row(62)[62], 240);
   EXPECT_EQ(renderer.greyThumbnail(test::plainPicture(200, 100, 0, 255, 0), 64, 64).value().row(9)[9], 182);
   EXPECT_FALSE(renderer.greyThumbnail(step(8, 8, 10, 200), 0, 64));
 }

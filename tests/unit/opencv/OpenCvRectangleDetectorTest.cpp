@@ -1,4 +1,4 @@
-#include "backends/opencv/OpenCvRectangleDetector.h"
+#include "backends/opencv/finder/OpenCvRectangleDetector.h"
 
 #include <gtest/gtest.h>
 
@@ -68,20 +68,20 @@ void expectOnly(const Bitmap& bitmap, const CardCorners& truth, const std::strin
   }
 }
 
-TEST(OpenCvRectangleDetector, findsACardTurnedAnyWayUpToHalfAQuarterTurn) {
+TEST(OpenCvRectangleDetector, FindsACardTurnedAnyWayUpToHalfAQuarterTurn) {
   for (const double degrees : {-40.0, -25.0, -8.0, -1.0, 0.0, 3.0, 15.0, 30.0, 40.0}) {
     const CardCorners card = cardAt({620, 470}, 640, degrees, 0.08);
     expectOnly(Desk(1200, 900, darkWood).card(card).photo(), card, "turned by " + std::to_string(degrees));
   }
 }
 
-TEST(OpenCvRectangleDetector, findsACardStandingUpright) {
+TEST(OpenCvRectangleDetector, FindsACardStandingUpright) {
   const CardCorners lying = cardAt({450, 610}, 700, 84);
   // The corner that a person sees at the top left is the card's own bottom left.
   expectOnly(Desk(900, 1200, grey).card(lying).photo(), {lying[3], lying[0], lying[1], lying[2]}, "upright");
 }
 
-TEST(OpenCvRectangleDetector, findsACardInHardLightAndSurroundings) {
+TEST(OpenCvRectangleDetector, FindsACardInHardLightAndSurroundings) {
   const CardCorners card = cardAt({640, 500}, 700, 6, 0.1);
   cv::Mat shades;
   cv::cvtColor(asMat(Desk(1200, 900, darkWood).card(card).photo()), shades, cv::COLOR_BGRA2GRAY);
@@ -98,7 +98,7 @@ TEST(OpenCvRectangleDetector, findsACardInHardLightAndSurroundings) {
   for (const auto& [what, photo] : cases) expectOnly(photo, card, what);
 }
 
-TEST(OpenCvRectangleDetector, findsTheSameInEveryResolution) {
+TEST(OpenCvRectangleDetector, FindsTheSameInEveryResolution) {
   for (const double size : {0.4, 1.0, 2.0, 3.3}) {
     const CardCorners card = cardAt({620 * size, 430 * size}, 560 * size, -7, 0.06);
     const Bitmap photo = Desk(cvRound(1200 * size), cvRound(900 * size), darkWood).card(card).photo();
@@ -106,7 +106,7 @@ TEST(OpenCvRectangleDetector, findsTheSameInEveryResolution) {
   }
 }
 
-TEST(OpenCvRectangleDetector, findsNothingWhereThereIsNoCard) {
+TEST(OpenCvRectangleDetector, FindsNothingWhereThereIsNoCard) {
   const CardCorners whole = {cv::Point2d(0, 0), {1011, 0}, {1011, 638}, {0, 638}};
   const std::pair<const char*, Bitmap> cases[] = {
       {"one pixel", Desk(1, 1, grey).photo()},
@@ -123,7 +123,7 @@ TEST(OpenCvRectangleDetector, findsNothingWhereThereIsNoCard) {
   for (const auto& [what, photo] : cases) EXPECT_TRUE(detect(photo).empty()) << what;
 }
 
-TEST(OpenCvRectangleDetector, honoursTheLimitsOfTheRequest) {
+TEST(OpenCvRectangleDetector, HonoursTheLimitsOfTheRequest) {
   // 400 of 900 pixels high: its shorter side is 0.28 of the picture's shorter side.
   const Bitmap small = Desk(1200, 900, darkWood).card(cardAt({500, 400}, 400, 5)).photo();
   // Seen at a slant, the corners are up to 17 degrees from right angles.
@@ -153,7 +153,7 @@ TEST(OpenCvRectangleDetector, honoursTheLimitsOfTheRequest) {
   EXPECT_TRUE(detect(small, request).empty());
 }
 
-TEST(OpenCvRectangleDetector, listsSeveralCardsTheMostConfidentFirst) {
+TEST(OpenCvRectangleDetector, ListsSeveralCardsTheMostConfidentFirst) {
   const CardCorners clear = cardAt({330, 300}, 460, 4), faint = cardAt({850, 640}, 460, -5);
   const Bitmap photo = Desk(1200, 900, paleGrey).card(faint, {206, 202, 200}).card(clear, {120, 60, 40}).photo();
   RectangleRequest request = videoRequest();

@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(QtDispatch, runsTheMainQueueInOrderOnItsThreadAndNeverAtOnce) {
+TEST(QtDispatch, RunsTheMainQueueInOrderOnItsThreadAndNeverAtOnce) {
   QtDispatch dispatch;
   const auto main = std::this_thread::get_id();
   std::vector<int> order;
@@ -32,7 +32,7 @@ TEST(QtDispatch, runsTheMainQueueInOrderOnItsThreadAndNeverAtOnce) {
   EXPECT_TRUE(isOnMain);
 }
 
-TEST(QtDispatch, dropsDelayedWorkThatIsCalledOffOrOutlivesIt) {
+TEST(QtDispatch, DropsDelayedWorkThatIsCalledOffOrOutlivesIt) {
   int ran = 0;
   WorkItem late;
   {

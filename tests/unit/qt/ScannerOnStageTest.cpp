@@ -8,8 +8,8 @@
 #include <set>
 #include <thread>
 
-#include "RunWithCompletion.h"
-#include "backends/opencv/OpenCvImageCodec.h"
+#include "Async/RunWithCompletion.h"
+#include "backends/opencv/files/OpenCvImageCodec.h"
 #include "backends/qt/QtDispatch.h"
 #include "tests/unit/qt/ShownScanner.h"
 
@@ -64,7 +64,7 @@ struct Shown : Desk, test::ShownScanner {
   }
 };
 
-TEST(ScannerOnStage, takesKeysAndTouches) {
+TEST(ScannerOnStage, TakesKeysAndTouches) {
   Shown s;
   s.present(OCRScanMode::idCardFront, true);
   s.press(Qt::Key_T);
@@ -96,7 +96,7 @@ TEST(ScannerOnStage, takesKeysAndTouches) {
   EXPECT_THAT(s.listener->reports, ElementsAre("front 张三", "cancel"));
 }
 
-TEST(ScannerOnStage, tellsScreenReadersWhatIsThere) {
+TEST(ScannerOnStage, TellsScreenReadersWhatIsThere) {
   QLocale::setDefault(QLocale(QLocale::English));
   Shown s;
   s.layCard();
@@ -114,7 +114,7 @@ TEST(ScannerOnStage, tellsScreenReadersWhatIsThere) {
   EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"cancel"}; }));
 }
 
-TEST(ScannerOnStage, laysItselfOutForUprightAndWideWindows) {
+TEST(ScannerOnStage, LaysItselfOutForUprightAndWideWindows) {
   Shown s;
   s.present(OCRScanMode::bankCard);
   const std::pair<QSize, double> windowsAndWidths[] = {
@@ -130,7 +130,7 @@ TEST(ScannerOnStage, laysItselfOutForUprightAndWideWindows) {
   }
 }
 
-TEST(ScannerOnStage, asksForTheCameraWithAnAlert) {
+TEST(ScannerOnStage, AsksForTheCameraWithAnAlert) {
   for (const char* answer : {"去设置", "取消"}) {
     Shown s;
     s.camera->status = CameraAuthorizationStatus::denied;
@@ -146,7 +146,7 @@ TEST(ScannerOnStage, asksForTheCameraWithAnAlert) {
   }
 }
 
-TEST(ScannerOnStage, picksAPhotoAndNothingElse) {
+TEST(ScannerOnStage, PicksAPhotoAndNothingElse) {
   const QString photo = QStringLiteral(PRAVIK_SAMPLES_DIRECTORY "/id-front-clean-0000.jpg");
   const QString text = QStringLiteral(PRAVIK_SAMPLES_DIRECTORY "/README.md");
   Shown s;
@@ -170,7 +170,7 @@ TEST(ScannerOnStage, picksAPhotoAndNothingElse) {
   EXPECT_FALSE(s.stage->pickPhoto(photo)) << "no screen is there to take it";
 }
 
-TEST(ScannerOnStage, cancelsAScanWhenTheWindowOrTheStageHasGone) {
+TEST(ScannerOnStage, CancelsAScanWhenTheWindowOrTheStageHasGone) {
   Desk desk;
   for (const bool takesWindow : {true, false}) {
     auto window = std::make_unique<QWidget>();
@@ -189,7 +189,7 @@ TEST(ScannerOnStage, cancelsAScanWhenTheWindowOrTheStageHasGone) {
 }
 
 /// At any moment: in every state, during every timer, photo, recognition and dismissal.
-TEST(ScannerOnStage, leavesNothingBehindWhenItIsClosedAtAnyMoment) {
+TEST(ScannerOnStage, LeavesNothingBehindWhenItIsClosedAtAnyMoment) {
   std::mt19937 random(7);
   const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
   std::weak_ptr<Dispatch> dispatch;

@@ -23,7 +23,7 @@ struct Animated {
   }
 };
 
-TEST(ViewAnimator, easesFromTheOldLookToTheNew) {
+TEST(ViewAnimator, EasesFromTheOldLookToTheNew) {
   Animated a;
   a.moveTo(80);
   EXPECT_EQ(a.child->frame.y, 80) << "the view has its final value at once";
@@ -40,7 +40,7 @@ TEST(ViewAnimator, easesFromTheOldLookToTheNew) {
   EXPECT_EQ(a.animator.look(*a.child).backgroundColor, (Color{1, 1, 1, 0.2}));
 }
 
-TEST(ViewAnimator, drawsWhatIsSetAnewOrCalledOffAtOnce) {
+TEST(ViewAnimator, DrawsWhatIsSetAnewOrCalledOffAtOnce) {
   Animated a;
   a.moveTo(80);
   a.child->frame.y = 10;
@@ -50,7 +50,7 @@ TEST(ViewAnimator, drawsWhatIsSetAnewOrCalledOffAtOnce) {
   EXPECT_EQ(a.drawnY(50ms), 80);
 }
 
-TEST(ViewAnimator, goesOnFromWhereAnAnimationWasOvertaken) {
+TEST(ViewAnimator, GoesOnFromWhereAnAnimationWasOvertaken) {
   Animated a;
   a.moveTo(80);
   a.drawnY(50ms);
@@ -60,7 +60,7 @@ TEST(ViewAnimator, goesOnFromWhereAnAnimationWasOvertaken) {
   EXPECT_EQ(a.drawnY(100ms), 0);
 }
 
-TEST(ViewAnimator, keepsTheOldPictureOfAViewThatDissolves) {
+TEST(ViewAnimator, KeepsTheOldPictureOfAViewThatDissolves) {
   Animated a;
   const QImage old(3, 2, QImage::Format_ARGB32);
   a.child->frame = {5, 6, 3, 2};

@@ -25,7 +25,7 @@ struct Canvas {
   std::string at(int x, int y) const { return picture.pixelColor(x, y).name().mid(1).toStdString(); }
 };
 
-TEST(ViewPainter, leavesTheCutOutOfAMaskClear) {
+TEST(ViewPainter, LeavesTheCutOutOfAMaskClear) {
   ShapeLayer mask;
   mask.frame = {0, 0, 100, 60};
   mask.path = {RoundedRect{mask.bounds(), 0}, RoundedRect{{20, 10, 60, 40}, 12}};
@@ -38,7 +38,7 @@ TEST(ViewPainter, leavesTheCutOutOfAMaskClear) {
   EXPECT_EQ(canvas.at(50, 11), "ffffff");
 }
 
-TEST(ViewPainter, multipliesAlphaDownTheTreeAndSkipsWhatIsHidden) {
+TEST(ViewPainter, MultipliesAlphaDownTheTreeAndSkipsWhatIsHidden) {
   View root;
   root.frame = {10, 10, 80, 40};
   root.alpha = 0.5;
@@ -58,7 +58,7 @@ TEST(ViewPainter, multipliesAlphaDownTheTreeAndSkipsWhatIsHidden) {
   EXPECT_EQ(canvas.at(55, 15), "ffffff");
 }
 
-TEST(ViewPainter, fillsThePreviewWithTheMiddleOfThePicture) {
+TEST(ViewPainter, FillsThePreviewWithTheMiddleOfThePicture) {
   // The thirds of the picture are dark, grey and bright; a frame of the same height shows the middle one.
   const Bitmap thirds = test::greyPicture(300, 60, [](int x, int) { return 50 + x / 100 * 78; });
   const auto session = std::make_shared<test::FakeCaptureSession>();
@@ -76,7 +76,7 @@ TEST(ViewPainter, fillsThePreviewWithTheMiddleOfThePicture) {
   EXPECT_EQ(canvas.at(50, 30), "ff0000") << "the next picture";
 }
 
-TEST(ViewPainter, cutsTextOffAtItsFrame) {
+TEST(ViewPainter, CutsTextOffAtItsFrame) {
   Label label;
   label.frame = {10, 10, 80, 20};
   label.text = "将银行卡正面对准此区域，这一行太长了";

@@ -4,11 +4,12 @@
 #include <ZXing/MultiFormatWriter.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <opencv2/imgproc.hpp>
 #include <random>
 
-#include "OCRScanMode.h"
+#include "Records/OCRScanMode.h"
 #include "backends/opencv/Mat.h"
 #include "support/Fakes.h"
 #include "support/Pictures.h"
@@ -60,7 +61,7 @@ Texts payloads(const std::vector<BarcodeObservation>& codes) {
 }
 
 Texts read(const Bitmap& picture, const std::vector<BarcodeSymbology>& types = allTypes) {
-  return payloads(ZXingBarcodeDetector().detect(picture, types));
+  return payloads(ZXingBarcodeDetector().detect(picture, types, {}));
 }
 
 struct Code {
@@ -81,10 +82,10 @@ const Code eleven[] = {{"VNBarcodeSymbologyQR", BarcodeFormat::QRCode, "https://
                        {"VNBarcodeSymbologyITF14", BarcodeFormat::ITF, "16901234567899"},
                        {"VNBarcodeSymbologyPDF417", BarcodeFormat::PDF417, "PDF417 of Pravik"}};
 
-TEST(ZXingBarcodeDetector, readsEachTypeWhenAllAreAskedForAndBoxesTheWholeCode) {
+TEST(ZXingBarcodeDetector, ReadsEachTypeWhenAllAreAskedForAndBoxesTheWholeCode) {
   for (const Code& code : eleven) {
     // The code fills the middle half of the picture in both directions, but for its quiet zone.
-    const auto codes = ZXingBarcodeDetector().detect(pictureOf(written(code.format, code.payload)), allTypes);
+    const auto codes = ZXingBarcodeDetector().detect(pictureOf(written(code.format, code.payload)), allTypes, {});
     ASSERT_EQ(payloads(codes), Texts{code.payload}) << code.symbology;
     EXPECT_EQ(codes[0].symbology.rawValue, code.symbology);
     const Rect& box = codes[0].boundingBox;
@@ -95,30 +96,30 @@ TEST(ZXingBarcodeDetector, readsEachTypeWhenAllAreAskedForAndBoxesTheWholeCode) 
   }
 }
 
-TEST(ZXingBarcodeDetector, readsTurnedAndNoisyCodesOfEachType) {
+TEST(ZXingBarcodeDetector, ReadsTurnedAndNoisyCodesOfEachType) {
   for (const Code& code : eleven)
     for (const double degrees : {20.0, 118.0, -37.0})
       EXPECT_EQ(read(turnedPicture(written(code.format, code.payload), degrees, 500)), Texts{code.payload})
           << code.symbology << " " << degrees;
 }
 
-TEST(ZXingBarcodeDetector, theOriginOfTheBoxIsAtTheLowerLeft) {
+TEST(ZXingBarcodeDetector, TheOriginOfTheBoxIsAtTheLowerLeft) {
   const auto code = written(BarcodeFormat::QRCode, "upper left", 100, 100);
   const Bitmap picture = test::greyPicture(400, 200, [&](int x, int y) { return isDark(code, x, y) ? 0 : 255; });
-  const auto codes = ZXingBarcodeDetector().detect(picture, allTypes);
+  const auto codes = ZXingBarcodeDetector().detect(picture, allTypes, {});
   ASSERT_EQ(codes.size(), 1U);
   EXPECT_NEAR(codes[0].boundingBox.midX(), 0.125, 0.02);
   EXPECT_NEAR(codes[0].boundingBox.midY(), 0.75, 0.02);
 }
 
-TEST(ZXingBarcodeDetector, answersOnlyWhatWasAskedFor) {
+TEST(ZXingBarcodeDetector, AnswersOnlyWhatWasAskedFor) {
   const Bitmap faint = pictureOf(written(BarcodeFormat::EAN13, "6901234567892"), 150, 175);
   EXPECT_EQ(read(faint, {}), Texts{});
   EXPECT_EQ(read(faint, {{"VNBarcodeSymbologyQR"}, {"unknown"}}), Texts{});
   EXPECT_EQ(read(faint, {{"unknown"}, {"VNBarcodeSymbologyEAN13"}}), Texts{"6901234567892"});
 }
 
-TEST(ZXingBarcodeDetector, findsCodesOfDifferentTypesOnOnePictureTheSurerFirst) {
+TEST(ZXingBarcodeDetector, FindsCodesOfDifferentTypesOnOnePictureTheSurerFirst) {
   const auto bars = written(BarcodeFormat::Code39, "PRAVIK");
   const auto square = written(BarcodeFormat::QRCode, "square", 120, 120);
   EXPECT_EQ(read(test::greyPicture(
@@ -126,19 +127,19 @@ TEST(ZXingBarcodeDetector, findsCodesOfDifferentTypesOnOnePictureTheSurerFirst) 
             (Texts{"square", "PRAVIK"}));
 }
 
-TEST(ZXingBarcodeDetector, refusesInterleavedDigitsThatAreNoItf14) {
+TEST(ZXingBarcodeDetector, RefusesInterleavedDigitsThatAreNoItf14) {
   for (const char* digits : {"1234567890", "16901234567890"})
     EXPECT_EQ(read(pictureOf(written(BarcodeFormat::ITF, digits))), Texts{}) << digits;
 }
 
-TEST(ZXingBarcodeDetector, readsChineseTextThatDeclaresNoCharacterSet) {
+TEST(ZXingBarcodeDetector, ReadsChineseTextThatDeclaresNoCharacterSet) {
   // "扫码" in GB 2312, byte by byte.
   const auto code =
       ZXing::MultiFormatWriter(BarcodeFormat::QRCode).encode(std::wstring(L"\u00C9\u00A8\u00C2\u00EB"), 200, 200);
   EXPECT_EQ(read(pictureOf(code)), Texts{"扫码"});
 }
 
-TEST(ZXingBarcodeDetector, findsNothingOnPicturesWithoutACode) {
+TEST(ZXingBarcodeDetector, FindsNothingOnPicturesWithoutACode) {
   std::mt19937 random(7);
   const auto checks = [](int x, int y) { return (x + y) % 2 * 255; };
   const std::pair<const char*, std::function<int(int, int)>> patterns[] = {
@@ -154,7 +155,7 @@ TEST(ZXingBarcodeDetector, findsNothingOnPicturesWithoutACode) {
     EXPECT_EQ(read(test::greyPicture(width, height, checks)), Texts{}) << width << " x " << height;
 }
 
-TEST(ZXingBarcodeDetector, readsACropOfAColourPicture) {
+TEST(ZXingBarcodeDetector, ReadsACropOfAColourPicture) {
   const auto code = written(BarcodeFormat::QRCode, "crop", 100, 100);
   auto pixels = allocatePixels(PixelFormat::bgra8, 400, 300);
   for (int y = 0; y < 100; ++y)
@@ -166,19 +167,39 @@ TEST(ZXingBarcodeDetector, readsACropOfAColourPicture) {
   EXPECT_EQ(read(picture.crop({0, 0, 240, 300})), Texts{});
 }
 
-TEST(ZXingBarcodeDetector, looksAtTheStraightenedLabelAtLast) {
+/// Copies of a picture side by side.
+Bitmap tiled(const Bitmap& tile, int columns, int rows) {
+  return toBitmap(cv::repeat(asMat(tile), rows, columns));
+}
+
+TEST(ZXingBarcodeDetector, ReadsASheetThatIsFullOfCodes) {
+  EXPECT_EQ(read(tiled(pictureOf(written(BarcodeFormat::QRCode, "sheet", 60, 60)), 9, 9)), Texts{"sheet"});
+}
+
+TEST(ZXingBarcodeDetector, APictureFullOfCornersTakesNoLongerThanItMay) {
+  const Bitmap corner = test::greyPicture(18, 18, [](int x, int y) {
+    const int ring = std::max(std::abs(x - 9), std::abs(y - 9)) / 2;
+    return ring == 2 || ring == 4 ? 255 : 0;
+  });
+  const auto begin = std::chrono::steady_clock::now();
+  const WorkLimit limit{.deadline = begin + std::chrono::milliseconds(300), .stop = {}};
+  EXPECT_TRUE(ZXingBarcodeDetector().detect(tiled(corner, 60, 60), allTypes, limit).empty());
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3)) << "would take minutes";
+}
+
+TEST(ZXingBarcodeDetector, LooksAtTheStraightenedLabelAtLast) {
   const Bitmap blank = test::greyPicture(800, 600, [](int, int) { return 200; });
   const auto detector = std::make_shared<test::FakeRectangleDetector>();
   const auto renderer = std::make_shared<test::FakeRenderer>();
   detector->rectangles = {{{{0.5, 0.75}, {0.75, 0.75}, {0.5, 0.5}, {0.75, 0.5}}, {0.5, 0.5, 0.25, 0.25}, 0.9F}};
   renderer->rendered = [](const Bitmap&) { return pictureOf(written(BarcodeFormat::QRCode, "label", 150, 150)); };
-  const auto codes = ZXingBarcodeDetector(detector, renderer).detect(blank, allTypes);
+  const auto codes = ZXingBarcodeDetector(detector, renderer).detect(blank, allTypes, {});
   ASSERT_EQ(payloads(codes), Texts{"label"});
   EXPECT_NEAR(codes[0].boundingBox.midX(), 0.625, 0.01);
   EXPECT_NEAR(codes[0].boundingBox.midY(), 0.625, 0.01);
 
   renderer->rendered = [](const Bitmap&) { return std::nullopt; };
-  EXPECT_TRUE(ZXingBarcodeDetector(detector, renderer).detect(blank, allTypes).empty());
+  EXPECT_TRUE(ZXingBarcodeDetector(detector, renderer).detect(blank, allTypes, {}).empty());
 }
 
 }  // namespace

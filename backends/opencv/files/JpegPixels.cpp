@@ -1,0 +1,79 @@
+#include "backends/opencv/files/JpegPixels.h"
+
+// libjpeg's header wants FILE to be known.
+#include <cstdio>
+// Its own header comes after that.
+#include <jpeglib.h>
+
+#include <csetjmp>
+
+namespace pravik {
+namespace {
+
+/// libjpeg leaves a failed call by a jump; nothing with a destructor may live in a function that is jumped into.
+class JpegDecoder {
+ public:
+  JpegDecoder() {
+    codec_.err = jpeg_std_error(&errors_);
+    codec_.client_data = &failure_;
+    errors_.error_exit = [](j_common_ptr codec) { std::longjmp(*static_cast<std::jmp_buf*>(codec->client_data), 1); };
+    errors_.output_message = [](j_common_ptr) {};
+  }
+  ~JpegDecoder() { jpeg_destroy_decompress(&codec_); }
+  JpegDecoder(const JpegDecoder&) = delete;
+  JpegDecoder& operator=(const JpegDecoder&) = delete;
+  JpegDecoder(JpegDecoder&&) = delete;
+  JpegDecoder& operator=(JpegDecoder&&) = delete;
+
+  bool begin(std::span<const std::uint8_t> file) {
+    if (setjmp(failure_) != 0) return false;
+    jpeg_create_decompress(&codec_);
+    jpeg_mem_src(&codec_, file.data(), file.size());
+    jpeg_read_header(&codec_, TRUE);
+    codec_.out_color_space = isInk() ? JCS_CMYK : JCS_EXT_BGRA;
+    jpeg_start_decompress(&codec_);
+    return true;
+  }
+  cv::Size size() const { return {static_cast<int>(codec_.output_width), static_cast<int>(codec_.output_height)}; }
+  /// Whether the channels are the inks of a print.
+  bool isInk() const { return codec_.jpeg_color_space == JCS_CMYK || codec_.jpeg_color_space == JCS_YCCK; }
+  /// Whether 255 is no ink, as Adobe's programs have it.
+  bool isInverted() const { return codec_.saw_Adobe_marker == TRUE; }
+
+  bool readInto(cv::Mat& pixels) {
+    if (setjmp(failure_) != 0) return false;
+    while (codec_.output_scanline < codec_.output_height) {
+      JSAMPROW row = pixels.ptr(static_cast<int>(codec_.output_scanline));
+      jpeg_read_scanlines(&codec_, &row, 1);
+    }
+    return true;
+  }
+
+ private:
+  jpeg_decompress_struct codec_{};
+  jpeg_error_mgr errors_{};
+  std::jmp_buf failure_{};
+};
+
+/// Each of cyan, magenta and yellow takes its colour out of what black leaves.
+void inksToColors(cv::Mat& pixels, bool isInverted) {
+  if (!isInverted) cv::bitwise_not(pixels, pixels);
+  for (auto pixel = pixels.begin<cv::Vec4b>(); pixel != pixels.end<cv::Vec4b>(); ++pixel) {
+    const cv::Vec4b inks = *pixel;
+    const auto light = [&](int ink) { return static_cast<std::uint8_t>((inks[ink] * inks[3] + 127) / 255); };
+    *pixel = {light(2), light(1), light(0), 255};
+  }
+}
+
+}  // namespace
+
+cv::Mat jpegPixels(std::span<const std::uint8_t> file) {
+  JpegDecoder decoder;
+  if (!decoder.begin(file)) return {};
+  cv::Mat pixels(decoder.size(), CV_8UC4);
+  if (!decoder.readInto(pixels)) return {};
+  if (decoder.isInk()) inksToColors(pixels, decoder.isInverted());
+  return pixels;
+}
+
+}  // namespace pravik

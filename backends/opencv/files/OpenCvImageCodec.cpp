@@ -1,0 +1,143 @@
+#include "backends/opencv/files/OpenCvImageCodec.h"
+
+#include <cerrno>
+#include <fstream>
+#include <mutex>
+#include <new>
+#include <opencv2/core/utils/logger.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "backends/opencv/Mat.h"
+#include "backends/opencv/files/JpegPixels.h"
+#include "backends/opencv/files/PictureHeader.h"
+#include "backends/opencv/files/PngPixels.h"
+#include "backends/opencv/files/TiffPixels.h"
+
+namespace pravik {
+namespace {
+
+constexpr int jpegQuality = 92;
+
+/// OpenCV writes its warnings to standard error, which belongs to the program.
+void silenceOpenCv() {
+  static std::once_flag once;
+  std::call_once(once, [] { cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT); });
+}
+
+void requireSize(std::uintmax_t bytes) {
+  if (bytes == 0) throw std::runtime_error("the file is empty");
+  if (bytes > maximumPictureFileBytes)
+    throw std::runtime_error("too large: " + std::to_string(bytes >> 20U) + " MiB, at most " +
+                             std::to_string(maximumPictureFileBytes >> 20U) + " MiB");
+}
+
+/// The pixels as they are stored: one, three or four channels of 8 bits; none when the file is damaged.
+cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format) {
+  if (format == PictureFormat::jpeg) return jpegPixels(file);
+  if (format == PictureFormat::png) return pngPixels(file);
+  if (format == PictureFormat::tiff) return tiffPixels(file);
+  const cv::Mat bytes(1, static_cast<int>(file.size()), CV_8UC1, const_cast<std::uint8_t*>(file.data()));
+  // Only a decoder that is asked for unchanged pixels hands out transparency.
+  return cv::imdecode(bytes, cv::IMREAD_UNCHANGED);
+}
+
+/// Lays what is transparent over white and leaves every pixel opaque.
+void composeOverWhite(cv::Mat& bgra) {
+  for (int y = 0; y < bgra.rows; ++y) {
+    std::uint8_t* pixel = bgra.ptr(y);
+    for (int x = 0; x < bgra.cols; ++x, pixel += 4) {
+      const int alpha = pixel[3];
+      if (alpha == 255) continue;
+      for (int c = 0; c < 3; ++c)
+        pixel[c] = static_cast<std::uint8_t>((pixel[c] * alpha + 255 * (255 - alpha) + 127) / 255);
+      pixel[3] = 255;
+    }
+  }
+}
+
+cv::Mat toBgra(const cv::Mat& pixels) {
+  cv::Mat bgra;
+  switch (pixels.channels()) {
+    case 1:
+      cv::cvtColor(pixels, bgra, cv::COLOR_GRAY2BGRA);
+      break;
+    case 3:
+      cv::cvtColor(pixels, bgra, cv::COLOR_BGR2BGRA);
+      break;
+    case 4:
+      bgra = pixels;
+      composeOverWhite(bgra);
+      break;
+    default:
+      throw std::runtime_error("pixels of this kind cannot be read");
+  }
+  return bgra;
+}
+
+Bitmap decodeUpright(std::span<const std::uint8_t> file, const PictureHeader& header) {
+  cv::Mat pixels = decodePixels(file, header.format);
+  if (pixels.empty()) throw std::runtime_error("the picture is damaged");
+  pixels = toBgra(pixels);
+  return uprightBitmap(toBitmap(pixels), header.orientation);
+}
+
+std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (status.type() == std::filesystem::file_type::not_found) throw std::runtime_error("no such file");
+  if (error) throw std::runtime_error("cannot be read: " + error.message());
+  if (std::filesystem::is_directory(status)) throw std::runtime_error("is a directory");
+  // Opening a pipe or a device may wait for ever.
+  if (!std::filesystem::is_regular_file(status)) throw std::runtime_error("not a regular file");
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (error) throw std::runtime_error("cannot be read: " + error.message());
+  requireSize(size);
+
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) throw std::runtime_error("cannot be read: " + std::generic_category().message(errno));
+  std::vector<std::uint8_t> bytes(size);
+  stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  if (!stream) throw std::runtime_error("cannot be read: the file became shorter");
+  return bytes;
+}
+
+}  // namespace
+
+Image OpenCvImageCodec::decode(std::span<const std::uint8_t> file) const {
+  silenceOpenCv();
+  requireSize(file.size());
+  const PictureHeader header = readPictureHeader(file);
+  try {
+    return {.bitmap = decodeUpright(file, header)};
+  } catch (const cv::Exception& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
+    throw std::runtime_error("the picture is damaged");
+  }
+}
+
+Image OpenCvImageCodec::load(const std::filesystem::path& path) const {
+  return decode(readFile(path));
+}
+
+std::vector<std::uint8_t> OpenCvImageCodec::encode(const Bitmap& bitmap, ImageFileFormat format) const {
+  silenceOpenCv();
+  std::vector<std::uint8_t> file;
+  try {
+    cv::Mat pixels = asMat(bitmap);
+    if (bitmap.format() == PixelFormat::bgra8) cv::cvtColor(pixels, pixels, cv::COLOR_BGRA2BGR);
+    const bool written = format == ImageFileFormat::png
+                             ? cv::imencode(".png", pixels, file)
+                             : cv::imencode(".jpg", pixels, file, {cv::IMWRITE_JPEG_QUALITY, jpegQuality});
+    if (written) return file;
+  } catch (const cv::Exception&) {
+    // The text of OpenCV's exceptions is for programmers.
+  }
+  throw std::runtime_error("a picture of " + std::to_string(bitmap.width()) + " x " + std::to_string(bitmap.height()) +
+                           " pixels cannot be written in this format");
+}
+
+}  // namespace pravik

@@ -1,0 +1,287 @@
+#include "backends/opencv/files/PictureHeader.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdlib>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "Platform/ImageCodec.h"
+
+namespace pravik {
+namespace {
+
+using namespace std::string_view_literals;
+
+/// Reads whole numbers out of a file in memory. Every read past the end throws std::runtime_error.
+class ByteReader {
+ public:
+  ByteReader(std::span<const std::uint8_t> bytes, std::endian order) : bytes_(bytes), order_(order) {}
+
+  std::size_t size() const { return bytes_.size(); }
+  std::uint8_t u8(std::size_t at) const { return part(at, 1)[0]; }
+  std::uint16_t u16(std::size_t at) const { return static_cast<std::uint16_t>(number(at, 2)); }
+  std::uint32_t u32(std::size_t at) const { return number(at, 4); }
+  /// A number of three bytes.
+  std::uint32_t u24(std::size_t at) const { return number(at, 3); }
+
+  /// Whether these bytes stand there; false past the end.
+  bool matches(std::size_t at, std::string_view text) const {
+    if (at > size() || text.size() > size() - at) return false;
+    for (std::size_t i = 0; i < text.size(); ++i)
+      if (bytes_[at + i] != static_cast<std::uint8_t>(text[i])) return false;
+    return true;
+  }
+
+  std::span<const std::uint8_t> part(std::size_t at, std::size_t length) const {
+    if (at > size() || length > size() - at) throw std::runtime_error("the file is truncated");
+    return bytes_.subspan(at, length);
+  }
+
+ private:
+  std::uint32_t number(std::size_t at, std::size_t length) const {
+    const auto digits = part(at, length);
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < length; ++i)
+      value = value << 8U | digits[order_ == std::endian::big ? i : length - 1 - i];
+    return value;
+  }
+
+  std::span<const std::uint8_t> bytes_;
+  std::endian order_;
+};
+
+/// What the first directory of TIFF data (TIFF 6.0, section 2) says; Exif data has the same form.
+struct TiffDirectory {
+  std::optional<std::uint32_t> width;
+  std::optional<std::uint32_t> height;
+  ImageOrientation orientation = ImageOrientation::up;
+};
+
+constexpr std::uint16_t widthTag = 0x100, heightTag = 0x101, orientationTag = 0x112;
+constexpr std::uint16_t stripOffsetsTag = 0x111, stripLengthsTag = 0x117;
+constexpr std::uint16_t tileOffsetsTag = 0x144, tileLengthsTag = 0x145;
+constexpr std::uint16_t shortType = 3;
+
+/// One value of the entry that begins at `entry`; values that do not fit into the entry lie elsewhere.
+std::uint32_t valueOf(const ByteReader& bytes, std::size_t entry, std::size_t index) {
+  const std::size_t size = bytes.u16(entry + 2) == shortType ? 2 : 4;
+  const bool inside = bytes.u32(entry + 4) * size <= 4;
+  const std::size_t at = (inside ? entry + 8 : bytes.u32(entry + 8)) + index * size;
+  return size == 2 ? bytes.u16(at) : bytes.u32(at);
+}
+
+/// Throws when a strip or tile of pixels reaches beyond the end of the data.
+void requirePixels(const ByteReader& bytes, std::size_t offsets, std::size_t lengths) {
+  const std::size_t count = std::min(bytes.u32(offsets + 4), bytes.u32(lengths + 4));
+  for (std::size_t i = 0; i < count; ++i) bytes.part(valueOf(bytes, offsets, i), valueOf(bytes, lengths, i));
+}
+
+/// Throws std::runtime_error when the data end before the directory or before the pixels it tells of.
+TiffDirectory readTiffDirectory(std::span<const std::uint8_t> tiff) {
+  const bool bigEndian = ByteReader(tiff, std::endian::big).matches(0, "MM");
+  const ByteReader bytes(tiff, bigEndian ? std::endian::big : std::endian::little);
+  const std::size_t directory = bytes.u32(4);
+  const std::size_t count = bytes.u16(directory);
+  TiffDirectory found;
+  std::size_t offsets = 0, lengths = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t entry = directory + 2 + 12 * i;
+    const std::uint16_t tag = bytes.u16(entry);
+    // Of a size given twice the larger counts, so that no decoder meets more pixels than were promised.
+    if (tag == widthTag) found.width = std::max(found.width.value_or(0), valueOf(bytes, entry, 0));
+    if (tag == heightTag) found.height = std::max(found.height.value_or(0), valueOf(bytes, entry, 0));
+    if (tag == stripOffsetsTag || tag == tileOffsetsTag) offsets = entry;
+    if (tag == stripLengthsTag || tag == tileLengthsTag) lengths = entry;
+    if (tag == orientationTag) {
+      const std::uint32_t value = valueOf(bytes, entry, 0);
+      if (value >= 1 && value <= 8) found.orientation = static_cast<ImageOrientation>(value);
+    }
+  }
+  if (offsets != 0 && lengths != 0) requirePixels(bytes, offsets, lengths);
+  return found;
+}
+
+// More scans than any encoder writes would only keep the decoder busy.
+constexpr int maximumJpegScans = 500;
+
+[[noreturn]] void refuse(const char* reason) {
+  throw std::runtime_error(reason);
+}
+
+void requireSize(const PictureHeader& header) {
+  if (header.width < 1 || header.height < 1) refuse("the picture is damaged");
+  if (header.height > maximumPicturePixels / header.width)
+    throw std::runtime_error("too large: " + std::to_string(header.width) + " x " + std::to_string(header.height) +
+                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
+}
+
+ByteReader bigEndian(std::span<const std::uint8_t> bytes) {
+  return {bytes, std::endian::big};
+}
+ByteReader littleEndian(std::span<const std::uint8_t> bytes) {
+  return {bytes, std::endian::little};
+}
+
+/// Damaged Exif data is no reason to refuse a picture: it stands up then.
+ImageOrientation exifOrientation(std::span<const std::uint8_t> exif) {
+  try {
+    return readTiffDirectory(exif).orientation;
+  } catch (const std::runtime_error&) {
+    return ImageOrientation::up;
+  }
+}
+
+/// The place of the next marker after the coded pixels of a scan (ITU-T T.81, B.1.1.5).
+std::size_t endOfScan(const ByteReader& bytes, std::size_t at) {
+  while (true) {
+    if (bytes.u8(at) == 0xFF) {
+      const std::uint8_t code = bytes.u8(at + 1);
+      const bool stuffing = code == 0x00, restart = code >= 0xD0 && code <= 0xD7, fill = code == 0xFF;
+      if (!stuffing && !restart && !fill) return at;
+    }
+    ++at;
+  }
+}
+
+/// Walks all segments to the end marker, because a decoder fills up what is missing with grey.
+PictureHeader readJpeg(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = bigEndian(file);
+  PictureHeader header{.format = PictureFormat::jpeg, .width = 0, .height = 0};
+  int scans = 0;
+  for (std::size_t at = 2;;) {
+    if (bytes.u8(at) != 0xFF) refuse("the picture is damaged");
+    const std::uint8_t code = bytes.u8(at + 1);
+    if (code == 0xFF) {
+      ++at;
+      continue;
+    }
+    if (code == 0xD9) break;
+    const std::size_t length = bytes.u16(at + 2);
+    const bool frame = code >= 0xC0 && code <= 0xCF && code != 0xC4 && code != 0xC8 && code != 0xCC;
+    if (frame) {
+      // A decoder reads the first frame only; the size of another would hide that of the first.
+      if (header.width > 0) refuse("the picture is damaged");
+      header.height = bytes.u16(at + 5);
+      header.width = bytes.u16(at + 7);
+    } else if (code == 0xE1 && bytes.matches(at + 4, "Exif\0\0"sv) && length >= 8) {
+      header.orientation = exifOrientation(bytes.part(at + 10, length - 8));
+    }
+    at += 2 + length;
+    if (code == 0xDA) {
+      if (++scans > maximumJpegScans) refuse("the picture is damaged");
+      at = endOfScan(bytes, at);
+    }
+  }
+  if (scans == 0) refuse("the picture is damaged");
+  return header;
+}
+
+/// The check sum of a chunk (PNG, annex D).
+std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
+  static const auto table = [] {
+    std::array<std::uint32_t, 256> sums{};
+    for (std::uint32_t i = 0; i < sums.size(); ++i) {
+      std::uint32_t sum = i;
+      for (int bit = 0; bit < 8; ++bit) sum = (sum & 1U) != 0 ? 0xEDB88320U ^ sum >> 1U : sum >> 1U;
+      sums[i] = sum;
+    }
+    return sums;
+  }();
+  std::uint32_t sum = ~0U;
+  for (const std::uint8_t byte : bytes) sum = table[(sum ^ byte) & 0xFFU] ^ sum >> 8U;
+  return ~sum;
+}
+
+PictureHeader readPng(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = bigEndian(file);
+  PictureHeader header{.format = PictureFormat::png, .width = bytes.u32(16), .height = bytes.u32(20)};
+  // Before the rest of a file is walked through.
+  requireSize(header);
+  for (std::size_t at = 8, length = 0;; at += 12 + length) {
+    length = bytes.u32(at);
+    if (crc32(bytes.part(at + 4, length + 4)) != bytes.u32(at + 8 + length)) refuse("the picture is damaged");
+    if (bytes.matches(at + 4, "eXIf")) header.orientation = exifOrientation(bytes.part(at + 8, length));
+    if (bytes.matches(at + 4, "IEND")) break;
+  }
+  return header;
+}
+
+PictureHeader readBmp(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = littleEndian(file);
+  PictureHeader header{.format = PictureFormat::bmp, .width = 0, .height = 0};
+  if (bytes.u32(14) == 12) {
+    header.width = bytes.u16(18);
+    header.height = bytes.u16(20);
+    return header;
+  }
+  header.width = static_cast<std::int32_t>(bytes.u32(18));
+  // Rows from the top have a negative height.
+  header.height = std::abs(std::int64_t{static_cast<std::int32_t>(bytes.u32(22))});
+  // Before the size is multiplied.
+  requireSize(header);
+  const std::uint16_t bitsPerPixel = bytes.u16(28);
+  const bool uncompressed = bytes.u32(30) == 0;
+  const std::int64_t rowBytes = (header.width * bitsPerPixel + 31) / 32 * 4;
+  const std::int64_t room = static_cast<std::int64_t>(bytes.size()) - bytes.u32(10);
+  if (uncompressed && rowBytes * header.height > room) refuse("the file is truncated");
+  return header;
+}
+
+/// RIFF container of WebP: the size of the canvas is in the first chunk, whichever of the three kinds it is.
+PictureHeader readWebp(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = littleEndian(file);
+  bytes.part(8, bytes.u32(4));
+  PictureHeader header{.format = PictureFormat::webp, .width = 0, .height = 0};
+  if (bytes.matches(12, "VP8X")) {
+    constexpr unsigned animated = 2;
+    if ((bytes.u8(20) & animated) != 0) refuse("an animated picture cannot be read");
+    header.width = 1 + std::int64_t{bytes.u24(24)};
+    header.height = 1 + std::int64_t{bytes.u24(27)};
+  } else if (bytes.matches(12, "VP8L")) {
+    const std::uint32_t sizes = bytes.u32(21);
+    header.width = 1 + (sizes & 0x3FFFU);
+    header.height = 1 + (sizes >> 14U & 0x3FFFU);
+  } else if (bytes.matches(12, "VP8 ")) {
+    header.width = bytes.u16(26) & 0x3FFF;
+    header.height = bytes.u16(28) & 0x3FFF;
+  }
+  for (std::size_t at = 12; at + 8 <= bytes.size();) {
+    const std::size_t length = bytes.u32(at + 4);
+    if (bytes.matches(at, "EXIF")) header.orientation = exifOrientation(bytes.part(at + 8, length));
+    at += 8 + length + length % 2;
+  }
+  return header;
+}
+
+PictureHeader readTiff(std::span<const std::uint8_t> file) {
+  const TiffDirectory directory = readTiffDirectory(file);
+  return {.format = PictureFormat::tiff,
+          .width = directory.width.value_or(0),
+          .height = directory.height.value_or(0),
+          .orientation = directory.orientation};
+}
+
+PictureHeader readByFormat(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = bigEndian(file);
+  if (bytes.matches(0, "\xFF\xD8\xFF"sv)) return readJpeg(file);
+  if (bytes.matches(0, "\x89PNG\r\n\x1A\n"sv)) return readPng(file);
+  if (bytes.matches(0, "RIFF"sv) && bytes.matches(8, "WEBP"sv)) return readWebp(file);
+  if (bytes.matches(0, "II*\0"sv) || bytes.matches(0, "MM\0*"sv)) return readTiff(file);
+  if (bytes.matches(0, "BM"sv) && bytes.size() > 26) return readBmp(file);
+  refuse("not a picture (JPEG, PNG, WebP, BMP and TIFF can be read)");
+}
+
+}  // namespace
+
+PictureHeader readPictureHeader(std::span<const std::uint8_t> file) {
+  const PictureHeader header = readByFormat(file);
+  requireSize(header);
+  return header;
+}
+
+}  // namespace pravik

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <stop_token>
+#include <string_view>
+
+#include "Records/DocumentKind.h"
+#include "Records/OCRError.h"
+
+namespace pravik {
+
+/// The stage of reading a bank card that gave the number: the reading of the whole card, that of the card enhanced
+/// once more, that of the band around the number, or the fusion of what all of them read in pieces.
+enum class BankCardStage : std::uint8_t { firstReading, enhancedRetry, numberBand, fusion };
+
+/// Why a picture gave no record, in words that a person can act on.
+enum class UnreadReason : std::uint8_t {
+  invalidPicture,  ///< the picture has no pixels, or too many
+  tooSmall,        ///< too few pixels to make out print
+  tooDark,
+  noCardFound,    ///< neither the outline of a card nor any text
+  noTextFound,    ///< a card, but no text on it
+  noNumberFound,  ///< text, but not what the kind cannot do without: its number, or its office and validity
+  wrongDocument,  ///< the text is that of another kind of document
+  noCodeFound,
+  timeSpent,  ///< the time limit came before a record
+  cancelled,
+  engineFailed  ///< a part of the installation cannot work; the error tells which
+};
+
+/// A stable name in snake case, such as "no_text_found".
+std::string_view codeOf(UnreadReason reason);
+/// What is wrong and what to do about it, in Chinese.
+std::string_view chineseText(UnreadReason reason);
+/// The same in English.
+std::string_view englishText(UnreadReason reason);
+
+/// What is known of a reading beside its record.
+struct ReadingReport {
+  /// Absent when there is a record.
+  std::optional<UnreadReason> unreadReason;
+  /// Absent for what is no bank card, and when there is no record.
+  std::optional<BankCardStage> stage;
+};
+
+/// What a picture gave.
+struct Reading {
+  Result<Record> record;
+  ReadingReport report;
+};
+
+/// How long a reading may take, and how it is called off.
+struct ReadingLimits {
+  /// When it is over, what was read so far decides.
+  std::chrono::milliseconds time{10'000};
+  /// Ends the reading with `cancelled` before its next stage, and the stage under way as soon as its engine can.
+  std::stop_token stop = {};
+};
+
+}  // namespace pravik

@@ -1,0 +1,63 @@
+#include "Reading/ReadingParts.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/ImageCodec.h"
+#include "Utils/Format.h"
+
+#include "Utils/GuardedCall.h"
+#include "Utils/OCRLogger.h"
+
+namespace pravik {
+namespace {
+
+/// Print that is a fortieth of a card's height needs eight pixels.
+constexpr int leastSide = 320;
+/// Darker pictures than this have lost the print in the noise of the camera.
+constexpr double darkMean = 0.16;
+
+UnreadReason reasonOfMissingRecord(const ReadingParts& parts, const Image& image, bool hasText) {
+  if (parts.limit.isSpent()) return UnreadReason::timeSpent;
+  if (!image.bitmap) return UnreadReason::invalidPicture;
+  if (std::min(image.bitmap->width(), image.bitmap->height()) < leastSide) return UnreadReason::tooSmall;
+  if (parts.preprocessor.analyzeImage(*image.bitmap).mean < darkMean) return UnreadReason::tooDark;
+  if (hasText) return UnreadReason::noNumberFound;
+  return parts.preprocessor.showsRectangle(image) ? UnreadReason::noTextFound : UnreadReason::noCardFound;
+}
+
+}  // namespace
+
+Observations ReadingParts::recognize(const Bitmap& bitmap, TextRecognizer::Options options) const {
+  options.limit = limit;
+  Observations observations = recognizer.recognizeNow(bitmap, options);
+  if (limit.stop.stop_requested()) throw OCRError::cancelled();
+  return observations;
+}
+
+void ReadingParts::debugSaveImage(const Image& image, std::string_view label) const {
+  if (!debugPictures || !image.bitmap) return;
+  const auto save = [&] { debugPictures->save(uprightBitmap(*image.bitmap, image.orientation), std::string(label)); };
+  if (const auto failure = failureOf(save))
+    return OCRLogger::warning([&] { return formatted("调试图片保存失败: {} ({})", label, *failure); });
+  OCRLogger::debug([&] { return formatted(" 调试图片已保存到相册: {}", label); });
+}
+
+bool ReadingParts::goesOn() const {
+  if (limit.stop.stop_requested()) throw OCRError::cancelled();
+  return !limit.isSpent();
+}
+
+bool isUsable(const Image& image) {
+  return image.bitmap && hasAllowedSize(*image.bitmap);
+}
+
+Reading failed(const OCRError& error, UnreadReason reason) {
+  return {.record = tl::unexpected(error), .report = {.unreadReason = reason, .stage = std::nullopt}};
+}
+
+Reading withoutRecord(const ReadingParts& parts, const Image& image, bool hasText) {
+  return failed(OCRError::insufficientText(), reasonOfMissingRecord(parts, image, hasText));
+}
+
+}  // namespace pravik

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "Core/ImagePreprocessor.h"
+#include "Core/TextRecognizer.h"
+#include "Platform/BarcodeDetector.h"
+#include "Platform/PhotoLibrary.h"
+#include "Platform/WorkLimit.h"
+#include "Reading/CrossAttemptAccumulator.h"
+#include "Reading/Reading.h"
+
+namespace pravik {
+
+/// What a reading needs. A call takes a copy with it, so that it outlives the SDK that began it.
+struct ReadingParts {
+  TextRecognizer recognizer;
+  ImagePreprocessor preprocessor;
+  std::shared_ptr<const BarcodeDetector> barcodeDetector;
+  /// Takes the pictures of every stage for a person to look at; absent when none are wanted.
+  std::shared_ptr<PhotoLibrary> debugPictures;
+  /// Takes what bank cards gave that had no number.
+  std::shared_ptr<CrossAttemptAccumulator> accumulator;
+  WorkLimit limit;
+
+  /// The blocks of text on a picture. Throws cancelled when the reading was called off, else what the engine throws.
+  Observations recognize(const Bitmap& bitmap, TextRecognizer::Options options) const;
+  /// Saves a picture of a stage, upright, under a label when such are wanted; a failure is logged.
+  void debugSaveImage(const Image& image, std::string_view label) const;
+  /// Whether there is time for another stage. Throws cancelled when the reading was called off.
+  bool goesOn() const;
+};
+
+/// Whether an image has pixels, and not too many.
+bool isUsable(const Image& image);
+
+/// A reading that ended with an error.
+Reading failed(const OCRError& error, UnreadReason reason);
+/// A reading that found no record, with what is wrong with the picture.
+Reading withoutRecord(const ReadingParts& parts, const Image& image, bool hasText);
+
+}  // namespace pravik

@@ -1,0 +1,125 @@
+#include "Reading/SceneValidation.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Parsers/CitizenNumber.h"
+#include "Records/OCRError.h"
+#include "Utils/OCRLogger.h"
+#include "Utils/RegexHelper.h"
+#include "Utils/Text.h"
+
+namespace pravik {
+namespace {
+
+constexpr std::array<std::string_view, 7> frontKeywords{"姓名",     "性别",     "民族",      "住址",
+                                                        "公民身份", "身份号码", "居民身份证"};
+constexpr std::array<std::string_view, 4> backKeywords{"签发机关", "有效期限", "有效期", "中华人民共和国"};
+
+/// A keyword in capitals is looked for in the text in capitals; one in mixed case only as it is written.
+struct BankKeyword {
+  std::string_view word;
+  bool anyCase;
+};
+constexpr std::array<BankKeyword, 11> bankKeywords{{{"银行", true},
+                                                    {"BANK", true},
+                                                    {"UnionPay", false},
+                                                    {"VISA", true},
+                                                    {"MASTERCARD", true},
+                                                    {"JCB", true},
+                                                    {"借记卡", true},
+                                                    {"信用卡", true},
+                                                    {"储蓄卡", true},
+                                                    {"贷记卡", true},
+                                                    {"银联", true}}};
+constexpr const char* validityRangePattern = R"((\d{8})\s*[-—–]\s*(\d{8}|长期))";
+
+int countContained(std::string_view text, std::span<const std::string_view> words) {
+  int count = 0;
+  for (const std::string_view word : words) count += contains(text, word) ? 1 : 0;
+  return count;
+}
+
+/// What a text looks like.
+struct SceneFeatures {
+  bool looksFront = false;
+  bool looksBack = false;
+  bool looksBank = false;
+  /// The bank keywords found, for the log.
+  std::string matchedBankKeywords;
+
+  bool looksIDCard() const { return looksFront || looksBack; }
+};
+
+SceneFeatures featuresOf(const std::string& text) {
+  const std::string compact = removingAll(text, " ");
+  const std::string upper = uppercased(text);
+  SceneFeatures features;
+
+  const int front = countContained(text, frontKeywords);
+  features.looksFront = front >= 2 || (front >= 1 && RegexHelper::matches(citizenNumberPattern, compact));
+  const int back = countContained(text, backKeywords);
+  features.looksBack = back >= 2 || (back >= 1 && RegexHelper::matches(validityRangePattern, compact));
+
+  for (const BankKeyword& keyword : bankKeywords) {
+    if (!contains(keyword.anyCase ? upper : text, keyword.word)) continue;
+    if (!features.matchedBankKeywords.empty()) features.matchedBankKeywords += "、";
+    features.matchedBankKeywords += keyword.word;
+  }
+  features.looksBank = !features.matchedBankKeywords.empty() || contains(upper, "VALID") || contains(upper, "THRU");
+  return features;
+}
+
+/// Why a text does not belong to the expected scene.
+struct Mismatch {
+  std::string warning;
+  OCRError error;
+};
+
+std::optional<Mismatch> findMismatch(const SceneFeatures& found, SceneType expected) {
+  const bool onlyBank = found.looksBank && !found.looksIDCard();
+  switch (expected) {
+    case SceneType::idCard:
+      if (onlyBank)
+        return Mismatch{"场景不匹配: 期望身份证，但检测到银行卡特征 (银行卡关键词=" + found.matchedBankKeywords + ")",
+                        OCRError::sceneMismatch("身份证", "银行卡")};
+      return std::nullopt;
+    case SceneType::idCardFront:
+      if (onlyBank)
+        return Mismatch{"场景不匹配: 期望身份证正面，但检测到银行卡特征",
+                        OCRError::sceneMismatch("身份证正面", "银行卡")};
+      if (found.looksBack && !found.looksFront)
+        return Mismatch{"场景不匹配: 期望身份证正面，但检测到身份证背面特征 (签发机关/有效期限)",
+                        OCRError::sceneMismatch("身份证正面", "身份证背面")};
+      return std::nullopt;
+    case SceneType::idCardBack:
+      if (onlyBank)
+        return Mismatch{"场景不匹配: 期望身份证背面，但检测到银行卡特征",
+                        OCRError::sceneMismatch("身份证背面", "银行卡")};
+      if (found.looksFront && !found.looksBack)
+        return Mismatch{"场景不匹配: 期望身份证背面，但检测到身份证正面特征 (姓名/性别/住址)",
+                        OCRError::sceneMismatch("身份证背面", "身份证正面")};
+      return std::nullopt;
+    case SceneType::bankCard: {
+      if (!found.looksIDCard() || found.looksBank) return std::nullopt;
+      const std::string detected = found.looksFront ? "身份证正面" : "身份证背面";
+      return Mismatch{"场景不匹配: 期望银行卡，但检测到" + detected, OCRError::sceneMismatch("银行卡", detected)};
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+void validateScene(const Observations& observations, SceneType expected) {
+  const std::optional<Mismatch> mismatch = findMismatch(featuresOf(lineText(observations)), expected);
+  if (!mismatch) return;
+  OCRLogger::warning([&] { return mismatch->warning; });
+  throw OCRError(mismatch->error);
+}
+
+}  // namespace pravik
