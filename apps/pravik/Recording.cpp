@@ -17,6 +17,11 @@ class RecordedTextEngine final : public TextEngine {
     return texts;
   }
 
+  std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader reader,
+                                     const WorkLimit& limit) const override {
+    return engine_->readDigits(rows, reader, limit);
+  }
+
  private:
   std::shared_ptr<const TextEngine> engine_;
   std::shared_ptr<Recording> recording_;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pravik::ppocr {
@@ -16,6 +18,8 @@ class KeyList {
   int size() const { return static_cast<int>(texts_.size()); }
   /// The text of a class; the blank's is empty.
   const std::string& text(int label) const { return texts_[static_cast<std::size_t>(label)]; }
+  /// The classes whose text is one of these; those that the model lacks are left out.
+  std::vector<int> labelsOf(std::span<const std::string_view> texts) const;
 
  private:
   std::vector<std::string> texts_;

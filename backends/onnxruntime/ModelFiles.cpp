@@ -8,6 +8,7 @@
 #include <new>
 #include <system_error>
 
+#include "backends/onnxruntime/DigitRowReader.h"
 #include "backends/onnxruntime/DirectionClassifier.h"
 #include "backends/onnxruntime/LineReader.h"
 #include "backends/onnxruntime/TextDetector.h"
@@ -37,9 +38,11 @@ std::vector<ModelFileStatus> checkModels(const std::string& modelDirectory) {
   const auto detection = modelPath(modelDirectory, detectionModelFile);
   const auto direction = modelPath(modelDirectory, directionModelFile);
   const auto recognition = modelPath(modelDirectory, recognitionModelFile);
+  const auto digitRows = modelPath(modelDirectory, digitRowModelFile);
   return {{detectionModelFile, detection, problemOf([&] { ppocr::TextDetector(detection, 1); })},
           {directionModelFile, direction, problemOf([&] { ppocr::DirectionClassifier(direction, 1); })},
-          {recognitionModelFile, recognition, problemOf([&] { ppocr::LineReader(recognition, 1); })}};
+          {recognitionModelFile, recognition, problemOf([&] { ppocr::LineReader(recognition, 1); })},
+          {digitRowModelFile, digitRows, problemOf([&] { ppocr::DigitRowReader(digitRows, 1); })}};
 }
 
 std::filesystem::path onnxRuntimeLibrary() {

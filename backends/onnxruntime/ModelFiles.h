@@ -10,6 +10,7 @@ namespace pravik {
 inline constexpr const char* detectionModelFile = "ch_PP-OCRv4_det_infer.onnx";
 inline constexpr const char* recognitionModelFile = "PP-OCRv6_rec_small.onnx";
 inline constexpr const char* directionModelFile = "ch_ppocr_mobile_v2.0_cls_infer.onnx";
+inline constexpr const char* digitRowModelFile = "digit-rows.onnx";
 
 /// Where the engine looks for one of these files.
 std::string modelPath(const std::string& modelDirectory, const char* file);

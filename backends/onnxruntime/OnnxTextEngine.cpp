@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "backends/onnxruntime/Cropping.h"
+#include "backends/onnxruntime/DigitRowReader.h"
 #include "backends/onnxruntime/DirectionClassifier.h"
 #include "backends/onnxruntime/Languages.h"
 #include "backends/onnxruntime/LineReader.h"
@@ -30,6 +31,16 @@ int threads(const OnnxTextEngineOptions& options) {
                                  : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
+/// What `work` gives; running out of memory in OpenCV is told as everywhere else.
+auto withOwnErrors(const auto& work) {
+  try {
+    return work();
+  } catch (const cv::Exception& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
+    throw;
+  }
+}
+
 Rect normalised(const TextBox& box, cv::Size picture) {
   const cv::Rect2d bounds = box.bounds();
   const double left = std::clamp(bounds.x / picture.width, 0.0, 1.0);
@@ -46,11 +57,13 @@ class OnnxTextEngine::Models {
   explicit Models(const OnnxTextEngineOptions& options)
       : detector(modelPath(options.modelDirectory, detectionModelFile), threads(options)),
         classifier(modelPath(options.modelDirectory, directionModelFile), threads(options)),
-        reader(modelPath(options.modelDirectory, recognitionModelFile), threads(options)) {}
+        reader(modelPath(options.modelDirectory, recognitionModelFile), threads(options)),
+        digitRows(modelPath(options.modelDirectory, digitRowModelFile), threads(options)) {}
 
   ppocr::TextDetector detector;
   ppocr::DirectionClassifier classifier;
   ppocr::LineReader reader;
+  ppocr::DigitRowReader digitRows;
 };
 
 OnnxTextEngine::OnnxTextEngine(OnnxTextEngineOptions options) : options_(std::move(options)) {}
@@ -69,12 +82,19 @@ std::shared_ptr<const OnnxTextEngine::Models> OnnxTextEngine::models() const {
 std::vector<RecognizedText> OnnxTextEngine::recognize(const Bitmap& bitmap, const TextRequest& request) const {
   ppocr::requireLanguages(request.recognitionLanguages);
   if (request.limit.isSpent()) return {};
-  try {
-    return textsOn(bitmap, request, *models());
-  } catch (const cv::Exception& error) {
-    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
-    throw;
-  }
+  return withOwnErrors([&] { return textsOn(bitmap, request, *models()); });
+}
+
+std::vector<SeenDigits> OnnxTextEngine::readDigits(const std::vector<Bitmap>& rows, DigitReader reader,
+                                                   const WorkLimit& limit) const {
+  return withOwnErrors([&] {
+    std::vector<cv::Mat> pictures;
+    pictures.reserve(rows.size());
+    for (const Bitmap& row : rows) pictures.push_back(ppocr::toBgr(asMat(row)));
+    const auto loaded = models();
+    return reader == DigitReader::quick ? loaded->digitRows.read(pictures, limit)
+                                        : loaded->reader.readDigits(pictures, limit);
+  });
 }
 
 std::vector<RecognizedText> OnnxTextEngine::textsOn(const Bitmap& bitmap, const TextRequest& request,

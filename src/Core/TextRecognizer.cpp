@@ -34,6 +34,11 @@ Observations TextRecognizer::recognizeNow(const Bitmap& bitmap, const Options& o
   return observationsFrom(engine_->recognize(bitmap, options));
 }
 
+std::vector<SeenDigits> TextRecognizer::readDigits(const std::vector<Bitmap>& rows, DigitReader reader,
+                                                   const WorkLimit& limit) const {
+  return engine_ ? engine_->readDigits(rows, reader, limit) : std::vector<SeenDigits>{};
+}
+
 void TextRecognizer::recognize(const Bitmap& bitmap, const Options& options,
                                std::function<void(Result<Observations>)> completion) const {
   std::function<Result<Observations>()> work = [recognizer = *this, bitmap, options] {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -44,6 +45,22 @@ struct RecognizedText {
   Rect boundingBox;
 };
 
+/// A digit seen on a picture of a row of digits.
+struct SeenDigit {
+  /// Where its middle lies along the row: 0 at the left edge of the picture, 1 at the right.
+  double position = 0;
+  /// How likely it is each of 0 to 9; what is missing to 1 is how likely nothing stands there.
+  std::array<float, 10> probabilities{};
+
+  bool operator==(const SeenDigit&) const = default;
+};
+
+/// The digits of a row from left to right; empty when none was seen.
+using SeenDigits = std::vector<SeenDigit>;
+
+/// How an engine reads digits: `quick` to search with and for a second opinion, `thorough` as well as it can.
+enum class DigitReader : std::uint8_t { quick, thorough };
+
 /// Reads text. A call blocks; calls from several threads may overlap.
 class TextEngine {
  public:
@@ -52,6 +69,14 @@ class TextEngine {
   /// The blocks of text in reading order. No text is an empty list. Throws std::exception with a text that a
   /// user can read when the engine cannot work (a missing model, a language that it lacks).
   virtual std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const = 0;
+
+  /// The digits on pictures that show one row each, as if nothing but digits could stand there. One answer a picture,
+  /// in their order; when the limit is spent, what is left has none. An engine that cannot read digits alone gives an
+  /// empty list, as this one does. Throws as `recognize` does.
+  virtual std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& /*rows*/, DigitReader /*reader*/,
+                                             const WorkLimit& /*limit*/) const {
+    return {};
+  }
 };
 
 }  // namespace pravik

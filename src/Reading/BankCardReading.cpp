@@ -13,6 +13,7 @@
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
 #include "Parsers/CardText.h"
+#include "Reading/NumberRow.h"
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
 #include "Utils/Format.h"
@@ -26,6 +27,8 @@ constexpr double numberRowThreshold = 0.03;
 constexpr std::size_t numberRowDigits = 6;
 /// So many variants of the band that agree end the stage.
 constexpr int decidingVotes = 2;
+/// Of a number that was put together from pieces every digit was seen by so many of the looks at its row.
+constexpr double leastSupport = 0.3;
 
 /// What the stages of one call have found so far.
 struct Findings {
@@ -34,6 +37,10 @@ struct Findings {
   /// That of the latest reading that found one.
   std::optional<double> detectedCardNumberY;
   bool hasText = false;
+  /// What the looks at the number's row saw, of every stage.
+  std::vector<SeenDigits> looks;
+  /// The number on which they agree; empty when they do not.
+  std::string agreedNumber;
 };
 
 /// One of the stages that read the whole card.
@@ -70,6 +77,16 @@ std::optional<BankCardInfo> parsedCard(const Observations& observations) {
   return info;
 }
 
+/// Whether the looks at the row let a number stand. What passes Luhn against them is a chance: one wrong number in ten
+/// does.
+bool isBorneOut(const BankCardInfo& info, const Findings& findings) {
+  const std::string digits = asciiDigits(info.cardNumber);
+  if (findings.looks.empty() || digits == findings.agreedNumber || !luhnCheck(digits)) return true;
+  const double support = supportFor(digits, findings.looks);
+  OCRLogger::debug([&] { return formatted("卡号 {} 的读取支持度={:.2f}", digits, support); });
+  return support >= leastSupport;
+}
+
 Image straightened(const ReadingParts& parts, const Image& image) {
   parts.debugSaveImage(image, "银行卡-原图");
   std::optional<Image> corrected = parts.preprocessor.attemptPerspectiveCorrection(image);
@@ -102,7 +119,7 @@ std::optional<BankCardInfo> cardIn(const Observations& observations, const Whole
   }
   findings.hasText = true;
   validateScene(observations, SceneType::bankCard);
-  if (auto info = parsedCard(observations)) return info;
+  if (auto info = parsedCard(observations); info && isBorneOut(*info, findings)) return info;
   findings.partialInfo = BankCardParser{}.parsePartialInfo(observations);
   findings.pieces.append(piecesOf(observations));
   if (const auto centerY = detectCardNumberRowY(observations)) findings.detectedCardNumberY = centerY;
@@ -143,7 +160,7 @@ std::optional<BankCardInfo> soundNumberIn(const Observations& observations, Find
   const std::string digits = asciiDigits(info->cardNumber);
   const bool sound = luhnCheck(digits);
   OCRLogger::debug([&] { return formatted("ROI 识别到卡号: {} luhn={}", digits, sound); });
-  return sound ? info : std::nullopt;
+  return sound && isBorneOut(*info, findings) ? info : std::nullopt;
 }
 
 /// A number and how many variants of the band read it.
@@ -221,6 +238,7 @@ std::optional<BankCardInfo> fused(const Findings& findings) {
   info.rawCardNumber = *number;
   info = merged(std::move(info), findings.partialInfo);
   OCRLogger::debug([&] { return "多帧融合最终结果: " + info.cardNumber; });
+  if (!isBorneOut(info, findings)) return std::nullopt;
   return info;
 }
 
@@ -233,7 +251,14 @@ std::optional<Reading> readInStages(const ReadingParts& parts, const Image& card
     if (!parts.goesOn()) break;
     const std::optional<Bitmap> prepared = preparedFor(stage, parts, card);
     if (!prepared) continue;
-    const Observations observations = blocksOn(parts, *prepared);
+    Observations observations = blocksOn(parts, *prepared);
+    if (const auto row = readNumberRow(parts, *prepared, observations)) {
+      findings.looks.insert(findings.looks.end(), row->looks.begin(), row->looks.end());
+      if (row->voted.isSound) {
+        findings.agreedNumber = row->voted.digits;
+        observations = withNumberRow(observations, *row, prepared->size());
+      }
+    }
     if (auto info = cardIn(observations, stage, findings)) return reading(*std::move(info), stage.stage);
   }
   if (parts.goesOn())

@@ -14,6 +14,7 @@ import embossed_glyphs
 import embossed_relief
 import lifelike_grounds
 import lifelike_words as words
+import pasted_groups
 from bankcard import HEIGHT, LEFT, RIGHT, WIDTH
 from canvas import Canvas
 
@@ -62,8 +63,18 @@ class LifelikeCard:
         self._row, self._shift = rng.uniform(29.5, 34.0), rng.uniform(-1.0, 1.0)
         self._face = rng.choices(embossed_glyphs.FACES, (80, 20))[0]
         self._stretch = (rng.uniform(0.92, 1.06), rng.uniform(0.94, 1.05))
+        self._pasted = None
         self._relief = None if look == "flat" else embossed_relief.choose(look, rng)
         self._prefix_below = rng.random() < 0.45
+
+    @classmethod
+    def with_number_of(cls, groups, rng):
+        """What a card says whose number is a row of pictures of real digits, and the card."""
+        row = pasted_groups.choose(groups, rng)
+        said = dataclasses.replace(account("bare", rng), digits="".join(group.digits for group in row))
+        card = cls(said, "bare", rng)
+        card._pasted = row
+        return said, card
 
     def draw(self, pixels_per_mm):
         """The flat card as an RGB picture, corners not cut."""
@@ -131,8 +142,11 @@ class LifelikeCard:
     def _emboss(self, canvas, rng):
         labels = _ink(canvas, 5, self._row + 3, 50, 48, rng)
         lines = []
-        for character, x, y in self.cells():
-            lines += _cut(character, self._face, x, y, DIGIT_BOX, self._stretch, rng)
+        if self._pasted:
+            self._paste(canvas)
+        else:
+            for character, x, y in self.cells():
+                lines += _cut(character, self._face, x, y, DIGIT_BOX, self._stretch, rng)
         if self._prefix_below:
             left = self.cells()[0][1] - 1.2
             style, size = rng.choice(("sans", "hei")), rng.uniform(2.0, 2.8)
@@ -150,6 +164,14 @@ class LifelikeCard:
         embossed_relief.emboss(canvas.image, lines, canvas.scale, self._relief)
         fine = dataclasses.replace(self._relief, top=FINER * self._relief.top, flank=FINER * self._relief.flank)
         embossed_relief.emboss(canvas.image, small, canvas.scale, fine)
+
+    def _paste(self, canvas):
+        """Puts pictures of real digits where the number stands."""
+        xs = [x for _, x, _ in self.cells()]
+        rows, columns = self._pasted[0].picture.shape[:2]
+        half = len(self._groups[0]) * DIGIT_PITCH * rows / columns / 2
+        box = (xs[0] - DIGIT_PITCH / 2, self._row - half, xs[-1] + DIGIT_PITCH / 2, self._row + half)
+        pasted_groups.paste(canvas.image, self._pasted, [side * canvas.scale for side in box])
 
     def _letters(self, text, left, row, rng):
         cut = []

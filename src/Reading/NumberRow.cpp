@@ -1,0 +1,253 @@
+#include "Reading/NumberRow.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "Utils/Format.h"
+#include "Utils/OCRLogger.h"
+#include "Utils/Text.h"
+
+namespace pravik {
+namespace {
+
+/// Rows are cut out this high: the recogniser sees them so.
+constexpr int rowPixels = 48;
+/// A row of pieces with fewer digits may be a date or a hotline.
+constexpr std::size_t leastPieceDigits = 8;
+constexpr std::size_t leastNumberDigits = 16;
+/// A window with fewer digits shows no number.
+constexpr double leastScore = 8;
+/// Digits on cards are about a fourteenth of its height (ISO/IEC 7811-1); a tight row is a little higher.
+constexpr double digitRowHeight = 0.088;
+/// Where numbers stand: shares of the card's height, from the top, and the distance of the windows.
+constexpr double firstWindow = 0.42;
+constexpr double lastWindow = 0.74;
+constexpr double windowStep = 0.02;
+constexpr std::array<double, 2> windowHeights{0.075, 0.105};
+/// Rows that are looked at closely.
+constexpr std::size_t closeLooks = 2;
+/// A strip ends so many digit widths beyond the first and the last digit.
+constexpr double marginInDigits = 1.2;
+
+/// One way to cut a row: its height and its place across the row in heights of the row, and how far it is stretched.
+struct Look {
+  DigitReader reader;
+  double height;
+  double shift;
+  double stretch;
+};
+/// The cut must be tight, since an embossed digit with room around it is read as a picture; the recogniser's usual
+/// faults depend on where its steps fall, so each look has a scale of its own.
+constexpr std::array<Look, 3> firstLooks{{
+    {DigitReader::quick, 1.0, 0, 1.0},
+    {DigitReader::quick, 0.88, 0, 1.1},
+    {DigitReader::thorough, 0.95, 0, 1.0},
+}};
+constexpr std::array<Look, 6> furtherLooks{{
+    {DigitReader::thorough, 0.85, 0, 1.15},
+    {DigitReader::quick, 0.95, 0.06, 0.92},
+    {DigitReader::thorough, 1.08, 0, 0.88},
+    {DigitReader::quick, 1.0, -0.06, 1.0},
+    {DigitReader::thorough, 0.92, 0.05, 1.05},
+    {DigitReader::thorough, 0.92, -0.05, 0.95},
+}};
+
+/// How much a look resembles a row of digits: its digits by their probabilities, less what is crowded.
+double scoreOf(const SeenDigits& look) {
+  double score = 0;
+  for (const SeenDigit& digit : look) score += *std::ranges::max_element(digit.probabilities);
+  return score;
+}
+
+std::vector<SeenDigits> looksAt(const ReadingParts& parts, const Bitmap& card, const Strip& row,
+                                std::span<const Look> looks, DigitReader reader) {
+  std::vector<Bitmap> cuts;
+  for (const Look& look : looks) {
+    if (look.reader != reader) continue;
+    Strip strip = row;
+    strip.height *= look.height;
+    strip.middle.y += look.shift * row.height;
+    cuts.push_back(cutStrip(card, strip, rowPixels, look.stretch));
+  }
+  return cuts.empty() ? std::vector<SeenDigits>{} : parts.recognizer.readDigits(cuts, reader, parts.limit);
+}
+
+std::vector<SeenDigits> quickLooks(const ReadingParts& parts, const Bitmap& card, const std::vector<Strip>& strips) {
+  std::vector<Bitmap> cuts;
+  for (const Strip& strip : strips) cuts.push_back(cutStrip(card, strip, rowPixels));
+  return parts.recognizer.readDigits(cuts, DigitReader::quick, parts.limit);
+}
+
+/// The strip of the row of pieces with the most digits.
+std::optional<Strip> stripOfPieces(const Observations& pieces, const Size& card) {
+  std::optional<Strip> best;
+  std::size_t most = leastPieceDigits - 1;
+  for (const Observations& line : groupedByLine(pieces, bankCardRowThreshold)) {
+    std::size_t digits = 0;
+    double weight = 0, middle = 0, height = 0;
+    for (const Observation& block : line) {
+      const auto count = asciiDigits(block.text).size();
+      if (count == 0) continue;
+      digits += count;
+      const Rect box = inPixels(flipped(block.boundingBox), card);
+      weight += box.width;
+      middle += box.width * box.midY();
+      height += box.width * box.height;
+    }
+    if (digits <= most) continue;
+    most = digits;
+    best = Strip{{card.width / 2, middle / weight}, card.width, height / weight, 0};
+  }
+  return best;
+}
+
+/// The windows of the whole width of the card where its number may stand.
+std::vector<Strip> windows(const Size& card) {
+  std::vector<Strip> strips;
+  for (const double height : windowHeights)
+    for (double y = firstWindow; y <= lastWindow; y += windowStep)
+      strips.push_back({{card.width / 2, y * card.height}, card.width, height * card.height, 0});
+  return strips;
+}
+
+struct Scored {
+  Strip strip;
+  double score = 0;
+  SeenDigits seen;
+};
+
+/// The strip of those that looks most like a row of digits.
+std::optional<Scored> bestOf(const ReadingParts& parts, const Bitmap& card, const std::vector<Strip>& strips) {
+  auto looks = quickLooks(parts, card, strips);
+  if (looks.size() != strips.size()) return std::nullopt;
+  std::optional<Scored> best;
+  for (std::size_t i = 0; i < strips.size(); ++i) {
+    const double score = scoreOf(looks[i]);
+    if (!best || score > best->score) best = Scored{strips[i], score, std::move(looks[i])};
+  }
+  return best;
+}
+
+/// The strip moved, turned and made higher or lower until it fits the digits best.
+std::optional<Scored> fitted(const ReadingParts& parts, const Bitmap& card, Strip strip) {
+  std::vector<Strip> tries;
+  for (const double slope : {-0.025, -0.0125, 0.0, 0.0125, 0.025})
+    for (const double shift : {-0.2, -0.1, 0.0, 0.1, 0.2}) {
+      tries.push_back(strip);
+      tries.back().slope += slope;
+      tries.back().middle.y += shift * strip.height;
+    }
+  auto best = bestOf(parts, card, tries);
+  if (!best) return best;
+  tries.clear();
+  for (const double height : {0.7, 0.85, 1.0, 1.2})
+    for (const double shift : {-0.08, 0.0, 0.08}) {
+      tries.push_back(best->strip);
+      tries.back().height *= height;
+      tries.back().middle.y += shift * strip.height;
+    }
+  return bestOf(parts, card, tries);
+}
+
+/// The strip without what lies beyond its digits. While some may be missing, they may lie there.
+Strip trimmed(const Scored& row) {
+  const auto& seen = row.seen;
+  if (seen.size() < leastNumberDigits) return row.strip;
+  const double pitch =
+      (seen.back().position - seen.front().position) / static_cast<double>(std::max<std::size_t>(seen.size() - 1, 1));
+  const double left = std::max(0.0, seen.front().position - marginInDigits * pitch);
+  const double right = std::min(1.0, seen.back().position + marginInDigits * pitch);
+  Strip strip = row.strip;
+  const double along = ((left + right) / 2 - 0.5) * strip.length;
+  const double run = 1 / std::hypot(1.0, strip.slope);
+  strip.middle.x += along * run;
+  strip.middle.y += along * run * strip.slope;
+  strip.length *= right - left;
+  return strip;
+}
+
+/// Reads a row until the looks agree.
+NumberRow read(const ReadingParts& parts, const Bitmap& card, const Strip& strip) {
+  NumberRow row{.strip = strip, .voted = {}, .looks = {}};
+  const auto look = [&](std::span<const Look> looks) {
+    for (const DigitReader reader : {DigitReader::quick, DigitReader::thorough})
+      std::ranges::move(looksAt(parts, card, strip, looks, reader), std::back_inserter(row.looks));
+    row.voted = vote(row.looks);
+  };
+  look(firstLooks);
+  if (row.voted.isSound && row.voted.confidence() == 1) return row;
+  look(furtherLooks);
+  return row;
+}
+
+std::string piecesText(const Observations& pieces, double middle, const Size& card) {
+  std::string digits;
+  for (const Observations& line : groupedByLine(pieces, bankCardRowThreshold))
+    if (std::abs(topOriginMidY(line.front()) * card.height - middle) < bankCardRowThreshold * card.height)
+      for (const Observation& block : line) digits += asciiDigits(block.text);
+  return digits;
+}
+
+/// The row that the pieces show, when a quick look reads what they say.
+std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& card, const Strip& strip,
+                                      const Observations& pieces) {
+  const std::string said = piecesText(pieces, strip.middle.y, card.size());
+  if (!passesAsCardNumber(said)) return std::nullopt;
+  NumberRow row{.strip = strip, .voted = {}, .looks = {}};
+  for (const double height : {0.8, 0.65, 0.95}) {
+    Strip cut = strip;
+    cut.height *= height;
+    row.looks = quickLooks(parts, card, {cut});
+    if (row.looks.size() == 1 && digitsOf(row.looks.front()) == said) {
+      row.strip = cut;
+      row.voted = vote(row.looks);
+      return row;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& card, const Observations& pieces) {
+  const auto ofPieces = stripOfPieces(pieces, card.size());
+  if (ofPieces)
+    if (auto row = confirmedRow(parts, card, *ofPieces, pieces)) return row;
+  std::vector<Strip> strips = windows(card.size());
+  if (ofPieces)
+    for (const double height : {0.65, 0.85}) {
+      strips.push_back(*ofPieces);
+      strips.back().height *= height;
+    }
+  const auto found = bestOf(parts, card, strips);
+  if (!found || found->score < leastScore) return std::nullopt;
+  const auto fit = fitted(parts, card, found->strip);
+  if (!fit || fit->score < leastScore) return std::nullopt;
+  NumberRow row = read(parts, card, trimmed(*fit));
+  OCRLogger::debug([&] {
+    return formatted("卡号行: '{}' 一致度={:.2f} ({}次读取) {}", row.voted.digits, row.voted.confidence(),
+                     row.looks.size(), row.voted.isSound ? "可信" : "不可信");
+  });
+  return row;
+}
+
+Observations withNumberRow(const Observations& observations, const NumberRow& row, const Size& picture) {
+  const double length = row.strip.length / picture.width;
+  const double height = (row.strip.height + std::abs(row.strip.slope) * row.strip.length) / picture.height;
+  const Rect box{row.strip.middle.x / picture.width - length / 2, row.strip.middle.y / picture.height - height / 2,
+                 length, height};
+  const Rect within = flipped(intersection(box, {0, 0, 1, 1}));
+  Observations result;
+  for (const Observation& block : observations)
+    if (!within.contains({block.boundingBox.midX(), block.boundingBox.midY()})) result.push_back(block);
+  const auto below =
+      std::ranges::find_if(result, [&](const Observation& block) { return block.boundingBox.midY() < within.midY(); });
+  result.insert(below, {row.voted.digits, static_cast<float>(row.voted.confidence()), within});
+  return result;
+}
+
+}  // namespace pravik
