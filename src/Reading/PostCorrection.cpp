@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Reading/BankNameRepair.h"
+#include "Reading/CardHolder.h"
 #include "Reading/CardLabels.h"
 #include "Reading/ContinuedValues.h"
 #include "Reading/WordJoining.h"
@@ -158,6 +159,8 @@ Observations postCorrected(Observations observations, SceneType scene) {
 Record withoutImpossibleFields(Record record) {
   if (auto* front = std::get_if<IDCardFrontInfo>(&record)) dropLabels(*front);
   if (auto* back = std::get_if<IDCardBackInfo>(&record)) dropLabels(*back);
+  if (auto* card = std::get_if<BankCardInfo>(&record); card && card->cardholderName)
+    card->cardholderName = mendedHolder(*card->cardholderName);
   return record;
 }
 

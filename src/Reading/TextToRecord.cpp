@@ -6,8 +6,8 @@
 #include "Parsers/BankCardParser.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
+#include "Reading/CardHolder.h"
 #include "Reading/PostCorrection.h"
-#include "Reading/PrintedHolder.h"
 
 namespace pravik {
 namespace {

@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "Reading/CardHolder.h"
 #include "Reading/TextToRecord.h"
 #include "Utils/Text.h"
 #include "support/CardPage.h"
@@ -136,7 +137,32 @@ TEST(PostCorrection, MendsTheNameOfABankWhereOneAloneComesIntoQuestion) {
   EXPECT_EQ(textsOf(postCorrected({at(0.1, 0.5, "交局银行")}, idCardFront)), std::vector<std::string>{"交局银行"});
 }
 
-TEST(ChineseHolder, StandsBehindItsLabel) {
+TEST(CardHolder, IsSpeltInPinyinWhereOneLetterAloneCanBeWrong) {
+  for (const auto& [read, mended] : std::vector<std::pair<std::string, std::string>>{
+           {"CAO XIA XTANG", "CAO XIA XIANG"},
+           {"LTU SIDAN", "LIU SIDAN"},
+           {"PAN SHENGOONG", "PAN SHENGDONG"},
+           {"LI GANG HAD", "LI GANG HAO"},
+           {"ZHANG DAD", "ZHANG DAO"},
+           // Pinyin both ways, or not by one letter.
+           {"LIU HEI", "LIU HEI"},
+           {"LV XUE", "LV XUE"},
+           {"GAS STDAN", "GAS STDAN"},
+           {"LI XTADNG", "LI XTADNG"},
+           // Other spellings.
+           {"HO KA WAI", "HO KA WAI"},
+           {"WONG KAI", "WONG KAI"},
+           {"CHAN TAT MING", "CHAN TAT MING"},
+           {"ADA WANG", "ADA WANG"},
+           {"TSE NA", "TSE NA"},
+           {"JOAN LI", "JOAN LI"},
+       })
+    EXPECT_EQ(mendedHolder(read), mended) << read;
+  const auto card = recordIn(page({"6222 0212 3456 7894", "LTU WEI"}), OCRScanMode::bankCard);
+  EXPECT_EQ(std::get<BankCardInfo>(card.value()).cardholderName, "LIU WEI");
+}
+
+TEST(CardHolder, StandsInChineseBehindItsLabel) {
   const auto holder = [](const Observations& blocks, TextHandling handling = TextHandling::corrected) {
     Observations all = page({"6222 0212 3456 7894"});
     all.insert(all.end(), blocks.begin(), blocks.end());
