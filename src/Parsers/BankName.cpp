@@ -201,8 +201,9 @@ bool isBankWord(std::string_view word) {
 }
 
 bool isInEnglishBankName(std::string_view words) {
+  const auto spaced = [](std::string_view text) { return ' ' + std::string(text) + ' '; };
   return std::ranges::any_of(bankEnglishFullNames,
-                             [&](const PrintedForm& row) { return contains(row.printed, words); });
+                             [&](const PrintedForm& row) { return contains(spaced(row.printed), spaced(words)); });
 }
 
 const std::set<std::string_view>& chineseBankNames() {

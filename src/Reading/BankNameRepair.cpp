@@ -1,14 +1,13 @@
 #include "Reading/BankNameRepair.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <numeric>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Parsers/BankName.h"
 #include "Utils/Text.h"
@@ -24,7 +23,7 @@ constexpr char32_t lastCharacter = U'行';
 constexpr std::u32string_view misreadSilver = U"举很根跟恨限眼良艮锒铝";
 /// With these in the same place other banks are named that no table knows ("广州银行", "长安银行", "南昌银行"): left
 /// over from a short name, they do not tell which one it was.
-constexpr std::u32string_view sharedWithOtherBanks = U"上业东中丰京信北华南发商国大宁安广民浙海";
+constexpr std::u32string_view sharedWithOtherBanks = U"上业东中丰京信北华南发商国大宁安广民浙海生";
 
 bool isOneOff(std::u32string_view read, std::u32string_view name) {
   return read.size() == name.size() &&

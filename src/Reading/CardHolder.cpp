@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "Parsers/CardText.h"
@@ -11,14 +12,14 @@
 namespace pravik {
 namespace {
 
-/// The syllables of Mandarin without tones; V is typed for Ü.
+/// The syllables of Mandarin without tones; V or YU is typed for Ü.
 constexpr std::string_view pinyinPattern =
     "^(?:[BPMF](?:A|AI|AN|ANG|AO|EI|EN|ENG|I|IAN|IAO|IE|IN|ING|O|OU|U)|ME|MIU"
     "|[DTNL](?:A|AI|AN|ANG|AO|E|EI|EN|ENG|I|IA|IAN|IANG|IAO|IE|IN|ING|IU|ONG|OU|U|UAN|UE|UI|UN|UO|V|VE)"
     "|(?:[GKH]|[ZCS]H?|R)(?:A|AI|AN|ANG|AO|E|EI|EN|ENG|I|ONG|OU|U|UA|UAI|UAN|UANG|UI|UN|UO)"
     "|[JQX](?:I|IA|IAN|IANG|IAO|IE|IN|ING|IONG|IU|U|UAN|UE|UN)"
     "|Y(?:A|AN|ANG|AO|E|I|IN|ING|ONG|OU|U|UAN|UE|UN)|W(?:A|AI|AN|ANG|EI|EN|ENG|O|U)"
-    "|A|AI|AN|ANG|AO|E|EN|ER|OU)+$";
+    "|[LN]YUE?|A|AI|AN|ANG|AO|E|EN|ER|OU)+$";
 constexpr std::string_view vowels = "AEIOUV";
 
 bool isPinyin(std::string_view word) {
@@ -59,10 +60,11 @@ std::string mendedWord(std::string_view word) {
   return mended;
 }
 
-/// Two to four characters behind the label, up to a space or the end of the line. The hundred commonest surnames and
-/// the commonest of two characters keep out what else follows the label: "持卡人签名", "姓名拼音".
+/// Two to four characters behind the label, up to a space or the end of the line. The commonest surnames of one and of
+/// two characters keep out what else follows the label ("持卡人签名", "姓名拼音"), but for what a card is called
+/// ("白金卡").
 constexpr std::string_view holderPattern =
-    "(?:持卡人|姓名)[ :]*("
+    "(?:持卡人|姓名)[ :]*((?!\\p{Han}*卡)"
     "(?=[王李张刘陈杨黄赵吴周徐孙马朱胡郭何林高罗郑梁谢宋唐许韩邓冯曹彭曾肖田董潘袁蔡蒋余杜叶程魏苏吕丁卢姚沈钟姜崔谭陆"
     "范汪廖石金韦贾夏付方邹熊白孟秦邱侯江尹薛闫段雷龙黎史陶贺毛郝顾龚邵万覃武钱戴严莫孔]|欧阳|上官|司徒|诸葛|司马)"
     "\\p{Han}{2,4})(?= |$)";

@@ -82,6 +82,7 @@ TEST(CardholderName, IsInCapitalsAndNoWordOfTheCard) {
            {"LI SI MIN", {"LI SI MIN"}},
            {"LV NA", {"LV NA", "HN GD\nUNION PAY\nLV NA"}},
            {"NG WEI MING", {"NG WEI MING"}},
+           {"NG AN", {"NG AN"}},
            {std::nullopt,
             {"CCB HN MONTH", "MEMBER SINCE", "QUICK PASS", "ICBC BEIJING", "HN GD", "ELECTRONIC USE ONLY"}},
            {std::nullopt, {"UNION PAY", "STANDARD CHARTERED", "JPMORGAN CHASE", "OF NANJING", "HSBC PREMIER"}},

