@@ -39,7 +39,6 @@ char embossedLetter(std::string_view word, std::size_t index) {
     case 'T':
       return behindConsonant && index + 1 < word.size() ? 'I' : 'T';
     case 'O':
-      return beforeVowel ? 'D' : 'O';
     case 'D':
       return beforeVowel ? 'D' : 'O';
     default:
