@@ -33,12 +33,28 @@ constexpr std::array<std::string_view, 53> nameExcludeWords{
     "SIGNATURE", "SIGNED",   "UNLESS",       "NOT",          "CALL",       "HOURS",      "SERVICE",    "CONCIERGE",
     "OVERSEAS",  "SAVINGS",  "WEALTH",       "MANAGEMENT",   "FAMILY"};
 
-/// What the form has printed beside the dates and the marks, and no name is made of.
-constexpr std::array<std::string_view, 5> formWords{"MEMBER", "SINCE", "QUICK", "PASS", "QUICKPASS"};
+/// What else the form has printed, and no name is made of: beside the dates, about the card's use, and of its kind.
+constexpr std::array<std::string_view, 34> formWords{
+    "MEMBER",   "SINCE",   "EXPIRY",   "DATE",      "DATES",      "QUICK",   "PASS",     "QUICKPASS", "UNION",
+    "PAY",      "MASTER",  "AMERICAN", "EXPRESS",   "DINERS",     "CLUB",    "DISCOVER", "WORLD",     "TITANIUM",
+    "INFINITE", "DIAMOND", "BUSINESS", "CORPORATE", "STANDARD",   "PREPAID", "GIFT",     "TRAVEL",    "ELECTRONIC",
+    "USE",      "ONLY",    "CASH",     "ATM",       "CARDHOLDER", "NAME",    "HOTLINE"};
+constexpr std::string_view vowels = "AEIOUVY";
 
 bool isWordOfTheCard(std::string_view word) {
   return std::ranges::find(nameExcludeWords, word) != nameExcludeWords.end() ||
-         std::ranges::find(formWords, word) != formWords.end() || isBankAbbreviation(word);
+         std::ranges::find(formWords, word) != formWords.end() || isBankWord(word);
+}
+
+/// Letters that stand for a region have none ("HN GD"); a name has one, be it the V that is typed for Ü.
+bool hasVowel(std::string_view word) {
+  return word.find_first_of(vowels) != std::string_view::npos;
+}
+
+bool isName(std::string_view words) {
+  const auto split = splitAtWhitespace(words);
+  return std::ranges::none_of(split, isWordOfTheCard) && std::ranges::any_of(split, hasVowel) &&
+         !isInEnglishBankName(words);
 }
 
 }  // namespace
@@ -57,7 +73,7 @@ std::optional<std::string> extractCardholderName(std::string_view text) {
   // block, or the first word of the name away from it.
   for (const std::string_view line : splitAtLineFeeds(text))
     for (const std::string& match : RegexHelper::allMatches(namePattern, line))
-      if (std::ranges::none_of(splitAtWhitespace(match), isWordOfTheCard)) return match;
+      if (isName(match)) return match;
   return std::nullopt;
 }
 

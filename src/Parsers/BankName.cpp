@@ -130,7 +130,7 @@ constexpr std::array<TellingWords, 13> tellingWords{{
 
 constexpr std::string_view chineseNamePattern = R"([\u4e00-\u9fa5]{2,10}银行)";
 /// The banks of the countryside that do not call themselves one.
-constexpr std::string_view creditCooperativePattern = R"([\u4e00-\u9fa5]{2,10}信用社)";
+constexpr std::string_view creditCooperativePattern = R"([\u4e00-\u9fa5]{2,10}信用(?:合作)?(?:联社|社(?:联合社)?))";
 /// They end in the word for bank and name none.
 constexpr std::array<std::string_view, 4> namelessBanks{"发卡银行", "开户银行", "本银行", "商业银行"};
 constexpr std::string_view wordPattern = "[A-Z]+";
@@ -195,8 +195,26 @@ std::optional<std::string> extractBankName(std::string_view text) {
   return RegexHelper::firstMatch(creditCooperativePattern, simplified);
 }
 
-bool isBankAbbreviation(std::string_view word) {
-  return std::ranges::find(bankAbbreviations, word, &PrintedForm::printed) != bankAbbreviations.end();
+bool isBankWord(std::string_view word) {
+  return std::ranges::find(bankAbbreviations, word, &PrintedForm::printed) != bankAbbreviations.end() ||
+         std::ranges::find(bankEnglishFullNames, word, &PrintedForm::printed) != bankEnglishFullNames.end();
+}
+
+bool isInEnglishBankName(std::string_view words) {
+  const auto spaced = [](std::string_view text) { return ' ' + std::string(text) + ' '; };
+  return std::ranges::any_of(bankEnglishFullNames,
+                             [&](const PrintedForm& row) { return contains(spaced(row.printed), spaced(words)); });
+}
+
+const std::set<std::string_view>& chineseBankNames() {
+  static const auto names = [] {
+    std::set<std::string_view> all;
+    for (const PrintedForm& row : bankKeywords) all.insert({row.printed, row.meaning});
+    for (const PrintedForm& row : bankEnglishFullNames) all.insert(row.meaning);
+    std::erase_if(all, [](std::string_view name) { return !name.ends_with("银行"); });
+    return all;
+  }();
+  return names;
 }
 
 std::optional<std::string> heuristicMatchByWords(const std::set<std::string>& words) {

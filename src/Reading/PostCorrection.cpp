@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Reading/BankNameRepair.h"
+#include "Reading/CardHolder.h"
 #include "Reading/CardLabels.h"
 #include "Reading/ContinuedValues.h"
 #include "Reading/WordJoining.h"
@@ -88,6 +90,25 @@ std::string withDigitsForLetters(std::string text, int sides) {
   return text;
 }
 
+/// In a word of capitals the digits that look like letters become these. One letter and a digit make no word, nor do
+/// letters that are all misread for digits themselves.
+std::string withLettersForDigits(std::string text) {
+  if (isMostlyDigits(text)) return text;
+  const auto isCapital = [](char c) { return 'A' <= c && c <= 'Z'; };
+  const auto letter = [](char c) { return c == '0' ? 'O' : c == '1' || c == 'l' ? 'I' : c; };
+  for (auto start = text.begin(); start != text.end();) {
+    const auto word = std::find_if(start, text.end(), [](char c) { return c != ' '; });
+    const auto end = std::find(word, text.end(), ' ');
+    const auto capitals = std::count_if(word, end, isCapital);
+    const bool isWord = capitals >= 2 && 2 * capitals > end - word &&
+                        std::all_of(word, end, [&](char c) { return isCapital(letter(c)); }) &&
+                        std::any_of(word, end, [&](char c) { return isCapital(c) && !isReadForDigit(c); });
+    if (isWord) std::transform(word, end, word, letter);
+    start = end;
+  }
+  return text;
+}
+
 std::string withCapitalCheckCharacter(std::string_view text) {
   return RegexHelper::replace(checkCharacterPattern, text, "$1X");
 }
@@ -127,6 +148,10 @@ Observations postCorrected(Observations observations, SceneType scene) {
   observations = withWordsJoined(std::move(observations));
   for (Observation& block : observations)
     block.text = withCapitalCheckCharacter(withDigitsForLetters(std::move(block.text), sidesOfLettersForDigits(scene)));
+  if (scene == SceneType::bankCard) {
+    for (Observation& block : observations) block.text = withLettersForDigits(std::move(block.text));
+    repairBankName(observations);
+  }
   repairLabels(observations, scene);
   return withContinuedValues(std::move(observations), scene);
 }
@@ -134,6 +159,8 @@ Observations postCorrected(Observations observations, SceneType scene) {
 Record withoutImpossibleFields(Record record) {
   if (auto* front = std::get_if<IDCardFrontInfo>(&record)) dropLabels(*front);
   if (auto* back = std::get_if<IDCardBackInfo>(&record)) dropLabels(*back);
+  if (auto* card = std::get_if<BankCardInfo>(&record); card && card->cardholderName)
+    card->cardholderName = mendedHolder(*card->cardholderName);
   return record;
 }
 

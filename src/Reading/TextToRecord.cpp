@@ -6,6 +6,7 @@
 #include "Parsers/BankCardParser.h"
 #include "Parsers/IDCardBackParser.h"
 #include "Parsers/IDCardFrontParser.h"
+#include "Reading/CardHolder.h"
 #include "Reading/PostCorrection.h"
 
 namespace pravik {
@@ -36,7 +37,10 @@ bool saysNothing(const Record& record) {
 std::optional<Record> recordIn(const Observations& observations, OCRScanMode mode, TextHandling handling) {
   const DocumentKind& kind = documentKind(mode);
   if (handling == TextHandling::literal || !kind.scene) return parsed(observations, mode);
-  std::optional<Record> record = parsed(postCorrected(observations, *kind.scene), mode);
+  const Observations corrected = postCorrected(observations, *kind.scene);
+  std::optional<Record> record = parsed(corrected, mode);
+  if (auto* card = record ? std::get_if<BankCardInfo>(&*record) : nullptr; card && !card->cardholderName)
+    card->cardholderName = chineseHolder(corrected);
   if (record) record = withoutImpossibleFields(*std::move(record));
   return record && saysNothing(*record) ? std::nullopt : record;
 }

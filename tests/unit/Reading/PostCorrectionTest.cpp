@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "Reading/CardHolder.h"
 #include "Reading/TextToRecord.h"
 #include "Utils/Text.h"
 #include "support/CardPage.h"
@@ -56,6 +57,11 @@ TEST(PostCorrection, UndoesWhatAPhotographDoesToABlock) {
            {bankCard, "6222 0O12 3456 7B94", "6222 0012 3456 7B94"},
            {bankCard, "l6222 0212 3456 7894", "l6222 0212 3456 7894"},
            {bankCard, "Tel 4008895558", "Tel 4008895558"},
+           // Digits in words of capitals.
+           {bankCard, "0UYANG L1NG LEl", "OUYANG LING LEI"},
+           {bankCard, "L1 IC01 ATM 01/30 OI0I 2HU", "L1 IC01 ATM 01/30 OI0I 2HU"},
+           {bankCard, "6222 O1NO 0212", "6222 O1NO 0212"},
+           {idCardFront, "ZHA0", "ZHA0"},
        }) {
     const Observations once = postCorrected({at(0.1, 0.5, read)}, scene);
     EXPECT_EQ(textsOf(once), std::vector{corrected});
@@ -98,6 +104,83 @@ TEST(PostCorrection, MendsLabelsAndLeavesValuesAlone) {
   EXPECT_EQ(textsOf(postCorrected(page({"住址 云浮市", "往址"}), idCardFront)),
             (std::vector<std::string>{"住址云浮市", "往址"}))
       << "the label is there already";
+}
+
+TEST(PostCorrection, MendsTheNameOfABankWhereOneAloneComesIntoQuestion) {
+  for (const auto& [read, corrected] : std::vector<std::pair<std::string, std::string>>{
+           {"中国工药银行", "中国工商银行"},
+           {"农村商常银行", "农村商业银行"},
+           {"ICBC 中國工商舉行", "ICBC 中国工商银行"},
+           {"交局银行", "交通银行"},
+           {"季夏银行", "华夏银行"},
+           {"上海很行", "上海银行"},
+           {"恆豐銀行", "恒丰银行"},
+           // Of two banks, or of another.
+           {"由京银行", "由京银行"},
+           {"中园银行", "中园银行"},
+           {"宁夏银行", "宁夏银行"},
+           {"广州银行", "广州银行"},
+           {"长安银行", "长安银行"},
+           {"华侨银行", "华侨银行"},
+           {"南昌银行", "南昌银行"},
+           {"中国人民银行", "中国人民银行"},
+           // No bank's name.
+           {"中国银联", "中国银联"},
+           {"中国发行", "中国发行"},
+           {"发卡银行", "发卡银行"},
+           {"交局银行信用卡", "交局银行信用卡"},
+       })
+    EXPECT_EQ(textsOf(postCorrected({at(0.1, 0.5, read)}, bankCard)), std::vector{corrected});
+  EXPECT_EQ(textsOf(postCorrected(page({"招商银行", "交局银行"}), bankCard)),
+            (std::vector<std::string>{"招商银行", "交局银行"}))
+      << "a bank is named already";
+  EXPECT_EQ(textsOf(postCorrected({at(0.1, 0.5, "交局银行")}, idCardFront)), std::vector<std::string>{"交局银行"});
+}
+
+TEST(CardHolder, IsSpeltInPinyinWhereOneLetterAloneCanBeWrong) {
+  for (const auto& [read, mended] : std::vector<std::pair<std::string, std::string>>{
+           {"CAO XIA XTANG", "CAO XIA XIANG"},
+           {"LTU SIDAN", "LIU SIDAN"},
+           {"LYU XTN", "LYU XIN"},
+           {"PAN SHENGOONG", "PAN SHENGDONG"},
+           {"LI GANG HAD", "LI GANG HAO"},
+           {"ZHANG DAD", "ZHANG DAO"},
+           // Pinyin both ways, or not by one letter.
+           {"LIU HEI", "LIU HEI"},
+           {"GAS STDAN", "GAS STDAN"},
+           {"LI XTADNG", "LI XTADNG"},
+           // Other spellings.
+           {"HO KA WAI", "HO KA WAI"},
+           {"WONG KAI", "WONG KAI"},
+           {"CHAN TAT MING", "CHAN TAT MING"},
+           {"ADA WANG", "ADA WANG"},
+           {"TSE NA", "TSE NA"},
+           {"JOAN LI", "JOAN LI"},
+       })
+    EXPECT_EQ(mendedHolder(read), mended) << read;
+  const auto card = recordIn(page({"6222 0212 3456 7894", "LTU WEI"}), OCRScanMode::bankCard);
+  EXPECT_EQ(std::get<BankCardInfo>(card.value()).cardholderName, "LIU WEI");
+}
+
+TEST(CardHolder, StandsInChineseBehindItsLabel) {
+  const auto holder = [](const Observations& blocks, TextHandling handling = TextHandling::corrected) {
+    Observations all = page({"6222 0212 3456 7894"});
+    all.insert(all.end(), blocks.begin(), blocks.end());
+    return std::get<BankCardInfo>(recordIn(all, OCRScanMode::bankCard, handling).value()).cardholderName.value_or("");
+  };
+  const Observation label = at(0.1, 0.8, "姓名");
+  for (const auto& [name, blocks] : std::vector<std::pair<std::string, Observations>>{
+           {"林晓岚", {label, at(0.3, 0.8, "林 晓 岚")}},
+           {"欧阳晓岚", {at(0.1, 0.8, "持卡人姓名：欧阳晓岚")}},
+           {"王生", {at(0.1, 0.8, "持卡人 王生"), at(0.6, 0.8, "银联")}},
+           {"ZHANG SAN", {at(0.1, 0.8, "姓名 林晓岚"), at(0.1, 0.9, "ZHANG SAN")}},
+           {"", {label, at(0.3, 0.9, "林晓岚")}},
+           {"", {at(0.1, 0.8, "持卡人签名"), at(0.1, 0.9, "姓名拼音")}},
+           {"", {at(0.1, 0.8, "持卡人"), at(0.6, 0.8, "白金卡")}},
+           {"", {at(0.1, 0.8, "白金卡")}},
+       })
+    EXPECT_EQ(holder(blocks), name);
+  EXPECT_EQ(holder({at(0.1, 0.8, "姓名：林晓岚")}, TextHandling::literal), "");
 }
 
 TEST(PostCorrection, PutsAValueOnTheLineOfItsLabel) {
