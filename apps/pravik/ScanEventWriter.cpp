@@ -81,8 +81,4 @@ void ScanEventWriter::write(const Json& event) {
   out_.flush();
 }
 
-void ScanEventWriter::finish() {
-  answers_.finish();
-}
-
 }  // namespace pravik::cli

@@ -14,7 +14,7 @@ class ScanEventWriter {
 
   void write(const Json& event);
   /// Must be called once, at the end.
-  void finish();
+  void finish() { answers_.finish(); }
 
  private:
   std::ostream& out_;

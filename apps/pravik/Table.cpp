@@ -1,7 +1,6 @@
 #include "apps/pravik/Table.h"
 
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <map>
@@ -9,6 +8,7 @@
 
 #include "Reading/RecordChecks.h"
 #include "Utils/Format.h"
+#include "Utils/Text.h"
 
 namespace pravik::cli {
 namespace {
@@ -78,17 +78,11 @@ std::vector<Row> errorRows(const Answer& answer) {
 /// Control characters must not reach the terminal: a code may say anything. Lines after the first stand below it.
 std::string printable(std::string_view text, int continuation) {
   std::string lines;
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t i = 0; i < length;) {
-    const std::int32_t start = i;
-    UChar32 character = 0;
-    U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
-    if (character == '\n')
+  for (const char32_t character : codePoints(text)) {
+    if (character == U'\n')
       lines.append(1, '\n').append(static_cast<std::size_t>(continuation), ' ');
-    else if (character < 0 || u_iscntrl(character))
-      lines += "\uFFFD";
     else
-      lines += text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start));
+      lines += utf8(std::u32string(1, u_iscntrl(static_cast<UChar32>(character)) ? U'\uFFFD' : character));
   }
   return lines;
 }
@@ -97,12 +91,7 @@ std::string printable(std::string_view text, int continuation) {
 
 int displayWidth(std::string_view text) {
   int width = 0;
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t i = 0; i < length;) {
-    UChar32 character = 0;
-    U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
-    width += columns(character);
-  }
+  for (const char32_t character : codePoints(text)) width += columns(static_cast<UChar32>(character));
   return width;
 }
 

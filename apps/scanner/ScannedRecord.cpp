@@ -5,6 +5,7 @@
 
 #include "Reading/RecordChecks.h"
 #include "apps/scanner/Texts.h"
+#include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
 namespace {

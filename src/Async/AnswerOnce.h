@@ -19,8 +19,6 @@ class AnswerOnce {
   ~AnswerOnce() { give(tl::unexpected(OCRError::cancelled())); }
   AnswerOnce(const AnswerOnce&) = delete;
   AnswerOnce& operator=(const AnswerOnce&) = delete;
-  AnswerOnce(AnswerOnce&&) = delete;
-  AnswerOnce& operator=(AnswerOnce&&) = delete;
 
   void give(Result<T> result) {
     if (given_.exchange(true)) return;

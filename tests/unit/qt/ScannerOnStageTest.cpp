@@ -8,7 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "Async/RunWithCompletion.h"
+#include "Async/RunOnPool.h"
 #include "backends/opencv/files/OpenCvImageCodec.h"
 #include "backends/qt/QtDispatch.h"
 #include "tests/unit/qt/ShownScanner.h"
