@@ -87,6 +87,7 @@ void fuseFragments(benchmark::State& state) {
   constexpr std::string_view number = "6222021234567894";
   constexpr std::size_t readings = 5, fragmentsOfAReading = 8, length = 6;
   std::vector<std::string> fragments;
+  fragments.reserve(readings * fragmentsOfAReading);
   for (std::size_t i = 0; i < readings * fragmentsOfAReading; ++i)
     fragments.emplace_back(number.substr((i % fragmentsOfAReading) * 10 / (fragmentsOfAReading - 1), length));
   const std::vector<std::string> hints{"6222"};

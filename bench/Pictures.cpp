@@ -15,7 +15,9 @@ constexpr const char* portraitPhoto = "id-front-photo-0019.jpg";
 constexpr const char* bankPhoto = "bank-card-silver-photo-0011.jpg";
 
 Bitmap sample(const char* name) {
-  return OpenCvImageCodec().load(std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / name).bitmap.value();
+  const Image image = OpenCvImageCodec().load(std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / name);
+  if (!image.bitmap) throw std::runtime_error(std::string(name) + " has no pixels");
+  return *image.bitmap;
 }
 
 }  // namespace

@@ -15,9 +15,9 @@
 #include "Pravik.h"
 #include "UI/OCRScannerViewController.h"
 #include "Utils/Format.h"
+#include "apps/pravik/AnswerWriter.h"
 #include "apps/pravik/HeadlessStage.h"
 #include "apps/pravik/Installation.h"
-#include "apps/pravik/ScanEventWriter.h"
 #include "apps/pravik/ScanWatch.h"
 #include "backends/opencv/camera/OpenCvCaptureSystem.h"
 #include "backends/opencv/camera/VideoReader.h"
@@ -67,7 +67,7 @@ class ScanRun : public std::enable_shared_from_this<ScanRun> {
  public:
   /// `dispatch` keeps the time: that of a video file when it is a ManualDispatch, whose clock the scan then moves, else
   /// real time. `frame` is the size of the frames, of no extent when it is not known.
-  ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const Size& frame, ScanEventWriter& writer);
+  ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const Size& frame, AnswerWriter& writer);
 
   /// Shows the screen and lets the scan run to its end, or, once it is to stop, to the next moment at which no photo is
   /// being recognised; then takes the screen away. False when it was stopped. Once only, and not on the main queue.
@@ -87,7 +87,7 @@ class ScanRun : public std::enable_shared_from_this<ScanRun> {
   bool isFinished() const;
 
   ScanOptions options_;
-  ScanEventWriter& writer_;
+  AnswerWriter& writer_;
   std::shared_ptr<Dispatch> dispatch_;
   /// The same when its clock is moved by hand; null in real time.
   std::shared_ptr<ManualDispatch> pacer_;
@@ -104,7 +104,7 @@ class ScanRun : public std::enable_shared_from_this<ScanRun> {
   bool isFinished_ = false;
 };
 
-ScanRun::ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const Size& frame, ScanEventWriter& writer)
+ScanRun::ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const Size& frame, AnswerWriter& writer)
     : options_(std::move(options)),
       writer_(writer),
       dispatch_(std::move(dispatch)),
@@ -221,7 +221,7 @@ Size frameSize(const VideoSource& source) {
   return {};
 }
 
-ExitStatus answerUnusable(const ScanOptions& options, const std::string& reason, ScanEventWriter& writer) {
+ExitStatus answerUnusable(const ScanOptions& options, const std::string& reason, AnswerWriter& writer) {
   Json event{{"time", 0.0}, {"event", "result"}, {"file", options.source}, {"kind", options.kind->commandName}};
   event.update(invalidInputAnswer(reason));
   writer.write(event);
@@ -244,7 +244,7 @@ ExitStatus scan(const ScanOptions& options, const Settings& settings, const Host
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
 
-  ScanEventWriter writer(host.out, settings.format);
+  AnswerWriter writer(host.out, settings.format);
   const VideoSource source = videoSourceNamed(options.source);
   Size frame;
   try {

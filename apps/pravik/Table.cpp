@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <vector>
 
@@ -87,6 +88,56 @@ std::string printable(std::string_view text, int continuation) {
   return lines;
 }
 
+std::string detailsOfState(const Json& event) {
+  const std::string state = event["state"];
+  return event.contains("message") ? state + ": " + event["message"].get<std::string>() : state;
+}
+
+std::string detailsOfHint(const Json& event) {
+  return event["text"];
+}
+
+std::string detailsOfOutline(const Json& event) {
+  const Json& box = event["boundingBox"];
+  if (box.is_null()) return "none";
+  return formatted("x {:.3f} y {:.3f} width {:.3f} height {:.3f}", box["x"].get<double>(), box["y"].get<double>(),
+                   box["width"].get<double>(), box["height"].get<double>());
+}
+
+std::string detailsOfTimer(const Json& event) {
+  return formatted("{:.1f} s {}", event["seconds"].get<double>(), event["change"].get<std::string>());
+}
+
+std::string detailsOfButton(const Json& event) {
+  return event["shown"].get<bool>() ? "manual capture is offered" : "manual capture is hidden";
+}
+
+std::string detailsOfTap(const Json& /*event*/) {
+  return "manual capture";
+}
+
+std::string detailsOfCapture(const Json& event) {
+  return formatted("attempt {}", event["attempt"].get<int>());
+}
+
+std::string detailsOfAttempt(const Json& event) {
+  return formatted("attempt {} failed", event["attempt"].get<int>());
+}
+
+struct EventText {
+  std::string_view event;
+  std::string (*details)(const Json& event);
+};
+
+constexpr std::array<EventText, 8> eventTexts{{{"state", detailsOfState},
+                                               {"hint", detailsOfHint},
+                                               {"outline", detailsOfOutline},
+                                               {"timer", detailsOfTimer},
+                                               {"button", detailsOfButton},
+                                               {"tap", detailsOfTap},
+                                               {"capture", detailsOfCapture},
+                                               {"attempt", detailsOfAttempt}}};
+
 }  // namespace
 
 int displayWidth(std::string_view text) {
@@ -115,6 +166,13 @@ std::string asTable(const Answer& answer) {
     table += '\n';
   }
   return table;
+}
+
+std::string asEventLine(const Json& event) {
+  const auto name = event["event"].get<std::string>();
+  const auto* known = std::ranges::find(eventTexts, name, &EventText::event);
+  return formatted("{:9.3f}  {:<8}  {}\n", event["time"].get<double>(), name,
+                   known == eventTexts.end() ? "" : known->details(event));
 }
 
 }  // namespace pravik::cli

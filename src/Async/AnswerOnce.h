@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <utility>
 
 #include "Records/OCRError.h"

@@ -7,9 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Reading/CardLabels.h"
-#include "Reading/ContinuedValues.h"
-#include "Reading/WordJoining.h"
+#include "Reading/CorrectionRules.h"
 #include "Utils/ChineseText.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"

@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Parsers/CitizenNumber.h"
 #include "Records/OCRError.h"
@@ -80,7 +79,7 @@ struct Mismatch {
   OCRError error;
 };
 
-Mismatch mismatch(const std::string& expected, const std::string& detected, const std::string& evidence) {
+Mismatch mismatchOf(const std::string& expected, const std::string& detected, const std::string& evidence) {
   return {"场景不匹配: 期望" + expected + "，但检测到" + detected + evidence,
           OCRError::sceneMismatch(expected, detected)};
 }
@@ -89,19 +88,20 @@ std::optional<Mismatch> findMismatch(const SceneFeatures& found, SceneType expec
   const bool onlyBank = found.looksBank && !found.looksIDCard();
   switch (expected) {
     case SceneType::idCard:
-      if (onlyBank) return mismatch("身份证", "银行卡", "特征 (银行卡关键词=" + found.matchedBankKeywords + ")");
+      if (onlyBank) return mismatchOf("身份证", "银行卡", "特征 (银行卡关键词=" + found.matchedBankKeywords + ")");
       return std::nullopt;
     case SceneType::idCardFront:
-      if (onlyBank) return mismatch("身份证正面", "银行卡", "特征");
-      if (found.looksBack && !found.looksFront) return mismatch("身份证正面", "身份证背面", "特征 (签发机关/有效期限)");
+      if (onlyBank) return mismatchOf("身份证正面", "银行卡", "特征");
+      if (found.looksBack && !found.looksFront)
+        return mismatchOf("身份证正面", "身份证背面", "特征 (签发机关/有效期限)");
       return std::nullopt;
     case SceneType::idCardBack:
-      if (onlyBank) return mismatch("身份证背面", "银行卡", "特征");
-      if (found.looksFront && !found.looksBack) return mismatch("身份证背面", "身份证正面", "特征 (姓名/性别/住址)");
+      if (onlyBank) return mismatchOf("身份证背面", "银行卡", "特征");
+      if (found.looksFront && !found.looksBack) return mismatchOf("身份证背面", "身份证正面", "特征 (姓名/性别/住址)");
       return std::nullopt;
     case SceneType::bankCard:
       if (!found.looksIDCard() || found.looksBank) return std::nullopt;
-      return mismatch("银行卡", found.looksFront ? "身份证正面" : "身份证背面", "");
+      return mismatchOf("银行卡", found.looksFront ? "身份证正面" : "身份证背面", "");
   }
   return std::nullopt;
 }

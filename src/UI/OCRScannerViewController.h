@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
-#include <string>
 #include <utility>
 
 #include "Async/OCRScannerDelegate.h"
