@@ -3,6 +3,8 @@
 #include <cmath>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
 
 #include "backends/opencv/Mat.h"
 #include "backends/opencv/files/OpenCvImageCodec.h"
