@@ -63,7 +63,7 @@ const Observations& doubtfulBankCard() {
 template <class Parser>
 void parse(benchmark::State& state, const Observations& blocks) {
   if (!Parser{}.parse(blocks)) return state.SkipWithError("no record");
-  for (auto _ : state) benchmark::DoNotOptimize(Parser{}.parse(blocks));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(Parser{}.parse(blocks));
   state.counters["records/s"] =
       benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
@@ -87,11 +87,13 @@ void fuseFragments(benchmark::State& state) {
   constexpr std::string_view number = "6222021234567894";
   constexpr std::size_t readings = 5, fragmentsOfAReading = 8, length = 6;
   std::vector<std::string> fragments;
+  fragments.reserve(readings * fragmentsOfAReading);
   for (std::size_t i = 0; i < readings * fragmentsOfAReading; ++i)
     fragments.emplace_back(number.substr((i % fragmentsOfAReading) * 10 / (fragmentsOfAReading - 1), length));
   const std::vector<std::string> hints{"6222"};
   if (!fuseCardNumber(fragments, hints, fusedCardNumberLength)) return state.SkipWithError("no number");
-  for (auto _ : state) benchmark::DoNotOptimize(fuseCardNumber(fragments, hints, fusedCardNumberLength));
+  for ([[maybe_unused]] auto _ : state)
+    benchmark::DoNotOptimize(fuseCardNumber(fragments, hints, fusedCardNumberLength));
 }
 BENCHMARK(fuseFragments)->Name("fuse/40-fragments");
 

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
 
 #include "backends/opencv/Mat.h"
 #include "backends/opencv/files/OpenCvImageCodec.h"
@@ -15,7 +17,9 @@ constexpr const char* portraitPhoto = "id-front-photo-0019.jpg";
 constexpr const char* bankPhoto = "bank-card-silver-photo-0011.jpg";
 
 Bitmap sample(const char* name) {
-  return OpenCvImageCodec().load(std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / name).bitmap.value();
+  const Image image = OpenCvImageCodec().load(std::filesystem::path(PRAVIK_SAMPLES_DIRECTORY) / name);
+  if (!image.bitmap) throw std::runtime_error(std::string(name) + " has no pixels");
+  return *image.bitmap;
 }
 
 }  // namespace

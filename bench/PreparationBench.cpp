@@ -17,14 +17,14 @@ ImagePreprocessor preprocessor() {
 void analyse(benchmark::State& state) {
   const Bitmap photo = photoOfMegapixels(static_cast<int>(state.range(0)));
   const ImagePreprocessor preparation = preprocessor();
-  for (auto _ : state) benchmark::DoNotOptimize(preparation.analyzeImage(photo));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(preparation.analyzeImage(photo));
 }
 BENCHMARK(analyse)->Name("prepare/analyse/megapixels")->Arg(2)->Arg(4)->Arg(8)->Arg(12)->Unit(benchmark::kMillisecond);
 
 void analyseAndEnhance(benchmark::State& state) {
   const Image photo{.bitmap = photoOfMegapixels(static_cast<int>(state.range(0)))};
   const ImagePreprocessor preparation = preprocessor();
-  for (auto _ : state) benchmark::DoNotOptimize(preparation.preprocessForIDCard(photo));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(preparation.preprocessForIDCard(photo));
 }
 BENCHMARK(analyseAndEnhance)
     ->Name("prepare/analyse-and-enhance/megapixels")
@@ -44,7 +44,7 @@ void correctPerspective(benchmark::State& state) {
                                                         {0.2 * width, 0.15 * height},
                                                         {0.85 * width, 0.2 * height}}}};
   const OpenCvImageRenderer renderer;
-  for (auto _ : state) benchmark::DoNotOptimize(renderer.render(photo, filters));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(renderer.render(photo, filters));
 }
 BENCHMARK(correctPerspective)
     ->Name("prepare/correct-perspective/megapixels")
@@ -59,7 +59,7 @@ void detectRectangle(benchmark::State& state) {
   const Bitmap photo = photoOfMegapixels(static_cast<int>(state.range(0)));
   const RectangleRequest request{5, 0.3F, 1.0F, 45, 0.3F, 0.5F};
   const OpenCvRectangleDetector detector;
-  for (auto _ : state) benchmark::DoNotOptimize(detector.detect(photo, request));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(detector.detect(photo, request));
 }
 BENCHMARK(detectRectangle)
     ->Name("prepare/detect-rectangle/megapixels")

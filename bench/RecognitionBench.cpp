@@ -17,7 +17,7 @@ void recognizePortraitSide(benchmark::State& state) {
   const Image photo{.bitmap = photoOfSize(1600, 1200)};
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
   if (!syncWait(sdk.recognizeIDCardFront(photo))) return state.SkipWithError("the sample was not recognised");
-  for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeIDCardFront(photo)));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeIDCardFront(photo)));
 }
 BENCHMARK(recognizePortraitSide)
     ->Name("recognise/portrait-side/1600x1200")
@@ -48,7 +48,7 @@ void recognizeBankCard(benchmark::State& state) {
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
   const auto reading = syncWait(sdk.read(photo, OCRScanMode::bankCard));
   if (!reading || reading->report.stage != BankCardStage::firstReading) return state.SkipWithError("not read at once");
-  for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
 }
 BENCHMARK(recognizeBankCard)
     ->Name("recognise/bank-card/read-at-once")
@@ -64,7 +64,7 @@ void tryEveryStageOfABankCard(benchmark::State& state) {
   platform.textEngine = std::make_shared<NumberBlindEngine>(platform.textEngine);
   const PravikSDK sdk(platform);
   if (syncWait(sdk.recognizeBankCard(photo))) return state.SkipWithError("a number was found");
-  for (auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeBankCard(photo)));
 }
 BENCHMARK(tryEveryStageOfABankCard)
     ->Name("recognise/bank-card/every-stage")

@@ -31,7 +31,7 @@ VideoFrame frameOfSize(const benchmark::State& state) {
 
 void measureFrame(benchmark::State& state) {
   const VideoFrame frame = frameOfSize(state);
-  for (auto _ : state) benchmark::DoNotOptimize(FrameQuality::analyze(frame));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(FrameQuality::analyze(frame));
 }
 BENCHMARK(measureFrame)
     ->Name("scanner/frame-quality/pixels")
@@ -43,7 +43,7 @@ void findOutline(benchmark::State& state) {
   const VideoFrame frame = frameOfSize(state);
   const auto detector = cardDetector();
   detector->frameSkipInterval = 1;
-  for (auto _ : state) detector->processFrame(frame);
+  for ([[maybe_unused]] auto _ : state) detector->processFrame(frame);
 }
 BENCHMARK(findOutline)
     ->Name("scanner/outline/pixels")
@@ -56,7 +56,7 @@ BENCHMARK(findOutline)
 void followVideo(benchmark::State& state) {
   const VideoFrame frame = frameOfSize(state);
   FrameMonitor monitor(cardDetector());
-  for (auto _ : state)
+  for ([[maybe_unused]] auto _ : state)
     for (int i = 0; i < 30; ++i) benchmark::DoNotOptimize(monitor.process(frame));
 }
 BENCHMARK(followVideo)

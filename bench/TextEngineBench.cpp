@@ -39,14 +39,15 @@ struct Photo {
 void detectText(benchmark::State& state) {
   const Photo photo;
   const ppocr::TextDetector detector(modelPath(detectionModelFile), allCores);
-  for (auto _ : state) benchmark::DoNotOptimize(detector.detect(photo.mat, RecognitionLevel::accurate));
+  for ([[maybe_unused]] auto _ : state)
+    benchmark::DoNotOptimize(detector.detect(photo.mat, RecognitionLevel::accurate));
 }
 BENCHMARK(detectText)->Name("text/detection/1600x1200")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void classifyDirections(benchmark::State& state) {
   const std::vector<cv::Mat> lines = Photo().lines();
   const ppocr::DirectionClassifier classifier(modelPath(directionModelFile), allCores);
-  for (auto _ : state) benchmark::DoNotOptimize(classifier.upsideDown(lines));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(classifier.upsideDown(lines));
   state.counters["lines"] = static_cast<double>(lines.size());
 }
 BENCHMARK(classifyDirections)->Name("text/direction/1600x1200")->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -54,7 +55,7 @@ BENCHMARK(classifyDirections)->Name("text/direction/1600x1200")->Unit(benchmark:
 void readLines(benchmark::State& state) {
   const std::vector<cv::Mat> lines = Photo().lines();
   const ppocr::LineReader reader(modelPath(recognitionModelFile), allCores);
-  for (auto _ : state) benchmark::DoNotOptimize(reader.read(lines, {}));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(reader.read(lines, {}));
   state.counters["lines"] = static_cast<double>(lines.size());
 }
 BENCHMARK(readLines)->Name("text/recognition/1600x1200")->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -64,7 +65,7 @@ void recognizeText(benchmark::State& state) {
   const Bitmap photo = photoOfMegapixels(static_cast<int>(state.range(0)));
   const OnnxTextEngine engine({.modelDirectory = PRAVIK_MODEL_DIRECTORY, .threadCount = allCores});
   engine.load();
-  for (auto _ : state) benchmark::DoNotOptimize(engine.recognize(photo, TextRequest{}));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(engine.recognize(photo, TextRequest{}));
 }
 BENCHMARK(recognizeText)
     ->Name("text/whole-engine/megapixels")

@@ -16,8 +16,6 @@ class HandleLog {
   ~HandleLog();
   HandleLog(const HandleLog&) = delete;
   HandleLog& operator=(const HandleLog&) = delete;
-  HandleLog(HandleLog&&) = delete;
-  HandleLog& operator=(HandleLog&&) = delete;
 
   /// Replaces what went before, which is not called any more once this returns. Without a function nothing is heard.
   void send(OCRLogger::Level level, pravik_log_function function, void* context);
@@ -38,8 +36,6 @@ class LogScope {
   ~LogScope();
   LogScope(const LogScope&) = delete;
   LogScope& operator=(const LogScope&) = delete;
-  LogScope(LogScope&&) = delete;
-  LogScope& operator=(LogScope&&) = delete;
 
  private:
   HandleLog* outer_;

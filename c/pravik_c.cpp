@@ -13,14 +13,15 @@
 #include <new>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <thread>
 
 #include "Pravik.h"
 #include "Reading/TextToRecord.h"
 #include "backends/DefaultPlatform.h"
+#include "backends/json/Answer.h"
 #include "backends/json/ObservationsJson.h"
-#include "c/CallResult.h"
 #include "c/HandleLog.h"
 
 struct pravik_handle {
@@ -29,9 +30,43 @@ struct pravik_handle {
   std::atomic<std::chrono::milliseconds> timeLimit = pravik::ReadingLimits{}.time;
 };
 
+/// What a call gave, as texts that the caller may hold on to.
+struct pravik_result {
+  explicit pravik_result(const pravik::Answer& answer);
+
+  pravik_status status = PRAVIK_OK;
+  std::string json;
+  /// Both empty without an error.
+  std::string errorCode;
+  std::string errorMessage;
+};
+
 namespace {
 
 using namespace pravik;
+
+/// The error codes in the order of their statuses, from 1 on.
+constexpr std::array<std::string_view, PRAVIK_INTERNAL_ERROR> errorCodes{
+    "recognition_failed", "parse_failure", "scene_mismatch",   "invalid_image",
+    "insufficient_text",  "invalid_input", "invalid_argument", "internal_error"};
+
+pravik_status statusOf(std::string_view errorCode) {
+  const auto found = std::ranges::find(errorCodes, errorCode);
+  return found == errorCodes.end() ? PRAVIK_INTERNAL_ERROR : static_cast<pravik_status>(found - errorCodes.begin() + 1);
+}
+
+/// {"error":{"code":…,"message":…}} for what is no error of the library proper.
+Answer errorAnswer(pravik_status status, const std::string& message) {
+  return {{"error", {{"code", errorCodes[static_cast<std::size_t>(status) - 1]}, {"message", message}}}};
+}
+
+Answer invalidArgumentAnswer(const std::string& message) {
+  return errorAnswer(PRAVIK_INVALID_ARGUMENT, message);
+}
+
+Answer internalErrorAnswer(const std::string& message) {
+  return errorAnswer(PRAVIK_INTERNAL_ERROR, message);
+}
 
 /// What a pravik_kind stands for; text is no kind of document.
 struct Kind {
@@ -130,6 +165,15 @@ Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t st
 }
 
 }  // namespace
+
+pravik_result::pravik_result(const Answer& answer) : json(jsonText(answer)) {
+  if (isRecognized(answer)) return;
+  // From the text, where what is no UTF-8, such as the name of a folder, has been replaced.
+  const auto error = Json::parse(json).at("error");
+  errorCode = error.at("code").get<std::string>();
+  errorMessage = error.at("message").get<std::string>();
+  status = statusOf(errorCode);
+}
 
 const char* pravik_version(void) {
   return PravikSDK::version().c_str();

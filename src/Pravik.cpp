@@ -4,11 +4,7 @@
 #include <variant>
 
 #include "Async/RunOnPool.h"
-#include "Async/RunWithCompletion.h"
-#include "Reading/CodeReading.h"
 #include "Reading/ReadPicture.h"
-#include "Reading/ReadingParts.h"
-#include "Reading/TextReading.h"
 
 namespace pravik {
 namespace {
@@ -21,8 +17,6 @@ class StopAtEnd {
   ~StopAtEnd() { source_.request_stop(); }
   StopAtEnd(const StopAtEnd&) = delete;
   StopAtEnd& operator=(const StopAtEnd&) = delete;
-  StopAtEnd(StopAtEnd&&) = delete;
-  StopAtEnd& operator=(StopAtEnd&&) = delete;
 
   std::stop_token token() const { return source_.get_token(); }
 
@@ -70,14 +64,6 @@ PravikSDK::PravikSDK(Platform platform) {
 PravikSDK& PravikSDK::shared() {
   static PravikSDK sdk(Platform::current());
   return sdk;
-}
-
-const std::string& PravikSDK::version() {
-  return PravikVersion::string();
-}
-
-const std::string& PravikSDK::fullVersion() {
-  return PravikVersion::fullDescription();
 }
 
 ReadingParts PravikSDK::partsOfCall() const {

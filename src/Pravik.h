@@ -12,7 +12,6 @@
 #include "Reading/Reading.h"
 #include "Records/DocumentKind.h"
 #include "Records/OCRError.h"
-#include "Records/OCRScannerResult.h"
 #include "Records/PravikVersion.h"
 #include "Utils/OCRLogger.h"
 
@@ -34,9 +33,9 @@ class PravikSDK {
   /// The instance for the whole process, created from Platform::current() on first use.
   static PravikSDK& shared();
   /// "1.1.1"
-  static const std::string& version();
+  static const std::string& version() { return PravikVersion::string(); }
   /// "1.1.1 (dev)"
-  static const std::string& fullVersion();
+  static const std::string& fullVersion() { return PravikVersion::fullDescription(); }
 
   /// Reads a picture as what the mode says: the record or the error, and why nothing was read. Throws only what is no
   /// fault of the picture, such as cancelled.

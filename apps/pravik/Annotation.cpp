@@ -108,11 +108,7 @@ std::string fieldFedBy(std::string_view blockText, const Json& result) {
 }
 
 Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
-  cv::Mat canvas;
-  if (picture.bitmap.format() == PixelFormat::grey8)
-    cv::cvtColor(asMat(picture.bitmap), canvas, cv::COLOR_GRAY2BGRA);
-  else
-    canvas = asMat(picture.bitmap).clone();
+  cv::Mat canvas = asBgra(asMat(picture.bitmap)).clone();
   const Json result = isRecognized(answer) ? answer["result"] : Json::object();
   const int unit = std::max(smallestUnit, std::max(canvas.cols, canvas.rows) / 50);
   const std::vector<std::string> fields = shownFields(result);

@@ -24,7 +24,7 @@ AnswerWriter::AnswerWriter(std::ostream& out, Format format) : out_(out), format
 void AnswerWriter::write(const Answer& answer) {
   switch (format_) {
     case Format::table:
-      out_ << (first_ ? "" : "\n") << asTable(answer);
+      writeForPeople(answer);
       break;
     case Format::json:
       out_ << (first_ ? "[\n" : ",\n") << arrayElement(answer);
@@ -36,6 +36,15 @@ void AnswerWriter::write(const Answer& answer) {
   out_.flush();
   first_ = false;
   allRecognized_ = allRecognized_ && isRecognized(answer);
+}
+
+void AnswerWriter::writeForPeople(const Answer& answer) {
+  if (!answer.contains("event")) {
+    out_ << (first_ ? "" : "\n") << asTable(answer);
+    return;
+  }
+  out_ << asEventLine(answer);
+  if (answer["event"] == "result") out_ << '\n' << asTable(answer);
 }
 
 ExitStatus AnswerWriter::finish() {

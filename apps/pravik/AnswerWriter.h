@@ -8,7 +8,8 @@
 namespace pravik::cli {
 
 /// Writes answers one after the other as they come, each at once: blocks of a table, elements of one JSON array, or
-/// one JSON object a line.
+/// one JSON object a line. So it does with the events of a scan, {"time":…,"event":…} and what the event has to say, of
+/// which the result comes last; in a table each is a line.
 class AnswerWriter {
  public:
   AnswerWriter(std::ostream& out, Format format);
@@ -21,6 +22,8 @@ class AnswerWriter {
   bool works() const;
 
  private:
+  void writeForPeople(const Answer& answer);
+
   std::ostream& out_;
   Format format_;
   bool first_ = true;

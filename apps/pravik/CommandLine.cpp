@@ -126,6 +126,12 @@ void addSharedOptions(CLI::App& app, Settings& settings) {
   app.add_option("--models", settings.models, "Folder of the text models")->type_name("DIR");
 }
 
+/// Has the command, when it is named, ask for an action.
+template <class Action>
+void setAction(CLI::App& command, Request& request, const Action& action) {
+  command.callback([&request, action] { request.action = action; });
+}
+
 CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view description, Request& request) {
   CLI::App& command = *app.add_subcommand(std::string(name), std::string(description));
   addSharedOptions(command, request.settings);
@@ -160,13 +166,11 @@ void addPictureCommands(CLI::App& app, Request& request) {
     command.add_option("IMAGE", request.files, "Picture files; - for standard input")->required()->type_name("");
     addOwnOptions(command, picture, request);
     command.footer("Example:\n  pravik " + std::string(picture.kind) + " --format jsonl --jobs 2 pictures/*.jpg");
-    command.callback([&request, &picture] {
-      request.action = [&picture](const Request& wanted, const Host& host) {
-        PictureOptions options = wanted.options;
-        options.scene = sceneNamed(wanted.scene);
-        options.limits.stop = host.stop;
-        return answerPictures(picture, wanted.files, options, wanted.settings, host);
-      };
+    setAction(command, request, [&picture](const Request& wanted, const Host& host) {
+      PictureOptions options = wanted.options;
+      options.scene = sceneNamed(wanted.scene);
+      options.limits.stop = host.stop;
+      return answerPictures(picture, wanted.files, options, wanted.settings, host);
     });
   }
 }
@@ -181,11 +185,9 @@ void addObservationCommands(CLI::App& app, std::string_view name, std::string_vi
     sub.add_flag("--literal", request.isLiteral,
                  "Take the text to the letter: undo nothing that a photograph does to it");
     sub.footer(observationFormat);
-    sub.callback([&request, &kind] {
-      request.action = [&kind](const Request& wanted, const Host& host) {
-        const TextHandling handling = wanted.isLiteral ? TextHandling::literal : TextHandling::corrected;
-        return answerObservations(kind, wanted.file, handling, wanted.settings, host);
-      };
+    setAction(sub, request, [&kind](const Request& wanted, const Host& host) {
+      const TextHandling handling = wanted.isLiteral ? TextHandling::literal : TextHandling::corrected;
+      return answerObservations(kind, wanted.file, handling, wanted.settings, host);
     });
   }
 }
@@ -213,24 +215,20 @@ void addScanCommand(CLI::App& app, Request& request) {
           "Give up after so many seconds")
       ->type_name("SECONDS");
   command.footer(scanNotes);
-  command.callback([&request] {
-    request.action = [](const Request& wanted, const Host& host) { return scan(wanted.scan, wanted.settings, host); };
-  });
+  setAction(command, request,
+            [](const Request& wanted, const Host& host) { return scan(wanted.scan, wanted.settings, host); });
 }
 
 void addOtherCommands(CLI::App& app, Request& request) {
   for (const MeasurementCommand& measurement : measurementCommands()) {
     CLI::App& command = addCommand(app, std::string(measurement.kind), std::string(measurement.description), request);
     command.add_option("IMAGE", request.file, "A picture file; - for standard input")->required()->type_name("");
-    command.callback([&request, &measurement] {
-      request.action = [&measurement](const Request& wanted, const Host& host) {
-        return answerMeasurement(measurement, wanted.file, wanted.settings, host);
-      };
+    setAction(command, request, [&measurement](const Request& wanted, const Host& host) {
+      return answerMeasurement(measurement, wanted.file, wanted.settings, host);
     });
   }
-  addCommand(app, "doctor", "Show what is installed and what is missing", request).callback([&request] {
-    request.action = [](const Request& wanted, const Host& host) { return doctor(wanted.settings, host); };
-  });
+  setAction(addCommand(app, "doctor", "Show what is installed and what is missing", request), request,
+            [](const Request& wanted, const Host& host) { return doctor(wanted.settings, host); });
 }
 
 /// The log goes to the error stream while a command runs.

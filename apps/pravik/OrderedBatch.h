@@ -19,8 +19,6 @@ class Place {
   ~Place() { places_.release(); }
   Place(const Place&) = delete;
   Place& operator=(const Place&) = delete;
-  Place(Place&&) = delete;
-  Place& operator=(Place&&) = delete;
 
  private:
   std::counting_semaphore<>& places_;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <ostream>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 #include "Utils/GuardedCall.h"
@@ -16,7 +17,6 @@
 #include "apps/pravik/Input.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/OrderedBatch.h"
-#include "apps/pravik/Progress.h"
 #include "apps/pravik/Recording.h"
 
 namespace pravik::cli {
@@ -39,6 +39,38 @@ struct Reader {
   Reader(const Platform& platform, const PictureOptions& options) : sdk(recorded(platform, recording)) {
     sdk.setDebugSaveImagesToAlbum(!options.debugImages.empty());
   }
+};
+
+/// A bar that shows how far a batch is, redrawn on one line of a terminal; nothing when it is not shown. The line is
+/// cleared when the bar goes away.
+class Progress {
+ public:
+  Progress(std::ostream& terminal, std::size_t total, bool shown)
+      : terminal_(terminal), total_(total), shown_(shown && total > 1) {}
+  ~Progress() { hide(); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void show(std::size_t done) {
+    if (!shown_) return;
+    constexpr std::size_t width = 30;
+    const std::size_t filled = width * done / total_;
+    terminal_ << clearLine << '[' << std::string(filled, '#') << std::string(width - filled, '.') << "] " << done
+              << " / " << total_ << std::flush;
+  }
+
+  /// Clears the line, so that something else can be written.
+  void hide() {
+    if (shown_) terminal_ << clearLine << std::flush;
+  }
+
+ private:
+  /// Carriage return, then "erase to the end of the line" (ECMA-48, EL).
+  static constexpr const char* clearLine = "\r\033[K";
+
+  std::ostream& terminal_;
+  std::size_t total_;
+  bool shown_;
 };
 
 int threadsEach(const Settings& settings, int jobs) {

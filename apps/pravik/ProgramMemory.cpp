@@ -1,7 +1,5 @@
 #include "apps/pravik/ProgramMemory.h"
 
-#include <cstdlib>
-
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "Records/DocumentKind.h"
 #include "apps/pravik/Settings.h"

@@ -121,4 +121,36 @@ void ScanWatch::tapIfReady(OCRScannerViewController& screen) {
   workDone();
 }
 
+ObservedDispatch::ObservedDispatch(std::shared_ptr<Dispatch> dispatch, std::weak_ptr<ScanWatch> watch)
+    : dispatch_(std::move(dispatch)), watch_(std::move(watch)) {}
+
+void ObservedDispatch::async(std::function<void()> work) {
+  dispatch_->async([watch = watch_, work = std::move(work)] {
+    work();
+    if (const auto watcher = watch.lock()) watcher->workDone();
+  });
+}
+
+WorkItem ObservedDispatch::asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) {
+  auto isPending = std::make_shared<bool>(true);
+  const auto tell = [watch = watch_, delay](TimerChange change) {
+    if (const auto watcher = watch.lock()) watcher->timerChanged(delay, change);
+  };
+  tell(TimerChange::started);
+  const WorkItem item = dispatch_->asyncAfter(delay, [watch = watch_, isPending, tell, work = std::move(work)] {
+    *isPending = false;
+    tell(TimerChange::fired);
+    work();
+    if (const auto watcher = watch.lock()) watcher->workDone();
+  });
+  return WorkItem([item, isPending, tell] {
+    item.cancel();
+    if (std::exchange(*isPending, false)) tell(TimerChange::cancelled);
+  });
+}
+
+std::shared_ptr<SerialQueue> ObservedDispatch::makeSerialQueue(const std::string& label) {
+  return serialQueues_.emplace_back(dispatch_->makeSerialQueue(label));
+}
+
 }  // namespace pravik::cli

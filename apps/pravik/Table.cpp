@@ -1,14 +1,15 @@
 #include "apps/pravik/Table.h"
 
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <vector>
 
 #include "Reading/RecordChecks.h"
 #include "Utils/Format.h"
+#include "Utils/Text.h"
 
 namespace pravik::cli {
 namespace {
@@ -78,31 +79,70 @@ std::vector<Row> errorRows(const Answer& answer) {
 /// Control characters must not reach the terminal: a code may say anything. Lines after the first stand below it.
 std::string printable(std::string_view text, int continuation) {
   std::string lines;
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t i = 0; i < length;) {
-    const std::int32_t start = i;
-    UChar32 character = 0;
-    U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
-    if (character == '\n')
+  for (const char32_t character : codePoints(text)) {
+    if (character == U'\n')
       lines.append(1, '\n').append(static_cast<std::size_t>(continuation), ' ');
-    else if (character < 0 || u_iscntrl(character))
-      lines += "\uFFFD";
     else
-      lines += text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start));
+      lines += utf8(std::u32string(1, u_iscntrl(static_cast<UChar32>(character)) ? U'\uFFFD' : character));
   }
   return lines;
 }
+
+std::string detailsOfState(const Json& event) {
+  const std::string state = event["state"];
+  return event.contains("message") ? state + ": " + event["message"].get<std::string>() : state;
+}
+
+std::string detailsOfHint(const Json& event) {
+  return event["text"];
+}
+
+std::string detailsOfOutline(const Json& event) {
+  const Json& box = event["boundingBox"];
+  if (box.is_null()) return "none";
+  return formatted("x {:.3f} y {:.3f} width {:.3f} height {:.3f}", box["x"].get<double>(), box["y"].get<double>(),
+                   box["width"].get<double>(), box["height"].get<double>());
+}
+
+std::string detailsOfTimer(const Json& event) {
+  return formatted("{:.1f} s {}", event["seconds"].get<double>(), event["change"].get<std::string>());
+}
+
+std::string detailsOfButton(const Json& event) {
+  return event["shown"].get<bool>() ? "manual capture is offered" : "manual capture is hidden";
+}
+
+std::string detailsOfTap(const Json& /*event*/) {
+  return "manual capture";
+}
+
+std::string detailsOfCapture(const Json& event) {
+  return formatted("attempt {}", event["attempt"].get<int>());
+}
+
+std::string detailsOfAttempt(const Json& event) {
+  return formatted("attempt {} failed", event["attempt"].get<int>());
+}
+
+struct EventText {
+  std::string_view event;
+  std::string (*details)(const Json& event);
+};
+
+constexpr std::array<EventText, 8> eventTexts{{{"state", detailsOfState},
+                                               {"hint", detailsOfHint},
+                                               {"outline", detailsOfOutline},
+                                               {"timer", detailsOfTimer},
+                                               {"button", detailsOfButton},
+                                               {"tap", detailsOfTap},
+                                               {"capture", detailsOfCapture},
+                                               {"attempt", detailsOfAttempt}}};
 
 }  // namespace
 
 int displayWidth(std::string_view text) {
   int width = 0;
-  const auto length = static_cast<std::int32_t>(text.size());
-  for (std::int32_t i = 0; i < length;) {
-    UChar32 character = 0;
-    U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), i, length, character);
-    width += columns(character);
-  }
+  for (const char32_t character : codePoints(text)) width += columns(static_cast<UChar32>(character));
   return width;
 }
 
@@ -126,6 +166,13 @@ std::string asTable(const Answer& answer) {
     table += '\n';
   }
   return table;
+}
+
+std::string asEventLine(const Json& event) {
+  const auto name = event["event"].get<std::string>();
+  const auto* known = std::ranges::find(eventTexts, name, &EventText::event);
+  return formatted("{:9.3f}  {:<8}  {}\n", event["time"].get<double>(), name,
+                   known == eventTexts.end() ? "" : known->details(event));
 }
 
 }  // namespace pravik::cli

@@ -17,4 +17,7 @@ std::string padded(std::string_view text, int width);
 /// Ends with a line end.
 std::string asTable(const Answer& answer);
 
+/// An event of a scan for people, on a line: the time in seconds, the event and its details.
+std::string asEventLine(const Json& event);
+
 }  // namespace pravik::cli

@@ -3,7 +3,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QResizeEvent>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -132,10 +131,6 @@ void ResultPage::addRow(QGridLayout& grid, const Field& field) {
   grid.addLayout(texts, row, 0);
   if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 1);
   grid.addWidget(makeCopyButton(field), row, 2);
-}
-
-void ResultPage::resizeEvent(QResizeEvent* /*event*/) {
-  arrange();
 }
 
 void ResultPage::arrange() {

@@ -24,7 +24,7 @@ class ResultPage : public QWidget {
   void show(const ScannedRecord& record);
 
  protected:
-  void resizeEvent(QResizeEvent* event) override;
+  void resizeEvent(QResizeEvent* /*event*/) override { arrange(); }
 
  private:
   QWidget* makeContent(const ScannedRecord& record);

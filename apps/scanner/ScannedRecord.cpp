@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Reading/RecordChecks.h"
-#include "apps/scanner/Texts.h"
+#include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
 namespace {

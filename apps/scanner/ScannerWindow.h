@@ -20,10 +20,6 @@ class ScannerWindow : public QStackedWidget {
   /// `bringsCamera`: whether the platform brings its camera along, so that none is opened by name.
   ScannerWindow(ScannerSettings settings, Platform platform, bool bringsCamera = false);
   ~ScannerWindow() override;
-  ScannerWindow(const ScannerWindow&) = delete;
-  ScannerWindow& operator=(const ScannerWindow&) = delete;
-  ScannerWindow(ScannerWindow&&) = delete;
-  ScannerWindow& operator=(ScannerWindow&&) = delete;
 
   /// Told each record that was scanned.
   std::function<void(const ScannedRecord&)> onRecord;

@@ -1,14 +1,17 @@
 #include "apps/scanner/StartPage.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFont>
 #include <QVBoxLayout>
+#include <vector>
 
 #include "Records/DocumentKind.h"
-#include "apps/scanner/Cameras.h"
 #include "apps/scanner/FaintText.h"
 #include "apps/scanner/Texts.h"
+#include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
 namespace {
@@ -19,6 +22,32 @@ constexpr const char* choiceStyle =
     "QPushButton { border: 1px solid palette(mid); border-radius: 8px; text-align: left; padding: 0 14px; }"
     "QPushButton:checked { border: 2px solid palette(highlight); color: palette(highlight); font-weight: 600; }"
     "QPushButton:focus { text-decoration: underline; }";
+
+/// A camera of this machine.
+struct Camera {
+  /// What opens it.
+  QString source;
+  QString name;
+};
+
+QString firstLine(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  return QString::fromUtf8(file.readLine()).trimmed();
+}
+
+/// Empty when there is none, or when the system does not tell.
+std::vector<Camera> listCameras() {
+  const QDir devices(QStringLiteral("/sys/class/video4linux"));
+  std::vector<Camera> cameras;
+  for (const QString& device : devices.entryList({"video*"}, QDir::Dirs | QDir::System, QDir::Name)) {
+    // A camera's further devices, such as that of its metadata, have an index above 0.
+    if (firstLine(devices.filePath(device + "/index")) != QStringLiteral("0")) continue;
+    const QString name = firstLine(devices.filePath(device + "/name"));
+    cameras.push_back({"/dev/" + device, name.isEmpty() ? device : name});
+  }
+  return cameras;
+}
 
 QLabel* makeHeading() {
   auto* heading = new QLabel(text(Text::whatToScan));
@@ -102,7 +131,7 @@ QWidget* StartPage::makeModes(OCRScanMode mode) {
 }
 
 void StartPage::fillCameras(const std::string& camera) {
-  for (const Camera& found : listCameras()) cameras_->addItem(found.name, QString::fromStdString(found.source));
+  for (const Camera& found : listCameras()) cameras_->addItem(found.name, found.source);
   if (cameras_->count() == 0) cameras_->addItem(text(Text::noCamera), QString());
   cameras_->addItem(text(Text::chooseClip));
   if (!camera.empty()) addClip(QString::fromStdString(camera));

@@ -1,7 +1,8 @@
 #include "apps/scanner/Texts.h"
 
-#include <QLocale>
 #include <array>
+
+#include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
 namespace {
@@ -40,11 +41,6 @@ static_assert(wordings.size() == static_cast<std::size_t>(Text::checkFailed) + 1
 QString text(Text which) {
   const Wording& wording = wordings.at(static_cast<std::size_t>(which));
   return inUserLanguage(wording.chinese, wording.english);
-}
-
-QString inUserLanguage(std::string_view chinese, std::string_view english) {
-  const std::string_view text = QLocale().language() == QLocale::Chinese ? chinese : english;
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 }  // namespace pravik::scanner

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <cstdint>
-#include <string_view>
 
 namespace pravik::scanner {
 
@@ -31,6 +30,5 @@ enum class Text : std::uint8_t {
 
 /// In Chinese for users whose language that is, in English for all others.
 QString text(Text which);
-QString inUserLanguage(std::string_view chinese, std::string_view english);
 
 }  // namespace pravik::scanner

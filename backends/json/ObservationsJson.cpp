@@ -69,7 +69,7 @@ Rect boundingBox(const nlohmann::json& box, const std::string& where) {
   return {left, bottom, right - left, top - bottom};
 }
 
-TextRecognizer::Observation observation(const nlohmann::json& object, std::size_t index) {
+Observation observation(const nlohmann::json& object, std::size_t index) {
   const std::string where = formatted("observation {}", index);
   const nlohmann::json& text = member(object, "text", where);
   if (!text.is_string()) throw InputError(where + ": \"text\" is not a string");

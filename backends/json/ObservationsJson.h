@@ -5,7 +5,7 @@
 #include <string_view>
 #include <tl/expected.hpp>
 
-#include "Core/TextRecognizer.h"
+#include "Records/Observation.h"
 
 namespace pravik {
 

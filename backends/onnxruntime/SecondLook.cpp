@@ -8,6 +8,7 @@
 #include <opencv2/imgproc.hpp>
 #include <tuple>
 
+#include "Utils/Text.h"
 #include "backends/onnxruntime/Cropping.h"
 
 namespace pravik::ppocr {
@@ -32,9 +33,6 @@ constexpr std::size_t looksAtWords = 2;
 /// full of numbers would take five times as long.
 constexpr std::size_t maximumRereads = 64;
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 std::ptrdiff_t characterCount(const std::string& text) {
   return std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
 }
@@ -131,7 +129,7 @@ cv::Mat lineOf(const cv::Mat& picture, const TextBox& box, const Look& look) {
 }  // namespace
 
 bool deservesSecondLook(const std::string& text) {
-  const auto digits = std::ranges::count_if(text, isDigit);
+  const auto digits = std::ranges::count_if(text, isAsciiDigit);
   return digits >= minimumDigits && 2 * digits > characterCount(text);
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
 #include "Platform/Bitmap.h"
@@ -17,6 +18,14 @@ inline cv::Mat asMat(const Bitmap& bitmap) {
   // cv::Mat has no view of constant pixels.
   return {bitmap.height(), bitmap.width(), type, const_cast<std::uint8_t*>(bitmap.row(0)),
           static_cast<std::size_t>(bitmap.stride())};
+}
+
+/// Pixels of one, three or four channels as BGRA; the matrix itself when it has four.
+inline cv::Mat asBgra(const cv::Mat& pixels) {
+  if (pixels.channels() == 4) return pixels;
+  cv::Mat bgra;
+  cv::cvtColor(pixels, bgra, pixels.channels() == 1 ? cv::COLOR_GRAY2BGRA : cv::COLOR_BGR2BGRA);
+  return bgra;
 }
 
 /// A bitmap that shares the pixels of a CV_8UC4 or CV_8UC1 matrix, which must own them and not be written to any more.

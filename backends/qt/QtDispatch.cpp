@@ -53,12 +53,4 @@ WorkItem QtDispatch::asyncAfter(std::chrono::milliseconds delay, std::function<v
   });
 }
 
-void QtDispatch::asyncGlobal(std::function<void()> work) {
-  pool_->asyncGlobal(std::move(work));
-}
-
-std::shared_ptr<SerialQueue> QtDispatch::makeSerialQueue(const std::string& label) {
-  return pool_->makeSerialQueue(label);
-}
-
 }  // namespace pravik

@@ -18,13 +18,13 @@ class QtDispatch : public Dispatch {
   ~QtDispatch() override;
   QtDispatch(const QtDispatch&) = delete;
   QtDispatch& operator=(const QtDispatch&) = delete;
-  QtDispatch(QtDispatch&&) = delete;
-  QtDispatch& operator=(QtDispatch&&) = delete;
 
   void async(std::function<void()> work) override;
   WorkItem asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
-  void asyncGlobal(std::function<void()> work) override;
-  std::shared_ptr<SerialQueue> makeSerialQueue(const std::string& label) override;
+  void asyncGlobal(std::function<void()> work) override { pool_->asyncGlobal(std::move(work)); }
+  std::shared_ptr<SerialQueue> makeSerialQueue(const std::string& label) override {
+    return pool_->makeSerialQueue(label);
+  }
 
  private:
   /// Receives the work of the main queue; lives on its thread.

@@ -11,6 +11,7 @@
 #include <exception>
 #include <utility>
 
+#include "Async/AnswerOnce.h"
 #include "Utils/OCRLogger.h"
 #include "backends/qt/QtValues.h"
 #include "backends/qt/SystemSettings.h"
@@ -18,23 +19,14 @@
 namespace pravik {
 namespace {
 
-/// An answer that is given exactly once: at the latest, nothing is picked when nobody can answer any more.
-class PickedPhoto {
- public:
-  explicit PickedPhoto(std::function<void(std::optional<Image>)> completion) : completion_(std::move(completion)) {}
-  ~PickedPhoto() { give(std::nullopt); }
-  PickedPhoto(const PickedPhoto&) = delete;
-  PickedPhoto& operator=(const PickedPhoto&) = delete;
-  PickedPhoto(PickedPhoto&&) = delete;
-  PickedPhoto& operator=(PickedPhoto&&) = delete;
+using PickedPhoto = AnswerOnce<std::optional<Image>>;
 
-  void give(std::optional<Image> photo) {
-    if (const auto completion = std::exchange(completion_, nullptr)) completion(std::move(photo));
-  }
-
- private:
-  std::function<void(std::optional<Image>)> completion_;
-};
+/// At the latest, nothing is picked when nobody can answer any more.
+std::shared_ptr<PickedPhoto> answerTo(std::function<void(std::optional<Image>)> completion) {
+  return std::make_shared<PickedPhoto>([completion = std::move(completion)](Result<std::optional<Image>> photo) {
+    completion(std::move(photo).value_or(std::nullopt));
+  });
+}
 
 std::optional<Image> load(const ImageCodec& codec, const QString& path) {
   try {
@@ -128,14 +120,14 @@ bool QtStage::press(std::string_view symbol) {
 }
 
 void QtStage::loadPhoto(const QString& path, std::function<void(std::optional<Image>)> completion) const {
-  auto answer = std::make_shared<PickedPhoto>(std::move(completion));
+  const auto answer = answerTo(std::move(completion));
   if (imageCodec_ && dispatch_)
     dispatch_->asyncGlobal([codec = imageCodec_, answer, path] { answer->give(load(*codec, path)); });
 }
 
 void QtStage::pickPhoto(std::function<void(std::optional<Image>)> completion) {
   if (!offeredPhoto_.isEmpty()) return loadPhoto(std::exchange(offeredPhoto_, {}), std::move(completion));
-  const auto answer = std::make_shared<PickedPhoto>(std::move(completion));
+  const auto answer = answerTo(std::move(completion));
   if (!host_) return;
   auto* dialog = new QFileDialog(dialogParent());
   dialog->setAttribute(Qt::WA_DeleteOnClose);

@@ -20,10 +20,6 @@ class QtStage : public Stage {
   /// The image codec and the dispatch of the platform open the photos that the user picks.
   QtStage(QWidget& host, const Platform& platform);
   ~QtStage() override;
-  QtStage(const QtStage&) = delete;
-  QtStage& operator=(const QtStage&) = delete;
-  QtStage(QtStage&&) = delete;
-  QtStage& operator=(QtStage&&) = delete;
 
   void present(std::shared_ptr<Screen> screen, bool animated, std::function<void()> completion) override;
   void dismiss(Screen& screen, bool animated, std::function<void()> completion) override;

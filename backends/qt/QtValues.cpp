@@ -1,10 +1,16 @@
 #include "backends/qt/QtValues.h"
 
 #include <QApplication>
+#include <QLocale>
 #include <cmath>
 #include <memory>
 
 namespace pravik {
+
+QString inUserLanguage(std::string_view chinese, std::string_view english) {
+  const std::string_view text = QLocale().language() == QLocale::Chinese ? chinese : english;
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 QFont interfaceFont() {
   QFont result = QApplication::font();

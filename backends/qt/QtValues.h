@@ -5,11 +5,12 @@
 #include <QImage>
 #include <QPointF>
 #include <QRectF>
+#include <QString>
+#include <string_view>
 
 #include "Platform/Bitmap.h"
-#include "Platform/Color.h"
-#include "Platform/Font.h"
 #include "Platform/Geometry.h"
+#include "Platform/View.h"
 
 // The library's values as Qt has them. One point is one device-independent pixel.
 namespace pravik {
@@ -26,6 +27,9 @@ inline QPointF toQt(const Point& point) {
 inline QRectF toQt(const Rect& rect) {
   return {rect.x, rect.y, rect.width, rect.height};
 }
+
+/// A text in Chinese for users whose language that is, in English for all others.
+QString inUserLanguage(std::string_view chinese, std::string_view english);
 
 /// The application's typeface, with Chinese faces behind it.
 QFont interfaceFont();

@@ -8,8 +8,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "Platform/Button.h"
-#include "Platform/Label.h"
+#include "Platform/Controls.h"
 #include "backends/qt/Symbols.h"
 
 namespace pravik {
@@ -84,10 +83,6 @@ ScreenWidget::ScreenWidget(QWidget& host, std::shared_ptr<Screen> screen, ViewAn
   slide_.setEasingCurve(QEasingCurve::OutCubic);
 }
 
-ScreenWidget::~ScreenWidget() {
-  goAway();
-}
-
 void ScreenWidget::appear(bool animated, const std::function<void()>& arrived) {
   layOut();
   screen_->viewDidLoad();
@@ -152,10 +147,6 @@ void ScreenWidget::layOut() {
 
 void ScreenWidget::showEvent(QShowEvent* /*event*/) {
   refreshTimer_.start(refreshInterval);
-}
-
-void ScreenWidget::hideEvent(QHideEvent* /*event*/) {
-  refreshTimer_.stop();
 }
 
 void ScreenWidget::refresh() {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Screen.h"
+#include "Platform/Stage.h"
 #include "backends/qt/TouchTarget.h"
 #include "backends/qt/ViewAnimator.h"
 #include "backends/qt/ViewPainter.h"
@@ -24,11 +24,7 @@ class ScreenWidget : public QWidget {
  public:
   ScreenWidget(QWidget& host, std::shared_ptr<Screen> screen, ViewAnimator& animator);
   /// Tells the screen that it goes, unless it knows.
-  ~ScreenWidget() override;
-  ScreenWidget(const ScreenWidget&) = delete;
-  ScreenWidget& operator=(const ScreenWidget&) = delete;
-  ScreenWidget(ScreenWidget&&) = delete;
-  ScreenWidget& operator=(ScreenWidget&&) = delete;
+  ~ScreenWidget() override { goAway(); }
 
   const std::shared_ptr<Screen>& screen() const { return screen_; }
 
@@ -45,7 +41,7 @@ class ScreenWidget : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
-  void hideEvent(QHideEvent* event) override;
+  void hideEvent(QHideEvent* /*event*/) override { refreshTimer_.stop(); }
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;

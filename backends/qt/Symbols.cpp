@@ -1,6 +1,5 @@
 #include "backends/qt/Symbols.h"
 
-#include <QLocale>
 #include <QPainterPath>
 #include <QPen>
 #include <algorithm>
@@ -87,10 +86,6 @@ constexpr std::array<Symbol, 5> symbols{{
 }};
 
 }  // namespace
-
-QString Symbol::label() const {
-  return QString::fromUtf8(QLocale().language() == QLocale::Chinese ? chinese : english);
-}
 
 const Symbol* findSymbol(std::string_view name) {
   const auto* found = std::ranges::find(symbols, name, &Symbol::name);

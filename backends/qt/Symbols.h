@@ -6,6 +6,8 @@
 #include <Qt>
 #include <string_view>
 
+#include "backends/qt/QtValues.h"
+
 namespace pravik {
 
 /// A picture that a button can show.
@@ -20,7 +22,7 @@ struct Symbol {
   void (*draw)(QPainter& painter);
 
   /// In the language of the user.
-  QString label() const;
+  QString label() const { return inUserLanguage(chinese, english); }
 };
 
 /// Null for a name that stands for no symbol.

@@ -3,8 +3,7 @@
 #include <QPainter>
 #include <QPen>
 
-#include "Platform/Button.h"
-#include "Platform/SegmentedControl.h"
+#include "Platform/Controls.h"
 #include "backends/qt/QtValues.h"
 #include "backends/qt/Symbols.h"
 

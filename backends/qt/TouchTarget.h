@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QAbstractButton>
-#include <functional>
 
 #include "Platform/Geometry.h"
 #include "Platform/View.h"

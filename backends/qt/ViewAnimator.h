@@ -8,7 +8,6 @@
 #include <optional>
 #include <vector>
 
-#include "Platform/Color.h"
 #include "Platform/Geometry.h"
 #include "Platform/View.h"
 

@@ -7,10 +7,7 @@
 #include <cmath>
 #include <variant>
 
-#include "Platform/Button.h"
-#include "Platform/Label.h"
-#include "Platform/SegmentedControl.h"
-#include "Platform/ShapeLayer.h"
+#include "Platform/Controls.h"
 #include "backends/qt/QtValues.h"
 #include "backends/qt/Symbols.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <span>
@@ -7,9 +8,11 @@
 #include <vector>
 
 #include "Platform/BarcodeDetector.h"
-#include "backends/zxing/BarExtent.h"
 
 namespace pravik {
+
+/// Corners of a code in the order of ZXing: around it, the first two along one row of the bars.
+using CodeOutline = std::array<cv::Point2d, 4>;
 
 /// A code format as ZXing reads it; defined beside the table of all eleven.
 struct CodeFormat;

@@ -80,14 +80,6 @@ cv::Mat averagedAlongBars(const cv::Mat& grey) {
   return smooth;
 }
 
-CodeOutline mapped(const CodeOutline& outline, const cv::Matx33d& map) {
-  std::vector<cv::Point2d> points(outline.begin(), outline.end());
-  cv::perspectiveTransform(points, points, map);
-  CodeOutline result;
-  std::ranges::copy(points, result.begin());
-  return result;
-}
-
 /// What is looked for, and for how long.
 struct Search {
   Formats formats;
@@ -100,7 +92,7 @@ Readings read(const PictureView& view, const Search& search) {
   for (const CodeFormat* format : search.formats) {
     auto reading = readCode(view.grey, *format, search.limit);
     if (!reading) continue;
-    reading->outline = mapped(reading->outline, view.toPicture);
+    cv::perspectiveTransform(reading->outline, reading->outline, view.toPicture);
     readings.push_back(std::move(*reading));
   }
   return readings;
@@ -163,7 +155,8 @@ Readings readTurned(const cv::Mat& grey, const Search& search) {
 }
 
 cv::Point2f pixelOf(const Point& point, const Bitmap& bitmap) {
-  return {static_cast<float>(point.x * bitmap.width()), static_cast<float>((1 - point.y) * bitmap.height())};
+  const Point pixel = inPixels(flipped(point), bitmap.size());
+  return {static_cast<float>(pixel.x), static_cast<float>(pixel.y)};
 }
 
 /// The label that the code stands on, seen from straight above.
@@ -172,9 +165,7 @@ Readings readStraightened(const Bitmap& bitmap, const Search& search, const Rect
   const auto labels = detector.detect(bitmap, labelRequest);
   if (labels.empty()) return {};
   const Quadrilateral& corners = labels.front().corners;
-  const auto inPixels = [&](Point p) { return Point{p.x * bitmap.width(), p.y * bitmap.height()}; };
-  const ImageFilter filter = PerspectiveCorrection{{inPixels(corners.topLeft), inPixels(corners.topRight),
-                                                    inPixels(corners.bottomLeft), inPixels(corners.bottomRight)}};
+  const ImageFilter filter = PerspectiveCorrection{inPixels(corners, bitmap.size())};
   const auto straight = renderer.render(bitmap, {&filter, 1});
   if (!straight) return {};
 

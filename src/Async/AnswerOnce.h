@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <utility>
 
 #include "Records/OCRError.h"
@@ -19,8 +18,6 @@ class AnswerOnce {
   ~AnswerOnce() { give(tl::unexpected(OCRError::cancelled())); }
   AnswerOnce(const AnswerOnce&) = delete;
   AnswerOnce& operator=(const AnswerOnce&) = delete;
-  AnswerOnce(AnswerOnce&&) = delete;
-  AnswerOnce& operator=(AnswerOnce&&) = delete;
 
   void give(Result<T> result) {
     if (given_.exchange(true)) return;

@@ -7,11 +7,17 @@
 #include "Platform/Image.h"
 #include "Records/DocumentKind.h"
 #include "Records/OCRError.h"
-#include "Records/OCRScannerResult.h"
 
 namespace pravik {
 
 class OCRScannerViewController;
+
+/// What a scan brought: the record, and the photo it was read from when there is one.
+template <class Info>
+struct OCRScannerResult {
+  Info info;
+  std::optional<Image> capturedImage;
+};
 
 /// Hears what a scanner's screen reports; always on the main queue. What it throws is logged.
 class OCRScannerDelegate {

@@ -36,19 +36,13 @@ const SceneTuning& tuningOf(Scene scene) {
   return scene == Scene::bankCard ? bankCardTuning : idCardTuning;
 }
 
-const AdaptiveParams& enhancedRetry() {
-  static const AdaptiveParams params{1.35, 0.0, 0.75, 1.0, "增强重试"};
-  return params;
-}
+constexpr AdaptiveParams enhancedRetry{1.35, 0.0, 0.75, 1.0, "增强重试"};
 
-const std::array<AdaptiveParams, 3>& cardNumberVariants() {
-  static const std::array<AdaptiveParams, 3> variants{{
-      {1.3, 0.0, 0.7, 1.0, "ROI-高对比"},
-      {1.5, 0.0, 0.8, 0.3, "ROI-超对比灰"},
-      {1.4, 0.08, 0.75, 1.0, "ROI-提亮"},
-  }};
-  return variants;
-}
+constexpr std::array<AdaptiveParams, 3> cardNumberVariants{{
+    {1.3, 0.0, 0.7, 1.0, "ROI-高对比"},
+    {1.5, 0.0, 0.8, 0.3, "ROI-超对比灰"},
+    {1.4, 0.08, 0.75, 1.0, "ROI-提亮"},
+}};
 
 constexpr RectangleRequest cardRectangle{.maximumObservations = 5,
                                          .minimumAspectRatio = 0.3F,
@@ -155,19 +149,11 @@ ImagePreprocessor::ImagePreprocessor(std::shared_ptr<const ImageRenderer> render
                                      std::shared_ptr<const RectangleDetector> detector)
     : renderer_(std::move(renderer)), detector_(std::move(detector)) {}
 
-std::optional<Bitmap> ImagePreprocessor::preprocessForIDCard(const Image& image) const {
-  return preprocess(image, Scene::idCard);
-}
-
-std::optional<Bitmap> ImagePreprocessor::preprocessForBankCard(const Image& image) const {
-  return preprocess(image, Scene::bankCard);
-}
-
 std::optional<Bitmap> ImagePreprocessor::preprocessForBankCardEnhanced(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
   if (!bitmap) return std::nullopt;
-  OCRLogger::debug([] { return "银行卡预处理(增强重试) — 参数: " + describe(enhancedRetry()); });
-  return enhance(*bitmap, enhancedRetry());
+  OCRLogger::debug([] { return "银行卡预处理(增强重试) — 参数: " + describe(enhancedRetry); });
+  return enhance(*bitmap, enhancedRetry);
 }
 
 std::optional<Bitmap> ImagePreprocessor::preprocess(const Image& image, Scene scene) const {
@@ -309,7 +295,7 @@ std::optional<Bitmap> ImagePreprocessor::cropToCardNumberRegionDynamic(const Bit
 
 std::vector<ImagePreprocessor::Variant> ImagePreprocessor::preprocessCardNumberROI(const Bitmap& bitmap) const {
   std::vector<Variant> variants;
-  for (const AdaptiveParams& params : cardNumberVariants()) {
+  for (const AdaptiveParams& params : cardNumberVariants) {
     if (auto enhanced = enhance(bitmap, params)) variants.push_back({*std::move(enhanced), params.mode});
   }
   return variants;

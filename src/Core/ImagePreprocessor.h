@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Image.h"
@@ -44,7 +44,7 @@ class ImagePreprocessor {
     /// 1 = unchanged, 0 = grey.
     double saturation = 1;
     /// The name of the preset that gave the values.
-    std::string mode;
+    std::string_view mode;
 
     bool operator==(const AdaptiveParams&) const = default;
   };
@@ -52,15 +52,15 @@ class ImagePreprocessor {
   /// An enhanced copy of a card number's band, with the name of the preset that made it.
   struct Variant {
     Bitmap bitmap;
-    std::string label;
+    std::string_view label;
   };
 
   ImagePreprocessor(std::shared_ptr<const ImageRenderer> renderer, std::shared_ptr<const RectangleDetector> detector);
 
   /// The photo upright and enhanced by what its statistics ask for. Nothing when the image has no pixels or the
   /// rendering fails.
-  std::optional<Bitmap> preprocessForIDCard(const Image& image) const;
-  std::optional<Bitmap> preprocessForBankCard(const Image& image) const;
+  std::optional<Bitmap> preprocessForIDCard(const Image& image) const { return preprocess(image, Scene::idCard); }
+  std::optional<Bitmap> preprocessForBankCard(const Image& image) const { return preprocess(image, Scene::bankCard); }
   /// The photo upright and enhanced with the fixed preset of the second try.
   std::optional<Bitmap> preprocessForBankCardEnhanced(const Image& image) const;
 

@@ -44,8 +44,6 @@ struct AsioDispatch::Loops {
   ~Loops() { stop(); }
   Loops(const Loops&) = delete;
   Loops& operator=(const Loops&) = delete;
-  Loops(Loops&&) = delete;
-  Loops& operator=(Loops&&) = delete;
 
   /// Waits for the work that runs; what has not begun never does.
   void stop() {

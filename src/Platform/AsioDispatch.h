@@ -15,8 +15,6 @@ class AsioDispatch : public Dispatch {
   ~AsioDispatch() override;
   AsioDispatch(const AsioDispatch&) = delete;
   AsioDispatch& operator=(const AsioDispatch&) = delete;
-  AsioDispatch(AsioDispatch&&) = delete;
-  AsioDispatch& operator=(AsioDispatch&&) = delete;
 
   void async(std::function<void()> work) override;
   WorkItem asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) override;

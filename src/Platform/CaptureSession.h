@@ -3,16 +3,32 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "Platform/Bitmap.h"
 #include "Platform/CaptureDevice.h"
-#include "Platform/CapturedPhoto.h"
 #include "Platform/Dispatch.h"
-#include "Platform/MetadataObject.h"
+#include "Platform/Image.h"
+#include "Platform/MetadataObjectType.h"
 #include "Platform/VideoFrame.h"
 
 namespace pravik {
+
+/// What became of a still photo.
+struct CapturedPhoto {
+  /// Absent when the photo failed or its data is no picture.
+  std::optional<Image> image;
+  /// Why the camera failed, in words a user can read; absent when it took the photo.
+  std::optional<std::string> error;
+};
+
+/// Something that a live camera recognised by itself.
+struct MetadataObject {
+  MetadataObjectType type;
+  /// What a machine-readable code says, as UTF-8; absent when it cannot be decoded, or when this is no code.
+  std::optional<std::string> stringValue;
+};
 
 /// The flow of pictures out of one camera. All members but previewPicture() are called on one serial queue, which is
 /// also where the session is stopped and usually destroyed; it calls no handler once it is gone. Nothing is thrown: a

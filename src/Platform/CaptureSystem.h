@@ -1,13 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
-#include "Platform/CameraAuthorizationStatus.h"
 #include "Platform/CaptureDevice.h"
 #include "Platform/CaptureSession.h"
 
 namespace pravik {
+
+/// Whether the program may use the camera: the user was not asked yet, may not decide, said no, or said yes.
+enum class CameraAuthorizationStatus : std::uint8_t { notDetermined, restricted, denied, authorized };
 
 /// The cameras of the machine and the permission to use them. May be called from any thread.
 class CaptureSystem {

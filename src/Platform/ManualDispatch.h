@@ -20,8 +20,6 @@ class ManualDispatch : public Dispatch {
   ~ManualDispatch() override;
   ManualDispatch(const ManualDispatch&) = delete;
   ManualDispatch& operator=(const ManualDispatch&) = delete;
-  ManualDispatch(ManualDispatch&&) = delete;
-  ManualDispatch& operator=(ManualDispatch&&) = delete;
 
   void async(std::function<void()> work) override;
   WorkItem asyncAfter(std::chrono::milliseconds delay, std::function<void()> work) override;

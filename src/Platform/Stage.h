@@ -1,19 +1,62 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "Platform/Alert.h"
-#include "Platform/Animation.h"
 #include "Platform/Dispatch.h"
-#include "Platform/Font.h"
 #include "Platform/Geometry.h"
 #include "Platform/Image.h"
-#include "Platform/Screen.h"
+#include "Platform/View.h"
 
 namespace pravik {
+
+/// A question with a choice of answers. It closes by itself before the chosen answer's handler is called.
+struct Alert {
+  enum class ActionStyle : std::uint8_t { normal, cancel };
+
+  struct Action {
+    std::string title;
+    ActionStyle style = ActionStyle::normal;
+    std::function<void()> handler;
+  };
+
+  std::string title;
+  std::string message;
+  std::vector<Action> actions;
+};
+
+/// A change of views that is shown little by little, slow at the beginning and at the end.
+struct Animation {
+  std::chrono::milliseconds duration{0};
+  /// Sets frames, alphas and colours to where they go; called once, before the call that starts the animation
+  /// returns. The views then hold the final values, and only what is drawn lags behind.
+  std::function<void()> changes = nullptr;
+  /// Called once on the main queue when the duration is over; may be absent.
+  std::function<void()> completion = nullptr;
+  /// When set, the old look of this view fades into its new look, text included.
+  std::shared_ptr<View> crossDissolvedView = nullptr;
+};
+
+/// A full-screen page that a stage shows, without a status bar. A stage calls it on the main queue in the order of the
+/// members: load once, layout after the load and whenever the root view's size or safe area has changed, appear and
+/// disappear as often as it comes and goes.
+class Screen {
+ public:
+  virtual ~Screen() = default;
+
+  /// The root view. The stage sets its frame (at the origin) and safe area before the load and draws its tree.
+  virtual View& view() = 0;
+
+  virtual void viewDidLoad() = 0;
+  virtual void viewDidLayoutSubviews() = 0;
+  virtual void viewWillAppear() = 0;
+  virtual void viewWillDisappear() = 0;
+};
 
 /// Where screens are shown. Called on the main queue only; every completion comes there too, and none before the call
 /// that it belongs to has returned.

@@ -3,10 +3,37 @@
 #include <memory>
 #include <vector>
 
-#include "Platform/Color.h"
 #include "Platform/Geometry.h"
 
 namespace pravik {
+
+/// A colour in sRGB; all components from 0 to 1, alpha not multiplied in.
+struct Color {
+  double red = 0;
+  double green = 0;
+  double blue = 0;
+  double alpha = 1;
+
+  constexpr Color withAlpha(double value) const { return {red, green, blue, value}; }
+  bool operator==(const Color&) const = default;
+};
+
+namespace colors {
+
+inline constexpr Color clear{0, 0, 0, 0};
+inline constexpr Color black{0, 0, 0, 1};
+inline constexpr Color white{1, 1, 1, 1};
+
+}  // namespace colors
+
+/// The platform's own typeface for interfaces.
+struct Font {
+  /// In points.
+  double size = 17;
+  bool isBold = false;
+
+  bool operator==(const Font&) const = default;
+};
 
 /// A rectangle on the screen, and the base of all that is drawn. The tree of views is a model: a stage draws it anew
 /// with every refresh while its screen is up, and nobody tells the stage of changes. Main thread only.
@@ -19,8 +46,6 @@ class View {
   virtual ~View() = default;
   View(const View&) = delete;
   View& operator=(const View&) = delete;
-  View(View&&) = delete;
-  View& operator=(View&&) = delete;
 
   /// In points of the superview; origin at the top left, y downwards.
   Rect frame;

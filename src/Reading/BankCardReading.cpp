@@ -13,6 +13,7 @@
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
 #include "Parsers/CardText.h"
+#include "Reading/CardHolder.h"
 #include "Reading/NumberRow.h"
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
@@ -73,7 +74,9 @@ Observations blocksOn(const ReadingParts& parts, const Bitmap& bitmap) {
 
 std::optional<BankCardInfo> parsedCard(const Observations& observations) {
   std::optional<BankCardInfo> info = BankCardParser{}.parse(observations);
-  if (info) *info = std::get<BankCardInfo>(withoutImpossibleFields(*std::move(info)));
+  if (!info) return std::nullopt;
+  *info = std::get<BankCardInfo>(withoutImpossibleFields(*std::move(info)));
+  if (!info->cardholderName) info->cardholderName = chineseHolder(observations);
   return info;
 }
 
@@ -121,6 +124,7 @@ std::optional<BankCardInfo> cardIn(const Observations& observations, const Whole
   validateScene(observations, SceneType::bankCard);
   if (auto info = parsedCard(observations); info && isBorneOut(*info, findings)) return info;
   findings.partialInfo = BankCardParser{}.parsePartialInfo(observations);
+  if (!findings.partialInfo.cardholderName) findings.partialInfo.cardholderName = chineseHolder(observations);
   findings.pieces.append(piecesOf(observations));
   if (const auto centerY = detectCardNumberRowY(observations)) findings.detectedCardNumberY = centerY;
   OCRLogger::warning([&] { return std::string(stage.noNumberText); });

@@ -1,4 +1,4 @@
-#include "Reading/CardLabels.h"
+#include "Reading/CorrectionRules.h"
 
 #include <algorithm>
 #include <array>

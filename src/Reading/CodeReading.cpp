@@ -1,4 +1,4 @@
-#include "Reading/CodeReading.h"
+#include "Reading/ReadPicture.h"
 
 #include <utility>
 #include <vector>

@@ -1,4 +1,3 @@
-#include "Reading/ContinuedValues.h"
 
 #include <algorithm>
 #include <array>
@@ -6,11 +5,9 @@
 #include <cstddef>
 #include <iterator>
 #include <limits>
-#include <string>
 #include <string_view>
-#include <utility>
 
-#include "Reading/CardLabels.h"
+#include "Reading/CorrectionRules.h"
 #include "Utils/Text.h"
 
 namespace pravik {

@@ -1,4 +1,4 @@
-#include "Reading/IdentityCardReading.h"
+#include "Reading/ReadPicture.h"
 
 #include <utility>
 

@@ -9,9 +9,7 @@
 
 #include "Reading/BankNameRepair.h"
 #include "Reading/CardHolder.h"
-#include "Reading/CardLabels.h"
-#include "Reading/ContinuedValues.h"
-#include "Reading/WordJoining.h"
+#include "Reading/CorrectionRules.h"
 #include "Utils/ChineseText.h"
 #include "Utils/RegexHelper.h"
 #include "Utils/Text.h"
@@ -61,9 +59,6 @@ std::string withoutSpacesBetweenIdeographs(std::string_view text) {
 bool isLetter(char c) {
   return ('A' <= c && c <= 'Z') || ('a' <= c && c <= 'z');
 }
-bool isDigit(char c) {
-  return '0' <= c && c <= '9';
-}
 bool isReadForDigit(char c) {
   return std::ranges::find(lettersForDigits, c, &LetterForDigit::letter) != lettersForDigits.end();
 }
@@ -81,7 +76,7 @@ std::string withDigitsForLetters(std::string text, int sides) {
     const auto run = std::find_if(start, text.end(), isLetter);
     const auto end = std::find_if_not(run, text.end(), isLetter);
     const int digitsBeside =
-        (run != text.begin() && isDigit(*(run - 1)) ? 1 : 0) + (end != text.end() && isDigit(*end) ? 1 : 0);
+        (run != text.begin() && isAsciiDigit(*(run - 1)) ? 1 : 0) + (end != text.end() && isAsciiDigit(*end) ? 1 : 0);
     if (digitsBeside >= sides && std::all_of(run, end, isReadForDigit))
       std::transform(run, end, run,
                      [](char c) { return std::ranges::find(lettersForDigits, c, &LetterForDigit::letter)->digit; });

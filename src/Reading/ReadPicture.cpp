@@ -4,8 +4,6 @@
 #include <new>
 
 #include "Reading/BankCardReading.h"
-#include "Reading/CodeReading.h"
-#include "Reading/IdentityCardReading.h"
 #include "Utils/GuardedCall.h"
 
 namespace pravik {

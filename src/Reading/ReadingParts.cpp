@@ -1,7 +1,6 @@
 #include "Reading/ReadingParts.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "Platform/ImageCodec.h"
 #include "Utils/Format.h"

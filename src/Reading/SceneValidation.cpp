@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Parsers/CitizenNumber.h"
 #include "Records/OCRError.h"
@@ -80,35 +79,29 @@ struct Mismatch {
   OCRError error;
 };
 
+Mismatch mismatchOf(const std::string& expected, const std::string& detected, const std::string& evidence) {
+  return {"场景不匹配: 期望" + expected + "，但检测到" + detected + evidence,
+          OCRError::sceneMismatch(expected, detected)};
+}
+
 std::optional<Mismatch> findMismatch(const SceneFeatures& found, SceneType expected) {
   const bool onlyBank = found.looksBank && !found.looksIDCard();
   switch (expected) {
     case SceneType::idCard:
-      if (onlyBank)
-        return Mismatch{"场景不匹配: 期望身份证，但检测到银行卡特征 (银行卡关键词=" + found.matchedBankKeywords + ")",
-                        OCRError::sceneMismatch("身份证", "银行卡")};
+      if (onlyBank) return mismatchOf("身份证", "银行卡", "特征 (银行卡关键词=" + found.matchedBankKeywords + ")");
       return std::nullopt;
     case SceneType::idCardFront:
-      if (onlyBank)
-        return Mismatch{"场景不匹配: 期望身份证正面，但检测到银行卡特征",
-                        OCRError::sceneMismatch("身份证正面", "银行卡")};
+      if (onlyBank) return mismatchOf("身份证正面", "银行卡", "特征");
       if (found.looksBack && !found.looksFront)
-        return Mismatch{"场景不匹配: 期望身份证正面，但检测到身份证背面特征 (签发机关/有效期限)",
-                        OCRError::sceneMismatch("身份证正面", "身份证背面")};
+        return mismatchOf("身份证正面", "身份证背面", "特征 (签发机关/有效期限)");
       return std::nullopt;
     case SceneType::idCardBack:
-      if (onlyBank)
-        return Mismatch{"场景不匹配: 期望身份证背面，但检测到银行卡特征",
-                        OCRError::sceneMismatch("身份证背面", "银行卡")};
-      if (found.looksFront && !found.looksBack)
-        return Mismatch{"场景不匹配: 期望身份证背面，但检测到身份证正面特征 (姓名/性别/住址)",
-                        OCRError::sceneMismatch("身份证背面", "身份证正面")};
+      if (onlyBank) return mismatchOf("身份证背面", "银行卡", "特征");
+      if (found.looksFront && !found.looksBack) return mismatchOf("身份证背面", "身份证正面", "特征 (姓名/性别/住址)");
       return std::nullopt;
-    case SceneType::bankCard: {
+    case SceneType::bankCard:
       if (!found.looksIDCard() || found.looksBank) return std::nullopt;
-      const std::string detected = found.looksFront ? "身份证正面" : "身份证背面";
-      return Mismatch{"场景不匹配: 期望银行卡，但检测到" + detected, OCRError::sceneMismatch("银行卡", detected)};
-    }
+      return mismatchOf("银行卡", found.looksFront ? "身份证正面" : "身份证背面", "");
   }
   return std::nullopt;
 }

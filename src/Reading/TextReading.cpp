@@ -1,4 +1,4 @@
-#include "Reading/TextReading.h"
+#include "Reading/ReadPicture.h"
 
 namespace pravik {
 

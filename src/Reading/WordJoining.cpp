@@ -1,4 +1,4 @@
-#include "Reading/WordJoining.h"
+#include "Reading/CorrectionRules.h"
 
 #include <algorithm>
 #include <cmath>

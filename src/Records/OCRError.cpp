@@ -11,36 +11,33 @@ namespace pravik {
 
 namespace {
 
-/// In the order of OCRError::Case.
-constexpr std::array<std::string_view, 8> errorCodes{"recognition_failed",
-                                                     "parse_failure",
-                                                     "scene_mismatch",
-                                                     "invalid_image",
-                                                     "insufficient_text",
-                                                     "camera_permission_denied",
-                                                     "photo_library_permission_denied",
-                                                     "cancelled"};
+/// What an error is made of; its texts stand in the description and, under these names, in the report.
+struct CaseWording {
+  std::string_view code;
+  std::string_view beforeFirst;
+  std::string_view beforeSecond = {};
+  std::string_view firstName = {};
+  std::string_view secondName = {};
+};
 
-std::string describe(OCRError::Case kind, const std::string& first, const std::string& second) {
-  switch (kind) {
-    case OCRError::Case::recognitionFailed:
-      return "文字识别失败：" + first;
-    case OCRError::Case::parseFailure:
-      return "字段解析失败：" + first;
-    case OCRError::Case::sceneMismatch:
-      return "场景不匹配：期望" + first + "，检测到" + second;
-    case OCRError::Case::invalidImage:
-      return "无效的图像，请提供有效的 UIImage";
-    case OCRError::Case::insufficientText:
-      return "未能从图像中提取到足够的文字信息";
-    case OCRError::Case::cameraPermissionDenied:
-      return "未获取相机权限，请在设置中允许访问相机";
-    case OCRError::Case::photoLibraryPermissionDenied:
-      return "未获取相册权限，请在设置中允许访问相册";
-    case OCRError::Case::cancelled:
-      return "用户已取消扫描";
-  }
-  return {};
+/// In the order of OCRError::Case.
+constexpr std::array<CaseWording, 8> wordings{{
+    {"recognition_failed", "文字识别失败：", "", "failure_reason"},
+    {"parse_failure", "字段解析失败：", "", "failed_field"},
+    {"scene_mismatch", "场景不匹配：期望", "，检测到", "expected_scene", "detected_scene"},
+    {"invalid_image", "无效的图像，请提供有效的 UIImage"},
+    {"insufficient_text", "未能从图像中提取到足够的文字信息"},
+    {"camera_permission_denied", "未获取相机权限，请在设置中允许访问相机"},
+    {"photo_library_permission_denied", "未获取相册权限，请在设置中允许访问相册"},
+    {"cancelled", "用户已取消扫描"},
+}};
+
+const CaseWording& wordingOf(OCRError::Case kind) {
+  return wordings[static_cast<std::size_t>(kind)];
+}
+
+std::string describe(const CaseWording& wording, const std::string& first, const std::string& second) {
+  return std::string(wording.beforeFirst) + first + std::string(wording.beforeSecond) + second;
 }
 
 }  // namespace
@@ -49,42 +46,10 @@ OCRError::OCRError(Case kind, std::string first, std::string second)
     : kind_(kind),
       first_(std::move(first)),
       second_(std::move(second)),
-      description_(describe(kind_, first_, second_)) {}
-
-OCRError OCRError::recognitionFailed(std::string reason) {
-  return OCRError(Case::recognitionFailed, std::move(reason));
-}
-
-OCRError OCRError::parseFailure(std::string field) {
-  return OCRError(Case::parseFailure, std::move(field));
-}
-
-OCRError OCRError::sceneMismatch(std::string expected, std::string detected) {
-  return OCRError(Case::sceneMismatch, std::move(expected), std::move(detected));
-}
-
-OCRError OCRError::invalidImage() {
-  return OCRError(Case::invalidImage);
-}
-
-OCRError OCRError::insufficientText() {
-  return OCRError(Case::insufficientText);
-}
-
-OCRError OCRError::cameraPermissionDenied() {
-  return OCRError(Case::cameraPermissionDenied);
-}
-
-OCRError OCRError::photoLibraryPermissionDenied() {
-  return OCRError(Case::photoLibraryPermissionDenied);
-}
-
-OCRError OCRError::cancelled() {
-  return OCRError(Case::cancelled);
-}
+      description_(describe(wordingOf(kind_), first_, second_)) {}
 
 std::string OCRError::errorCode() const {
-  return std::string(errorCodes[static_cast<std::size_t>(kind_)]);
+  return std::string(wordingOf(kind_).code);
 }
 
 std::string OCRError::errorDescription() const {
@@ -95,20 +60,9 @@ std::map<std::string, std::string> OCRError::reportContext() const {
   std::map<std::string, std::string> context{{"ocr_sdk_version", PravikVersion::string()},
                                              {"ocr_sdk_build", std::string(PravikVersion::buildNumber)},
                                              {"error_code", errorCode()}};
-  switch (kind_) {
-    case Case::recognitionFailed:
-      context["failure_reason"] = first_;
-      break;
-    case Case::parseFailure:
-      context["failed_field"] = first_;
-      break;
-    case Case::sceneMismatch:
-      context["expected_scene"] = first_;
-      context["detected_scene"] = second_;
-      break;
-    default:
-      break;
-  }
+  const CaseWording& wording = wordingOf(kind_);
+  if (!wording.firstName.empty()) context.emplace(wording.firstName, first_);
+  if (!wording.secondName.empty()) context.emplace(wording.secondName, second_);
   return context;
 }
 

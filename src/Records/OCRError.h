@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <tl/expected.hpp>
+#include <utility>
 
 namespace pravik {
 
@@ -24,16 +25,18 @@ class OCRError : public std::exception {
   };
 
   /// The text engine failed; `reason` is its own text.
-  static OCRError recognitionFailed(std::string reason);
+  static OCRError recognitionFailed(std::string reason) { return OCRError(Case::recognitionFailed, std::move(reason)); }
   /// A field could not be parsed.
-  static OCRError parseFailure(std::string field);
+  static OCRError parseFailure(std::string field) { return OCRError(Case::parseFailure, std::move(field)); }
   /// The picture shows another kind of document than the one asked for; both are display names.
-  static OCRError sceneMismatch(std::string expected, std::string detected);
-  static OCRError invalidImage();
-  static OCRError insufficientText();
-  static OCRError cameraPermissionDenied();
-  static OCRError photoLibraryPermissionDenied();
-  static OCRError cancelled();
+  static OCRError sceneMismatch(std::string expected, std::string detected) {
+    return OCRError(Case::sceneMismatch, std::move(expected), std::move(detected));
+  }
+  static OCRError invalidImage() { return OCRError(Case::invalidImage); }
+  static OCRError insufficientText() { return OCRError(Case::insufficientText); }
+  static OCRError cameraPermissionDenied() { return OCRError(Case::cameraPermissionDenied); }
+  static OCRError photoLibraryPermissionDenied() { return OCRError(Case::photoLibraryPermissionDenied); }
+  static OCRError cancelled() { return OCRError(Case::cancelled); }
 
   Case kind() const { return kind_; }
   /// A stable name in snake case, such as "scene_mismatch".

@@ -26,8 +26,6 @@ class ConfigurationLock {
   }
   ConfigurationLock(const ConfigurationLock&) = delete;
   ConfigurationLock& operator=(const ConfigurationLock&) = delete;
-  ConfigurationLock(ConfigurationLock&&) = delete;
-  ConfigurationLock& operator=(ConfigurationLock&&) = delete;
 
   bool isHeld() const { return !failure_; }
   /// Why the device cannot be held, when it cannot.
@@ -74,22 +72,6 @@ CameraManager::~CameraManager() {
   sessionQueue_->async([session = std::move(session_)] {
     if (session->isRunning()) session->stopRunning();
   });
-}
-
-void CameraManager::configure() {
-  onSessionQueue(&CameraManager::configureSession);
-}
-
-void CameraManager::start() {
-  onSessionQueue(&CameraManager::startSession);
-}
-
-void CameraManager::stop() {
-  onSessionQueue(&CameraManager::stopSession);
-}
-
-void CameraManager::capturePhoto() {
-  onSessionQueue(&CameraManager::takePhoto);
 }
 
 void CameraManager::setCodeTypes(std::vector<MetadataObjectType> types) {

@@ -22,8 +22,6 @@ class CameraManager : public std::enable_shared_from_this<CameraManager> {
   ~CameraManager();
   CameraManager(const CameraManager&) = delete;
   CameraManager& operator=(const CameraManager&) = delete;
-  CameraManager(CameraManager&&) = delete;
-  CameraManager& operator=(CameraManager&&) = delete;
 
   // The callbacks; set before the camera is started. What they throw is logged.
   std::function<void(const VideoFrame&)> onVideoFrame;
@@ -33,11 +31,11 @@ class CameraManager : public std::enable_shared_from_this<CameraManager> {
   std::function<void(const std::string& payload, const std::string& typeName)> onCodeDetected;
 
   /// Sets the session up with the camera at the back; once is enough.
-  void configure();
-  void start();
-  void stop();
+  void configure() { onSessionQueue(&CameraManager::configureSession); }
+  void start() { onSessionQueue(&CameraManager::startSession); }
+  void stop() { onSessionQueue(&CameraManager::stopSession); }
   /// Takes a still; onPhotoCaptured gets nothing when the camera does not run.
-  void capturePhoto();
+  void capturePhoto() { onSessionQueue(&CameraManager::takePhoto); }
   /// Looks for those of the types that the camera can read; when it can read none, nothing changes.
   void setCodeTypes(std::vector<MetadataObjectType> types);
 

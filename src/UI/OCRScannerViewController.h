@@ -7,13 +7,12 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
-#include <string>
 #include <utility>
 
 #include "Async/OCRScannerDelegate.h"
+#include "Platform/Controls.h"
 #include "Platform/Platform.h"
-#include "Platform/Screen.h"
-#include "Platform/SegmentedControl.h"
+#include "Platform/Stage.h"
 #include "Pravik.h"
 #include "Records/OCRScanMode.h"
 #include "UI/CameraManager.h"

@@ -8,11 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Animation.h"
-#include "Platform/Button.h"
+#include "Platform/Controls.h"
 #include "Platform/Dispatch.h"
-#include "Platform/Label.h"
-#include "Platform/ShapeLayer.h"
 #include "Platform/Stage.h"
 #include "Platform/View.h"
 #include "Records/DocumentKind.h"

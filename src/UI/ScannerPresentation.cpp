@@ -1,7 +1,7 @@
 #include <memory>
 #include <utility>
 
-#include "Async/RunWithCompletion.h"
+#include "Async/RunOnPool.h"
 #include "Async/ScannerContinuationAdapter.h"
 #include "Pravik.h"
 #include "UI/OCRScannerViewController.h"

@@ -46,8 +46,6 @@ class WaitingTool {
   }
   WaitingTool(const WaitingTool&) = delete;
   WaitingTool& operator=(const WaitingTool&) = delete;
-  WaitingTool(WaitingTool&&) = delete;
-  WaitingTool& operator=(WaitingTool&&) = delete;
 
   void signal(int number) const { ::kill(process_, number); }
   /// The exit status; a signal's number below zero.

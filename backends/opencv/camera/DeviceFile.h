@@ -18,8 +18,6 @@ class DeviceFile {
   }
   DeviceFile(const DeviceFile&) = delete;
   DeviceFile& operator=(const DeviceFile&) = delete;
-  DeviceFile(DeviceFile&&) = delete;
-  DeviceFile& operator=(DeviceFile&&) = delete;
 
   bool isOpen() const { return descriptor_ >= 0; }
 

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <mutex>
 #include <opencv2/core/utils/logger.hpp>
-#include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -32,20 +31,6 @@ void silenceLibraries() {
 
 bool isAllowedSize(double width, double height) {
   return width * height <= static_cast<double>(maximumPicturePixels);
-}
-
-cv::Mat asBgra(const cv::Mat& frame) {
-  cv::Mat bgra;
-  switch (frame.channels()) {
-    case 1:
-      cv::cvtColor(frame, bgra, cv::COLOR_GRAY2BGRA);
-      return bgra;
-    case 3:
-      cv::cvtColor(frame, bgra, cv::COLOR_BGR2BGRA);
-      return bgra;
-    default:
-      return frame.clone();
-  }
 }
 
 }  // namespace
@@ -93,7 +78,7 @@ std::optional<Bitmap> VideoReader::retrieve() {
     cv::Mat frame;
     if (!capture_.retrieve(frame) || frame.empty() || frame.depth() != CV_8U) return std::nullopt;
     if (!isAllowedSize(frame.cols, frame.rows)) return std::nullopt;
-    return toBitmap(asBgra(frame));
+    return toBitmap(frame.channels() == 4 ? frame.clone() : asBgra(frame));
   } catch (const std::exception&) {
     return std::nullopt;
   }

@@ -1,4 +1,4 @@
-#include "backends/opencv/files/JpegPixels.h"
+#include "backends/opencv/files/PixelDecoders.h"
 
 // libjpeg's header wants FILE to be known.
 #include <cstdio>
@@ -22,8 +22,6 @@ class JpegDecoder {
   ~JpegDecoder() { jpeg_destroy_decompress(&codec_); }
   JpegDecoder(const JpegDecoder&) = delete;
   JpegDecoder& operator=(const JpegDecoder&) = delete;
-  JpegDecoder(JpegDecoder&&) = delete;
-  JpegDecoder& operator=(JpegDecoder&&) = delete;
 
   bool begin(std::span<const std::uint8_t> file) {
     if (setjmp(failure_) != 0) return false;

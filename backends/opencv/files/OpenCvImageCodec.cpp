@@ -12,10 +12,8 @@
 #include <system_error>
 
 #include "backends/opencv/Mat.h"
-#include "backends/opencv/files/JpegPixels.h"
 #include "backends/opencv/files/PictureHeader.h"
-#include "backends/opencv/files/PngPixels.h"
-#include "backends/opencv/files/TiffPixels.h"
+#include "backends/opencv/files/PixelDecoders.h"
 
 namespace pravik {
 namespace {
@@ -59,30 +57,17 @@ void composeOverWhite(cv::Mat& bgra) {
   }
 }
 
-cv::Mat toBgra(const cv::Mat& pixels) {
-  cv::Mat bgra;
-  switch (pixels.channels()) {
-    case 1:
-      cv::cvtColor(pixels, bgra, cv::COLOR_GRAY2BGRA);
-      break;
-    case 3:
-      cv::cvtColor(pixels, bgra, cv::COLOR_BGR2BGRA);
-      break;
-    case 4:
-      bgra = pixels;
-      composeOverWhite(bgra);
-      break;
-    default:
-      throw std::runtime_error("pixels of this kind cannot be read");
-  }
+cv::Mat opaqueBgra(const cv::Mat& pixels) {
+  if (pixels.channels() == 2) throw std::runtime_error("pixels of this kind cannot be read");
+  cv::Mat bgra = asBgra(pixels);
+  if (pixels.channels() == 4) composeOverWhite(bgra);
   return bgra;
 }
 
 Bitmap decodeUpright(std::span<const std::uint8_t> file, const PictureHeader& header) {
-  cv::Mat pixels = decodePixels(file, header.format);
+  const cv::Mat pixels = decodePixels(file, header.format);
   if (pixels.empty()) throw std::runtime_error("the picture is damaged");
-  pixels = toBgra(pixels);
-  return uprightBitmap(toBitmap(pixels), header.orientation);
+  return uprightBitmap(toBitmap(opaqueBgra(pixels)), header.orientation);
 }
 
 std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {

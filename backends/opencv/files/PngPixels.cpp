@@ -1,4 +1,4 @@
-#include "backends/opencv/files/PngPixels.h"
+#include "backends/opencv/files/PixelDecoders.h"
 
 #include <png.h>
 
@@ -24,8 +24,6 @@ class PngDecoder {
   ~PngDecoder() { png_destroy_read_struct(&png_, &info_, nullptr); }
   PngDecoder(const PngDecoder&) = delete;
   PngDecoder& operator=(const PngDecoder&) = delete;
-  PngDecoder(PngDecoder&&) = delete;
-  PngDecoder& operator=(PngDecoder&&) = delete;
 
   bool begin() {
     if (setjmp(failure_) != 0) return false;

@@ -1,4 +1,4 @@
-#include "backends/opencv/files/TiffPixels.h"
+#include "backends/opencv/files/PixelDecoders.h"
 
 #include <tiffio.h>
 

@@ -1,4 +1,4 @@
-#include "backends/opencv/finder/HoughTransform.h"
+#include "backends/opencv/finder/LineSearch.h"
 
 #include <algorithm>
 #include <array>

@@ -7,9 +7,6 @@
 #include <cstdint>
 #include <optional>
 
-#include "backends/opencv/finder/Edges.h"
-#include "backends/opencv/finder/HoughTransform.h"
-
 namespace pravik {
 namespace {
 

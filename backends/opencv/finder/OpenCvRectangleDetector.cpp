@@ -1,15 +1,12 @@
 #include "backends/opencv/finder/OpenCvRectangleDetector.h"
 
 #include <algorithm>
-#include <cmath>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
 
 #include "backends/opencv/Halving.h"
 #include "backends/opencv/Mat.h"
 #include "backends/opencv/finder/LineSearch.h"
-#include "backends/opencv/finder/OutlineRefiner.h"
-#include "backends/opencv/finder/OutlineSearch.h"
+#include "backends/opencv/finder/Outline.h"
 
 namespace pravik {
 namespace {

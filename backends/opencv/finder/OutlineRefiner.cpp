@@ -1,4 +1,4 @@
-#include "backends/opencv/finder/OutlineRefiner.h"
+#include "backends/opencv/finder/Outline.h"
 
 #include <algorithm>
 #include <cmath>

@@ -17,7 +17,7 @@ using CardType = BankCardInfo::CardType;
 using Texts = std::vector<std::string>;
 
 TEST(BankCardParser, ReadsAWholeCard) {
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   EXPECT_EQ(BankCardParser().parse(page({"中国工商银行", "6222 0212 3456 7894", "VALID THRU", "ZHANG SAN", "信用卡"})),
             (BankCardInfo{"6222 0212 3456 7894", "6222021234567894", "中国工商银行", CardType::credit, "ZHANG SAN"}));
   EXPECT_THAT(log.printed.front(), HasSubstr("========== Bank Card OCR =========="));

@@ -59,7 +59,7 @@ TEST(CardNumberExtraction, FindsANumberHoweverItWasRead) {
            {"a hotline", page({"客服热线 4008 0012 3456 7890"}), "", ""},
            {"an empty reading", {}, "", ""},
        }) {
-    test::LogCapture log(OCRLogger::Level::debug);
+    const test::LogCapture log(OCRLogger::Level::debug);
     EXPECT_EQ(numberIn(blocks), number) << name;
     if (!logText.empty()) {
       EXPECT_THAT(log.lines, Contains(HasSubstr("] " + logText))) << name;
@@ -80,7 +80,7 @@ TEST(CardNumberExtraction, RanksWhatPassesTheLuhnCheckFirst) {
 TEST(CardNumberExtraction, CompletesANumberWithAHint) {
   Observations completed = row({"22", "0212", "3456", "7894"});
   completed.push_back(block("6222", 0.05, 0.6));
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   EXPECT_EQ(extractCardNumber(completed), (ExtractedCardNumber{"6222021234567894", "22021234567894"}));
   EXPECT_THAT(log.lines, Contains(HasSubstr("] 检测到 BIN 提示数字: 6222")));
   EXPECT_THAT(log.lines, Contains(HasSubstr("] BIN补全: 补充前缀 '62' → 6222021234567894")));
@@ -90,7 +90,7 @@ TEST(CardNumberExtraction, CompletesANumberWithAHint) {
 }
 
 TEST(CardNumberExtraction, ReplacesAMisreadBeginningWithAHint) {
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   EXPECT_EQ(extractCardNumber(page({"4222021234567894", "6222"})),
             (ExtractedCardNumber{"6222021234567894", "4222021234567894"}));
   EXPECT_THAT(log.lines, Contains(HasSubstr("] BIN前缀替换: 6222021234567894")));
@@ -99,7 +99,7 @@ TEST(CardNumberExtraction, ReplacesAMisreadBeginningWithAHint) {
 }
 
 TEST(CardNumberExtraction, DropsWhatContradictsAHintThatAnotherCandidateConfirms) {
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   EXPECT_EQ(numberIn(page({"4222021234567890", "6222021234567890", "6222"})), "6222021234567890");
   EXPECT_THAT(log.lines, Contains(testing::AllOf(HasSubstr("] BIN交叉验证: 前缀 6222"), HasSubstr(" 个候选，排除 "))));
   EXPECT_EQ(numberIn(page({"4111111111111111", "6222021234567890", "6222"})), "4111111111111111")
@@ -108,7 +108,7 @@ TEST(CardNumberExtraction, DropsWhatContradictsAHintThatAnotherCandidateConfirms
 }
 
 TEST(CardNumberExtraction, CompletesAShortLastGroupByItsCheckDigit) {
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   EXPECT_EQ(extractCardNumber(row({"6222", "0212", "3456", "789"})),
             (ExtractedCardNumber{"6222021234567894", "622202123456789"}));
   EXPECT_THAT(log.lines, Contains(HasSubstr("] 策略6(短组末位补全,位置15) 候选卡号: 6222021234567894")));

@@ -51,7 +51,7 @@ const Blocks goodNumber{textBlock("6222 0212 3456 7894", 0.5, 0.5)};
 const Blocks doubtfulNumber{textBlock("6222 0212 3456 7890", 0.5, 0.5)};
 
 TEST(BankCardPipeline, RetriesTheWholeCardEnhancedUnlessTheFirstReadingHasANumber) {
-  test::LogCapture log(OCRLogger::Level::warning);
+  const test::LogCapture log(OCRLogger::Level::warning);
   Fixture f;
   const auto first = f.read({doubtfulNumber}).value();
   EXPECT_EQ(first.info.cardNumber, "6222 0212 3456 7890") << "though it fails the Luhn check";
@@ -65,7 +65,7 @@ TEST(BankCardPipeline, RetriesTheWholeCardEnhancedUnlessTheFirstReadingHasANumbe
 }
 
 TEST(BankCardPipeline, ReadsTheBandUntilTwoVariantsAgreeAndAddsWhatTheWholeCardTold) {
-  test::LogCapture log(OCRLogger::Level::debug);
+  const test::LogCapture log(OCRLogger::Level::debug);
   Fixture f;
   const auto reading = f.read({bankOnly, noText, goodNumber, goodNumber});
   ASSERT_TRUE(reading);

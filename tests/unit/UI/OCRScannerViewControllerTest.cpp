@@ -40,7 +40,7 @@ TEST(Scanner, TakesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
   EXPECT_FALSE(s.camera->session->running || s.camera->device->torchOn);
   EXPECT_TRUE(s.listener->reports.empty()) << "the screen is still going";
   s.dispatch->advance(test::FakeStage::dismissal);
-  EXPECT_EQ(s.listener->reports, (Strings{"front 张三"}));
+  EXPECT_EQ(s.listener->reports, (Strings{"id-front 张三"}));
   ASSERT_TRUE(s.listener->picture);
   EXPECT_EQ(s.listener->picture->bitmap->width(), 600) << "the cut-out, 5 % larger on each side";
   EXPECT_EQ(s.listener->picture->bitmap->height(), 379);
@@ -57,7 +57,7 @@ TEST(Scanner, StaysInSuccessWhenItIsNotToCloseItself) {
   ScannerScreen s(OCRScanMode::idCardFront);
   s.screen().autoDismissOnSuccess = false;
   s.holdStill();
-  EXPECT_EQ(s.listener->reports, (Strings{"front 张三"}));
+  EXPECT_EQ(s.listener->reports, (Strings{"id-front 张三"}));
   EXPECT_EQ(s.state(), Kind::success);
   EXPECT_FALSE(s.screen().isRecognizing());
   s.frames(3);
@@ -90,7 +90,7 @@ TEST(Scanner, HoldsAGlaringCardBackAndOffersTheButtonAfterFourSeconds) {
   EXPECT_EQ(log.count("用户点击手动拍照"), 1);
   EXPECT_EQ(s.camera->session->photoFlashes.size(), 1U);
   EXPECT_FALSE(s.offersManualCapture());
-  EXPECT_EQ(s.reports(), (Strings{"front 张三"}));
+  EXPECT_EQ(s.reports(), (Strings{"id-front 张三"}));
 }
 
 TEST(Scanner, BlamesDarknessOnTheRowInTheLog) {
@@ -182,7 +182,7 @@ TEST(Scanner, SavesABankCardByWhatItsPhotosGiveTogether) {
   s.engine->blocks = {test::textBlock("银联", 0.3, 0.2), test::textBlock("3456 7894", 0.6, 0.5)};
   s.holdStill();
   EXPECT_EQ(s.state(), Kind::success);
-  EXPECT_EQ(s.reports(), (Strings{"bank card 6222 0212 3456 7894"}));
+  EXPECT_EQ(s.reports(), (Strings{"bank-card 6222 0212 3456 7894"}));
   EXPECT_EQ(log.count("跨拍照融合挽救成功: 6222 0212 3456 7894"), 1);
 
   // Another screen begins without what this one's photos gave.
@@ -255,7 +255,7 @@ TEST(Scanner, TellsThatTheCameraMayNotBeUsedAndAsksForIt) {
     alert.actions[0].handler();
     EXPECT_EQ(s.stage->settingsOpened, 1);
     alert.actions[1].handler();
-    EXPECT_EQ(s.reports(), (Strings{"camera_permission_denied", "cancel"}));
+    EXPECT_EQ(s.reports(), (Strings{"camera_permission_denied", "cancelled"}));
     EXPECT_TRUE(s.weak.expired());
   }
   EXPECT_EQ(log.count("相机权限未授权"), 3);
@@ -282,7 +282,7 @@ TEST(Scanner, LightsTheTorchAndClosesOnRequestOnceTheCameraIsAllowed) {
   s.tap(s.overlay().closeButton());
   EXPECT_FALSE(s.camera->session->running || s.camera->device->torchOn);
   s.dispatch->advance(1min);
-  EXPECT_EQ(s.listener->reports, (Strings{"cancel"}));
+  EXPECT_EQ(s.listener->reports, (Strings{"cancelled"}));
   EXPECT_FALSE(s.stage->navigationBarHidden);
   EXPECT_TRUE(held->overlayView()->scanLineView()->isHidden);
 }
@@ -312,7 +312,7 @@ TEST(Scanner, GoesAtAnyTimeQuietlyWithItsHostOrWithOneCancelByItsUser) {
       EXPECT_FALSE(s.camera->session->running);
       const bool hadGivenUp = what == std::string("given up");
       if (isClosed)
-        EXPECT_EQ(s.listener->reports, (Strings{hadGivenUp ? "insufficient_text" : "cancel"}));
+        EXPECT_EQ(s.listener->reports, (Strings{hadGivenUp ? "insufficient_text" : "cancelled"}));
       else
         EXPECT_LE(s.listener->reports.size(), 1U);
     }
@@ -344,7 +344,7 @@ TEST(Scanner, MakesDoWithAnEmptyPlatform) {
   s.tap(s.overlay().torchButton());
   s.tap(s.overlay().closeButton());
   s.dispatch->advance(1min);
-  EXPECT_EQ(s.listener->reports, (Strings{"camera_permission_denied", "cancel"}));
+  EXPECT_EQ(s.listener->reports, (Strings{"camera_permission_denied", "cancelled"}));
 }
 
 }  // namespace

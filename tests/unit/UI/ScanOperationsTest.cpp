@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Async/RunWithCompletion.h"
+#include "Async/RunOnPool.h"
 #include "ScannerScreen.h"
 
 namespace pravik {

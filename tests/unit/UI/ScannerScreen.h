@@ -51,35 +51,26 @@ struct Phone : FakeParts {
   }
 };
 
-/// Notes what a screen reports, in a word each.
-class Listener : public OCRScannerDelegate {
+/// Notes what a screen reports, in a word or two each.
+class Listener : public ScannerListener {
  public:
-  using Scanner = OCRScannerViewController;
-
   std::vector<std::string> reports;
   std::optional<Image> picture;
   bool throws = false;
 
-  void scannerDidRecognizeBankCard(Scanner& /*scanner*/, const OCRScannerResult<BankCardInfo>& result) override {
-    note("bank card " + result.info.cardNumber, result.capturedImage);
-  }
-  void scannerDidRecognizeIDCardFront(Scanner& /*scanner*/, const OCRScannerResult<IDCardFrontInfo>& result) override {
-    note("front " + result.info.name, result.capturedImage);
-  }
-  void scannerDidRecognizeIDCardBack(Scanner& /*scanner*/, const OCRScannerResult<IDCardBackInfo>& result) override {
-    note("back " + result.info.issuingAuthority, result.capturedImage);
-  }
-  void scannerDidScanCode(Scanner& /*scanner*/, const OCRScannerResult<CodeScanResult>& result) override {
-    note("code " + result.info.payload, result.capturedImage);
-  }
-  void scannerDidFailWithError(Scanner& /*scanner*/, const OCRError& error) override { note(error.errorCode()); }
-  void scannerDidCancel(Scanner& /*scanner*/) override { note("cancel"); }
+  Listener() : ScannerListener([this](const ScannerReport& report) { note(report); }) {}
 
  private:
-  void note(std::string report, std::optional<Image> captured = {}) {
-    reports.push_back(std::move(report));
-    picture = std::move(captured);
+  void note(const ScannerReport& report) {
+    reports.push_back(report.record ? wordsOf(*report.record) : report.record.error().errorCode());
+    picture = report.capturedImage;
     if (throws) throw std::runtime_error("the host is broken");
+  }
+
+  /// The kind and the first field.
+  static std::string wordsOf(const Record& record) {
+    const DocumentKind& kind = documentKind(record);
+    return std::string(kind.commandName) + ' ' + std::get<std::string>(kind.fields.front().value(record));
   }
 };
 

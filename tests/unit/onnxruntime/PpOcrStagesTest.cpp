@@ -189,7 +189,8 @@ TEST(OnnxTextEngineTest, ReadsAPageFullOfDigitsForAsLongAsItMayAndAnswersWithWha
   cv::Mat page(1500, 2000, CV_8UC1, cv::Scalar(255));
   for (int y = 40; y < page.rows; y += 40)
     for (int x = 10; x + 300 < page.cols; x += 330)
-      cv::putText(page, std::to_string(100'000'000U + 7919U * static_cast<unsigned>(x * y)), {x, y}, cv::FONT_HERSHEY_SIMPLEX, 1, 0, 2);
+      cv::putText(page, std::to_string(100'000'000U + 7919U * static_cast<unsigned>(x * y)), {x, y},
+                  cv::FONT_HERSHEY_SIMPLEX, 1, 0, 2);
   const Bitmap picture = toBitmap(page);
   const OnnxTextEngine engine({.modelDirectory = models});
   engine.load();

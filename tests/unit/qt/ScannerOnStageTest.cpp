@@ -8,7 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "Async/RunWithCompletion.h"
+#include "Async/RunOnPool.h"
 #include "backends/opencv/files/OpenCvImageCodec.h"
 #include "backends/qt/QtDispatch.h"
 #include "tests/unit/qt/ShownScanner.h"
@@ -84,7 +84,7 @@ TEST(ScannerOnStage, TakesKeysAndTouches) {
   test::wait(20ms);
   s.press(Qt::Key_Space);
   EXPECT_TRUE(s.reaches(Kind::recognizing)) << "the photo is taken though no card was seen";
-  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"front 张三"}; }));
+  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"id-front 张三"}; }));
 
   ASSERT_TRUE(waitUntil([&] { return s.widget() == nullptr; })) << "the next key would go to the screen that leaves";
 
@@ -93,7 +93,7 @@ TEST(ScannerOnStage, TakesKeysAndTouches) {
   EXPECT_FALSE(s.screen().isRecognizing()) << "codes are not photographed";
   s.press(Qt::Key_Escape);
   EXPECT_TRUE(waitUntil([&] { return s.weak.expired(); }));
-  EXPECT_THAT(s.listener->reports, ElementsAre("front 张三", "cancel"));
+  EXPECT_THAT(s.listener->reports, ElementsAre("id-front 张三", "cancelled"));
 }
 
 TEST(ScannerOnStage, TellsScreenReadersWhatIsThere) {
@@ -111,7 +111,7 @@ TEST(ScannerOnStage, TellsScreenReadersWhatIsThere) {
   // The keyboard presses what it stands on.
   for (QAbstractButton* target : s.window.findChildren<QAbstractButton*>())
     if (target->accessibleName() == "Close") target->click();
-  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"cancel"}; }));
+  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"cancelled"}; }));
 }
 
 TEST(ScannerOnStage, LaysItselfOutForUprightAndWideWindows) {
@@ -165,7 +165,7 @@ TEST(ScannerOnStage, PicksAPhotoAndNothingElse) {
   dialog = openDialog();
   ASSERT_NE(dialog, nullptr);
   emit dialog->fileSelected(photo);
-  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"front 张三"}; }));
+  EXPECT_TRUE(waitUntil([&] { return s.listener->reports == Strings{"id-front 张三"}; }));
   EXPECT_GT(s.listener->picture->bitmap->width(), 500) << "the photo itself";
   EXPECT_FALSE(s.stage->pickPhoto(photo)) << "no screen is there to take it";
 }

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Label.h"
-#include "Platform/ShapeLayer.h"
+#include "Platform/Controls.h"
 #include "support/FakeCamera.h"
 #include "support/Pictures.h"
 

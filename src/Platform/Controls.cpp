@@ -1,4 +1,4 @@
-#include "Platform/SegmentedControl.h"
+#include "Platform/Controls.h"
 
 #include <algorithm>
 
