@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,6 +31,8 @@ constexpr std::size_t numberRowDigits = 6;
 constexpr int decidingVotes = 2;
 /// Of a number that was put together from pieces every digit was seen by so many of the looks at its row.
 constexpr double leastSupport = 0.3;
+/// A look that saw fewer digits may have seen another row.
+constexpr std::size_t leastTellingDigits = 12;
 
 /// What the stages of one call have found so far.
 struct Findings {
@@ -257,7 +260,8 @@ std::optional<Reading> readInStages(const ReadingParts& parts, const Image& card
     if (!prepared) continue;
     Observations observations = blocksOn(parts, *prepared);
     if (const auto row = readNumberRow(parts, *prepared, observations)) {
-      findings.looks.insert(findings.looks.end(), row->looks.begin(), row->looks.end());
+      std::ranges::copy_if(row->looks, std::back_inserter(findings.looks),
+                           [](const SeenDigits& look) { return look.size() >= leastTellingDigits; });
       if (row->voted.isSound) {
         findings.agreedNumber = row->voted.digits;
         observations = withNumberRow(observations, *row, prepared->size());

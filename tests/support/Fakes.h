@@ -16,6 +16,8 @@ class FakeTextEngine : public TextEngine {
   mutable std::deque<std::vector<RecognizedText>> script;
   /// When set, every call fails with this text.
   std::optional<std::string> failure;
+  /// What every look at a row of digits sees; absent for an engine that does not read digits alone.
+  std::optional<SeenDigits> seenDigits;
   mutable std::vector<TextRequest> requests;
   mutable std::vector<Bitmap> pictures;
 
@@ -30,7 +32,25 @@ class FakeTextEngine : public TextEngine {
     script.pop_front();
     return next;
   }
+  std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader /*reader*/,
+                                     const WorkLimit& /*limit*/) const override {
+    return seenDigits ? std::vector<SeenDigits>(rows.size(), *seenDigits) : std::vector<SeenDigits>{};
+  }
 };
+
+/// A row of digits seen surely and evenly spaced; nothing is seen where `text` has no digit.
+inline SeenDigits seenRow(std::string_view text) {
+  constexpr double pitch = 0.04;
+  SeenDigits seen;
+  double position = 0.02;
+  for (const char c : text) {
+    position += pitch;
+    if (c < '0' || c > '9') continue;
+    seen.push_back({.position = position, .probabilities = {}});
+    seen.back().probabilities[static_cast<std::size_t>(c - '0')] = 0.9F;
+  }
+  return seen;
+}
 
 /// Gives the picture back unchanged unless the test scripts something else.
 class FakeRenderer : public ImageRenderer {

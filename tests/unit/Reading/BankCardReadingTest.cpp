@@ -64,6 +64,21 @@ TEST(BankCardPipeline, RetriesTheWholeCardEnhancedUnlessTheFirstReadingHasANumbe
             (std::vector<ImageFilter>{ColorControls{1.35, 0.0, 1.0}, SharpenLuminance{0.75, 0.0}}));
 }
 
+TEST(BankCardPipeline, TakesTheNumberThatTheLooksAtItsRowAgreeOn) {
+  Fixture f;
+  f.engine->seenDigits = test::seenRow("6222 0212 3456 7894");
+  EXPECT_EQ(f.read({doubtfulNumber})->info.cardNumber, "6222 0212 3456 7894");
+  EXPECT_EQ(f.read({bankOnly})->info.bankName, "招商银行") << "the number is read where no piece of it was found";
+
+  f.engine->seenDigits = test::seenRow("6222 0212 9999 7894");
+  EXPECT_EQ(f.read({goodNumber}).error(), OCRError::insufficientText())
+      << "that it passes the Luhn check is a chance when every look reads other digits";
+  EXPECT_EQ(f.read({doubtfulNumber})->info.cardNumber, "6222 0212 3456 7890") << "its failed check is told";
+
+  f.engine->seenDigits = SeenDigits{};
+  EXPECT_EQ(f.read({goodNumber})->info.cardNumber, "6222 0212 3456 7894") << "looks that see nothing say nothing";
+}
+
 TEST(BankCardPipeline, ReadsTheBandUntilTwoVariantsAgreeAndAddsWhatTheWholeCardTold) {
   const test::LogCapture log(OCRLogger::Level::debug);
   Fixture f;

@@ -37,6 +37,36 @@ TEST(CtcDecoderTest, TakesRunsOnceAndSplitsThemAtBlanks) {
   EXPECT_TRUE(decodeCtc({}, 3).empty());
 }
 
+TEST(CtcDecoderTest, ReadsDigitsAsIfNothingElseCouldStandThere) {
+  // Four classes: blank, 7, a letter that looks like a 7, and one that looks like no digit. The last step is padding.
+  DigitClasses digits;
+  digits[7] = {1, 2};
+  const std::vector<float> steps{.10F, .05F, .10F, .75F,  // the other letter hides a 7
+                                 .30F, .30F, .30F, .10F,  // the same digit, surer
+                                 .50F, .20F, .10F, .20F,  // blank
+                                 .00F, .00F, .80F, .20F, .0F, 1.F, .0F, .0F};
+  const SeenDigits seen = decodeDigits(steps, 4, digits, 4);
+  ASSERT_EQ(seen.size(), 2U);
+  EXPECT_DOUBLE_EQ(seen[0].position, 1.5 / 4);
+  EXPECT_FLOAT_EQ(seen[0].probabilities[7], .6F / .9F);
+  EXPECT_DOUBLE_EQ(seen[1].position, 3.5 / 4);
+  EXPECT_FLOAT_EQ(seen[1].probabilities[7], 1);
+}
+
+TEST(OnnxTextEngineTest, ReadsRowsOfDigitsQuicklyAndThoroughly) {
+  cv::Mat row(48, 520, CV_8UC1, cv::Scalar(220));
+  cv::putText(row, "6222 0212 3456 7894", {8, 38}, cv::FONT_HERSHEY_DUPLEX, 1.25, 30, 2);
+  const cv::Mat blank(48, 520, CV_8UC1, cv::Scalar(220));
+  const OnnxTextEngine engine({.modelDirectory = models});
+  for (const DigitReader reader : {DigitReader::quick, DigitReader::thorough}) {
+    const auto rows = engine.readDigits({toBitmap(row), toBitmap(blank)}, reader, {});
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_GE(rows[0].size(), 15U);
+    EXPECT_TRUE(rows[1].empty());
+  }
+  EXPECT_TRUE(engine.readDigits({}, DigitReader::quick, {}).empty());
+}
+
 TEST(ReadingTextTest, PutsSpacesWhereLettersStandApartAndMakesSpellingsOne) {
   const KeyList keys("A\n7\n阿\n・\n７\n.\n");
   const auto text = [&](std::initializer_list<std::pair<int, int>> labelsAndSteps) {
