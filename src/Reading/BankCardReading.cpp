@@ -33,6 +33,9 @@ constexpr int decidingVotes = 2;
 constexpr double leastSupport = 0.3;
 /// A look that saw fewer digits may have seen another row.
 constexpr std::size_t leastTellingDigits = 12;
+/// A row with so many letters is a line of text, unless one of its blocks has nearly a whole number and few letters.
+constexpr std::ptrdiff_t lettersOfALine = 5;
+constexpr std::size_t nearlyANumber = 13;
 
 /// What the stages of one call have found so far.
 struct Findings {
@@ -75,9 +78,27 @@ Observations blocksOn(const ReadingParts& parts, const Bitmap& bitmap) {
   return postCorrected(parts.recognize(bitmap, TextRecognizer::Options::bankCard), SceneType::bankCard);
 }
 
+/// Latin letters, and the bytes of Chinese characters, of which each has three.
+std::ptrdiff_t letterCount(std::string_view text) {
+  return std::ranges::count_if(
+      text, [](char c) { return ('A' <= c && c <= 'Z') || ('a' <= c && c <= 'z') || static_cast<signed char>(c) < 0; });
+}
+
+/// Whether a number was picked from a line of text: a year, a hotline and a sum make sixteen digits too.
+bool isPickedFromText(const BankCardInfo& info, const Observations& observations) {
+  const auto holdsNumber = [](const Observation& block) {
+    return asciiDigits(block.text).size() >= nearlyANumber && letterCount(block.text) < lettersOfALine;
+  };
+  return std::ranges::any_of(groupedByLine(observations, bankCardRowThreshold), [&](const Observations& line) {
+    const std::string text = lineText(line);
+    return letterCount(text) >= lettersOfALine && asciiDigits(text).find(info.rawCardNumber) != std::string::npos &&
+           std::ranges::none_of(line, holdsNumber);
+  });
+}
+
 std::optional<BankCardInfo> parsedCard(const Observations& observations) {
   std::optional<BankCardInfo> info = BankCardParser{}.parse(observations);
-  if (!info) return std::nullopt;
+  if (!info || isPickedFromText(*info, observations)) return std::nullopt;
   *info = std::get<BankCardInfo>(withoutImpossibleFields(*std::move(info)));
   if (!info->cardholderName) info->cardholderName = chineseHolder(observations);
   return info;

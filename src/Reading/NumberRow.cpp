@@ -21,15 +21,16 @@ constexpr std::size_t leastPieceDigits = 8;
 constexpr std::size_t leastNumberDigits = 16;
 /// A window with fewer digits shows no number.
 constexpr double leastScore = 8;
-/// Digits on cards are about a fourteenth of its height (ISO/IEC 7811-1); a tight row is a little higher.
-constexpr double digitRowHeight = 0.088;
 /// Where numbers stand: shares of the card's height, from the top, and the distance of the windows.
 constexpr double firstWindow = 0.42;
 constexpr double lastWindow = 0.74;
 constexpr double windowStep = 0.02;
 constexpr std::array<double, 2> windowHeights{0.075, 0.105};
-/// Rows that are looked at closely.
-constexpr std::size_t closeLooks = 2;
+/// Digits stand this much higher than their distance, the gaps between groups counted in; a detector's box is higher
+/// than they are by the inverse of the share; and what lies more level than the slope is read as level.
+constexpr double heightOfDigits = 1.15;
+constexpr double shareOfBox = 0.8;
+constexpr double leastSlope = 0.01;
 /// A strip ends so many digit widths beyond the first and the last digit.
 constexpr double marginInDigits = 1.2;
 
@@ -82,27 +83,54 @@ std::vector<SeenDigits> quickLooks(const ReadingParts& parts, const Bitmap& card
   return parts.recognizer.readDigits(cuts, DigitReader::quick, parts.limit);
 }
 
-/// The strip of the row of pieces with the most digits.
-std::optional<Strip> stripOfPieces(const Observations& pieces, const Size& card) {
-  std::optional<Strip> best;
+/// The row of pieces with the most digits: what they say, and the level strip that they cover.
+struct PieceRow {
+  std::string digits;
+  Strip strip;
+};
+
+std::optional<PieceRow> rowOfPieces(const Observations& pieces, const Size& card) {
+  std::optional<PieceRow> best;
   std::size_t most = leastPieceDigits - 1;
   for (const Observations& line : groupedByLine(pieces, bankCardRowThreshold)) {
-    std::size_t digits = 0;
-    double weight = 0, middle = 0, height = 0;
+    PieceRow row;
+    double left = card.width, right = 0, widths = 0, middles = 0, heights = 0;
     for (const Observation& block : line) {
-      const auto count = asciiDigits(block.text).size();
-      if (count == 0) continue;
-      digits += count;
+      const std::string digits = asciiDigits(block.text);
+      if (digits.empty()) continue;
+      row.digits += digits;
       const Rect box = inPixels(flipped(block.boundingBox), card);
-      weight += box.width;
-      middle += box.width * box.midY();
-      height += box.width * box.height;
+      left = std::min(left, box.x);
+      right = std::max(right, box.maxX());
+      widths += box.width;
+      middles += box.width * box.midY();
+      heights += box.width * box.height;
     }
-    if (digits <= most) continue;
-    most = digits;
-    best = Strip{{card.width / 2, middle / weight}, card.width, height / weight, 0};
+    if (row.digits.size() <= most || widths <= 0 || heights <= 0) continue;
+    most = row.digits.size();
+    row.strip = {{(left + right) / 2, middles / widths}, right - left, heights / widths, 0};
+    best = std::move(row);
   }
   return best;
+}
+
+/// How a row may lie in the level box that covers it: level, or rising or falling as far as the box is higher than
+/// digits of its length are.
+std::vector<Strip> waysToLie(const PieceRow& row) {
+  const double digitHeight = heightOfDigits * row.strip.length / static_cast<double>(row.digits.size());
+  const double slope = std::max(0.0, shareOfBox * row.strip.height - digitHeight) / row.strip.length;
+  std::vector<Strip> strips;
+  for (const double height : {0.8, 0.65, 0.95}) {
+    strips.push_back(row.strip);
+    strips.back().height *= height;
+  }
+  for (const double tilt : {slope, -slope}) {
+    if (slope < leastSlope) break;
+    strips.push_back(row.strip);
+    strips.back().height = digitHeight;
+    strips.back().slope = tilt;
+  }
+  return strips;
 }
 
 /// The windows of the whole width of the card where its number may stand.
@@ -184,29 +212,14 @@ NumberRow read(const ReadingParts& parts, const Bitmap& card, const Strip& strip
   return row;
 }
 
-std::string piecesText(const Observations& pieces, double middle, const Size& card) {
-  std::string digits;
-  for (const Observations& line : groupedByLine(pieces, bankCardRowThreshold))
-    if (std::abs(topOriginMidY(line.front()) * card.height - middle) < bankCardRowThreshold * card.height)
-      for (const Observation& block : line) digits += asciiDigits(block.text);
-  return digits;
-}
-
-/// The row that the pieces show, when a quick look reads what they say.
-std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& card, const Strip& strip,
-                                      const Observations& pieces) {
-  const std::string said = piecesText(pieces, strip.middle.y, card.size());
-  if (!passesAsCardNumber(said)) return std::nullopt;
-  NumberRow row{.strip = strip, .voted = {}, .looks = {}};
-  for (const double height : {0.8, 0.65, 0.95}) {
-    Strip cut = strip;
-    cut.height *= height;
-    row.looks = quickLooks(parts, card, {cut});
-    if (row.looks.size() == 1 && digitsOf(row.looks.front()) == said) {
-      row.strip = cut;
-      row.voted = vote(row.looks);
-      return row;
-    }
+/// The row that the pieces show, when a quick look reads the same card number.
+std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& card, const PieceRow& pieces) {
+  if (!passesAsCardNumber(pieces.digits)) return std::nullopt;
+  for (const Strip& strip : waysToLie(pieces)) {
+    NumberRow row{.strip = strip, .voted = {}, .looks = quickLooks(parts, card, {strip})};
+    if (row.looks.size() != 1 || digitsOf(row.looks.front()) != pieces.digits) continue;
+    row.voted = vote(row.looks);
+    if (row.voted.isSound) return row;
   }
   return std::nullopt;
 }
@@ -214,15 +227,14 @@ std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& c
 }  // namespace
 
 std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& card, const Observations& pieces) {
-  const auto ofPieces = stripOfPieces(pieces, card.size());
+  const auto ofPieces = rowOfPieces(pieces, card.size());
   if (ofPieces)
-    if (auto row = confirmedRow(parts, card, *ofPieces, pieces)) return row;
+    if (auto row = confirmedRow(parts, card, *ofPieces)) return row;
   std::vector<Strip> strips = windows(card.size());
   if (ofPieces)
-    for (const double height : {0.65, 0.85}) {
-      strips.push_back(*ofPieces);
-      strips.back().height *= height;
-    }
+    for (const double height : {0.65, 0.85})
+      strips.push_back(
+          {{card.width() / 2.0, ofPieces->strip.middle.y}, 1.0 * card.width(), height * ofPieces->strip.height, 0});
   const auto found = bestOf(parts, card, strips);
   if (!found || found->score < leastScore) return std::nullopt;
   const auto fit = fitted(parts, card, found->strip);

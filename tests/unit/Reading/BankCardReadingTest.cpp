@@ -79,6 +79,15 @@ TEST(BankCardPipeline, TakesTheNumberThatTheLooksAtItsRowAgreeOn) {
   EXPECT_EQ(f.read({goodNumber})->info.cardNumber, "6222 0212 3456 7894") << "looks that see nothing say nothing";
 }
 
+TEST(BankCardPipeline, PicksNoNumberFromALineOfText) {
+  Fixture f;
+  const Blocks line{textBlock("hotline 95588", 0.2, 0.5), textBlock("2026-11-20", 0.5, 0.5),
+                    textBlock("page 8911", 0.8, 0.5)};
+  EXPECT_EQ(f.read({line}).error(), OCRError::insufficientText());
+  const Blocks pieces{textBlock("6222 0212", 0.3, 0.5), textBlock("3456 7894", 0.6, 0.5)};
+  EXPECT_EQ(f.read({pieces})->info.cardNumber, "6222 0212 3456 7894");
+}
+
 TEST(BankCardPipeline, ReadsTheBandUntilTwoVariantsAgreeAndAddsWhatTheWholeCardTold) {
   const test::LogCapture log(OCRLogger::Level::debug);
   Fixture f;
