@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean train
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -20,6 +20,7 @@ help:
 	@echo "make bench      benchmarks"
 	@echo "make accuracy   draw fresh synthetic cards and report how many fields are read exactly"
 	@echo "make scan-accuracy  draw fresh clips and report what the scanner makes of them and how long it takes"
+	@echo "make train      train the reader of digit rows on real groups of digits (GROUPS=DIR) into build/train/"
 	@echo "make docs       the reference of the public headers and the guide into build/docs/html/"
 	@echo "make format     format the sources;  make lint: clang-format and clang-tidy in check mode"
 	@echo "make clean      remove build/ (what tools/setup fetched stays)"
@@ -104,3 +105,12 @@ lint: setup
 
 clean:
 	@rm -rf build
+
+# Not part of a build: its result, backends/onnxruntime/digit-rows.onnx, lies in the repository.
+train:
+	@test -n "$(GROUPS)" || { echo "make train: say where the pictures of groups are: GROUPS=DIR" >&2; exit 2; }
+	@mkdir -p build/train
+	@test -x build/train/python/bin/python || python3 -m venv build/train/python
+	@echo "train: installing what tools/train/requirements.txt names"
+	@build/train/python/bin/pip install --quiet --requirement tools/train/requirements.txt
+	@build/train/python/bin/python tools/train/train --groups "$(GROUPS)" --out build/train/digit-rows.onnx $(ARGS)

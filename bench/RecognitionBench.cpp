@@ -40,6 +40,7 @@ class NumberBlindEngine final : public TextEngine {
     return blocks;
   }
 
+  bool readsDigits() const override { return true; }
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader reader,
                                      const WorkLimit& limit) const override {
     std::vector<SeenDigits> looks = engine_->readDigits(rows, reader, limit);

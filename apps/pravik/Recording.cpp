@@ -17,6 +17,7 @@ class RecordedTextEngine final : public TextEngine {
     return texts;
   }
 
+  bool readsDigits() const override { return engine_->readsDigits(); }
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader reader,
                                      const WorkLimit& limit) const override {
     return engine_->readDigits(rows, reader, limit);

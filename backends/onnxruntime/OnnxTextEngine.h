@@ -37,6 +37,7 @@ class OnnxTextEngine : public TextEngine {
   /// Throws as `load` does, std::invalid_argument that names a language the models lack, and std::bad_alloc.
   std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const override;
 
+  bool readsDigits() const override { return true; }
   /// `quick` is the small network for digit rows, `thorough` the recognition model. Throws as `load` does, and
   /// std::bad_alloc.
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader reader,

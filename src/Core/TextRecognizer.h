@@ -32,6 +32,8 @@ class TextRecognizer {
   /// Recognises on the calling thread. Throws OCRError::recognitionFailed without an engine, else what the engine
   /// throws; no text is an empty list.
   Observations recognizeNow(const Bitmap& bitmap, const Options& options) const;
+  /// Whether there is an engine that can.
+  bool readsDigits() const { return engine_ && engine_->readsDigits(); }
   /// The digits on pictures of one row each; empty without an engine, and with one that does not read digits alone.
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader reader, const WorkLimit& limit) const;
   /// Recognises on the concurrent pool and calls `completion` there exactly once. An engine's failure arrives as

@@ -70,9 +70,12 @@ class TextEngine {
   /// user can read when the engine cannot work (a missing model, a language that it lacks).
   virtual std::vector<RecognizedText> recognize(const Bitmap& bitmap, const TextRequest& request) const = 0;
 
+  /// Whether the engine can read digits alone. Not unless it says so.
+  virtual bool readsDigits() const { return false; }
+
   /// The digits on pictures that show one row each, as if nothing but digits could stand there. One answer a picture,
   /// in their order; when the limit is spent, what is left has none. An engine that cannot read digits alone gives an
-  /// empty list, as this one does. Throws as `recognize` does.
+  /// empty list. Throws as `recognize` does.
   virtual std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& /*rows*/, DigitReader /*reader*/,
                                              const WorkLimit& /*limit*/) const {
     return {};

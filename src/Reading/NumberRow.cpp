@@ -227,6 +227,7 @@ std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& c
 }  // namespace
 
 std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& card, const Observations& pieces) {
+  if (!parts.recognizer.readsDigits()) return std::nullopt;
   const auto ofPieces = rowOfPieces(pieces, card.size());
   if (ofPieces)
     if (auto row = confirmedRow(parts, card, *ofPieces)) return row;

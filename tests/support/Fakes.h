@@ -32,6 +32,7 @@ class FakeTextEngine : public TextEngine {
     script.pop_front();
     return next;
   }
+  bool readsDigits() const override { return seenDigits.has_value(); }
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader /*reader*/,
                                      const WorkLimit& /*limit*/) const override {
     return seenDigits ? std::vector<SeenDigits>(rows.size(), *seenDigits) : std::vector<SeenDigits>{};

@@ -23,6 +23,7 @@ import idcard  # noqa: E402
 import lifelike_card  # noqa: E402
 import messenger  # noqa: E402
 import numpy as np  # noqa: E402
+import pasted_groups  # noqa: E402
 import people  # noqa: E402
 import scene  # noqa: E402
 import story  # noqa: E402
@@ -118,6 +119,15 @@ class LifelikeTest(unittest.TestCase):
                 self.assertEqual(bankcard.check_digit(said.digits[:-1]), said.digits[-1])
                 self.assertTrue(2 < min(middles) and max(middles) < lifelike_card.WIDTH - 2)
         self.assertEqual(groupings, {(4, 4, 4, 4), (4, 4, 4, 4, 3), (6, 13), (5, 4, 5, 5), (19,)})
+
+    def test_pictures_of_real_groups_make_a_number_on_the_card(self):
+        groups = [pasted_groups.Group(f"{number:04d}", np.full((46, 120, 3), 255.0)) for number in range(6000, 6300, 7)]
+        said, card = lifelike_card.LifelikeCard.with_number_of(groups, random.Random(3))
+        self.assertEqual(bankcard.check_digit(said.digits[:-1]), said.digits[-1])
+        self.assertIn(said.digits[:4], {group.digits for group in groups})
+        flat = np.asarray(card.draw(10).convert("L"))
+        for _, x, y in card.cells():
+            self.assertGreater(flat[round(10 * y), round(10 * x)], 250)
 
     def test_light_falls_on_the_relief_from_its_own_side(self):
         stroke = np.array([(4.0, 1.0), (4.0, 5.0)])

@@ -17,6 +17,7 @@ class DarkRowEngine final : public test::FakeTextEngine {
  public:
   mutable std::size_t looks = 0;
 
+  bool readsDigits() const override { return true; }
   std::vector<SeenDigits> readDigits(const std::vector<Bitmap>& rows, DigitReader /*reader*/,
                                      const WorkLimit& /*limit*/) const override {
     std::vector<SeenDigits> seen;
