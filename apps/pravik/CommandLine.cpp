@@ -92,6 +92,7 @@ CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
                        const std::map<std::string, Value>& choices, const std::string& typeName,
                        const std::string& description) {
   std::vector<std::string> names;
+  names.reserve(choices.size());
   for (const auto& [name, ignored] : choices) names.push_back(name);
   return app
       .add_option_function<std::string>(

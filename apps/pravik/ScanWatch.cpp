@@ -105,7 +105,7 @@ void ScanWatch::tellOutline(const Look& now) const {
   tell("outline", {{"boundingBox", box}});
 }
 
-void ScanWatch::timerChanged(std::chrono::milliseconds delay, TimerChange change) {
+void ScanWatch::timerChanged(std::chrono::milliseconds delay, TimerChange change) const {
   tell("timer", {{"seconds", seconds(delay)}, {"change", timerChangeNames[static_cast<std::size_t>(change)]}});
 }
 

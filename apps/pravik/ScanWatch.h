@@ -34,7 +34,7 @@ class ScanWatch {
   /// A piece of work has been done on the main queue.
   void workDone();
   /// A piece of delayed work was put off by `delay`, is about to run, or was called off.
-  void timerChanged(std::chrono::milliseconds delay, TimerChange change);
+  void timerChanged(std::chrono::milliseconds delay, TimerChange change) const;
 
  private:
   /// What a person sees of the screen, as far as it is told.
