@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
+#include <span>
 #include <stdexcept>
 
 #include "backends/onnxruntime/CtcDecoder.h"
@@ -64,7 +65,7 @@ std::vector<SeenDigits> DigitRowReader::read(const std::vector<cv::Mat>& rows, c
     const std::vector<std::int64_t> shape{std::ssize(batch), 1, rowHeight, width};
     const auto values = allocateValues(shape);
     float* place = values.get();
-    for (const cv::Mat& row : batch) place = std::copy(row.begin<float>(), row.end<float>(), place);
+    for (const cv::Mat& row : batch) place = std::ranges::copy(std::span(row.ptr<float>(), row.total()), place).out;
     const Tensor output = model_.run({shape, values});
     const auto length = static_cast<std::size_t>(output.shape[1] * classCount);
     for (std::size_t i = 0; i < batch.size(); ++i, ++next) {

@@ -56,10 +56,11 @@ class JpegDecoder {
 /// Each of cyan, magenta and yellow takes its colour out of what black leaves.
 void inksToColors(cv::Mat& pixels, bool isInverted) {
   if (!isInverted) cv::bitwise_not(pixels, pixels);
-  for (auto pixel = pixels.begin<cv::Vec4b>(); pixel != pixels.end<cv::Vec4b>(); ++pixel) {
-    const cv::Vec4b inks = *pixel;
+  cv::Mat_<cv::Vec4b> all(pixels);
+  for (cv::Vec4b& pixel : all) {
+    const cv::Vec4b inks = pixel;
     const auto light = [&](int ink) { return static_cast<std::uint8_t>((inks[ink] * inks[3] + 127) / 255); };
-    *pixel = {light(2), light(1), light(0), 255};
+    pixel = {light(2), light(1), light(0), 255};
   }
 }
 

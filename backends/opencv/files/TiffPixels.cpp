@@ -58,12 +58,13 @@ Tiff open(MemoryFile& file) {
 
 /// From red, green, blue and opacity, the colours multiplied with it, to opaque blue, green and red over white.
 void composeOverWhite(cv::Mat& rgba) {
-  for (auto pixel = rgba.begin<cv::Vec4b>(); pixel != rgba.end<cv::Vec4b>(); ++pixel) {
-    const cv::Vec4b old = *pixel;
+  cv::Mat_<cv::Vec4b> all(rgba);
+  for (cv::Vec4b& pixel : all) {
+    const cv::Vec4b old = pixel;
     const auto over = [&](int channel) {
       return static_cast<std::uint8_t>(std::min(255, old[channel] + 255 - old[3]));
     };
-    *pixel = {over(2), over(1), over(0), 255};
+    pixel = {over(2), over(1), over(0), 255};
   }
 }
 
