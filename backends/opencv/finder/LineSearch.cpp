@@ -176,11 +176,11 @@ std::vector<EdgeLine> findLines(const EdgeMap& edges) {
   std::vector<Run> runs;
   for (const LineGuess& guess : guessLines(edges))
     if (const auto run = Band(edges, guess).bestRun()) runs.push_back(*run);
-  std::sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) { return a.score > b.score; });
+  std::ranges::sort(runs, [](const Run& a, const Run& b) { return a.score > b.score; });
 
   std::vector<Run> distinct;
   for (const Run& run : runs) {
-    const bool known = std::any_of(distinct.begin(), distinct.end(), [&](const Run& other) {
+    const bool known = std::ranges::any_of(distinct, [&](const Run& other) {
       return other.distance(run.start()) < sameLine && other.distance(run.end()) < sameLine;
     });
     if (!known) distinct.push_back(run);

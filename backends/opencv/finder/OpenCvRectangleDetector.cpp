@@ -55,8 +55,7 @@ std::vector<Outline> refinedOutlines(const cv::Mat& picture, const RectangleRequ
   std::vector<Outline> outlines;
   for (const Outline& outline : findOutlines(findLines(edges), small.size(), request, mostCandidates))
     outlines.push_back(refiner.refine(outline));
-  std::sort(outlines.begin(), outlines.end(),
-            [](const Outline& a, const Outline& b) { return confidence(a) > confidence(b); });
+  std::ranges::sort(outlines, [](const Outline& a, const Outline& b) { return confidence(a) > confidence(b); });
   return outlines;
 }
 
@@ -69,8 +68,8 @@ std::vector<RectangleObservation> OpenCvRectangleDetector::detect(const Bitmap& 
   std::vector<RectangleObservation> found;
   for (const Outline& outline : refinedOutlines(picture, request)) {
     if (static_cast<int>(found.size()) >= request.maximumObservations) break;
-    const bool covered = std::any_of(kept.begin(), kept.end(),
-                                     [&](const Outline& other) { return overlap(outline, other) > greatestOverlap; });
+    const bool covered =
+        std::ranges::any_of(kept, [&](const Outline& other) { return overlap(outline, other) > greatestOverlap; });
     if (covered) continue;
     const RectangleObservation candidate = observation(outline, picture.size());
     if (candidate.confidence < request.minimumConfidence) break;

@@ -76,7 +76,7 @@ OutlineRefiner::Side OutlineRefiner::fitSide(cv::Point2d from, cv::Point2d to) c
     std::array<float, 2 * reach + 1> change{};
     for (std::size_t j = 1; j < 2 * reach; ++j)
       change[j] = static_cast<float>(cv::norm(profile[j + 1] - profile[j - 1]));
-    const auto peak = static_cast<std::size_t>(std::max_element(change.begin(), change.end()) - change.begin());
+    const auto peak = static_cast<std::size_t>(std::ranges::max_element(change) - change.begin());
     double offset = static_cast<double>(peak) - reach;
     if (peak > 0 && peak < 2 * reach) {
       const double before = change[peak - 1], here = change[peak], after = change[peak + 1];
