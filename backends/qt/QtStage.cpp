@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <cmath>
 #include <exception>
+#include <ranges>
 #include <utility>
 
 #include "Async/AnswerOnce.h"
@@ -78,8 +79,8 @@ void QtStage::dismiss(Screen& screen, bool animated, std::function<void()> compl
 }
 
 ScreenWidget* QtStage::topScreen() const {
-  for (auto widget = screens_.rbegin(); widget != screens_.rend(); ++widget)
-    if (*widget) return widget->data();
+  for (const auto& widget : std::views::reverse(screens_))
+    if (widget) return widget.data();
   return nullptr;
 }
 

@@ -97,10 +97,10 @@ bool isPickedFromText(const BankCardInfo& info, const Observations& observations
 }
 
 std::optional<BankCardInfo> parsedCard(const Observations& observations) {
-  std::optional<BankCardInfo> info = BankCardParser{}.parse(observations);
-  if (!info || isPickedFromText(*info, observations)) return std::nullopt;
-  *info = std::get<BankCardInfo>(withoutImpossibleFields(*std::move(info)));
-  if (!info->cardholderName) info->cardholderName = chineseHolder(observations);
+  const std::optional<BankCardInfo> parsed = BankCardParser{}.parse(observations);
+  if (!parsed || isPickedFromText(*parsed, observations)) return std::nullopt;
+  auto info = std::get<BankCardInfo>(withoutImpossibleFields(*parsed));
+  if (!info.cardholderName) info.cardholderName = chineseHolder(observations);
   return info;
 }
 

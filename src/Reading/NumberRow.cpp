@@ -23,8 +23,8 @@ constexpr std::size_t leastNumberDigits = 16;
 constexpr double leastScore = 8;
 /// Where numbers stand: shares of the card's height, from the top, and the distance of the windows.
 constexpr double firstWindow = 0.42;
-constexpr double lastWindow = 0.74;
 constexpr double windowStep = 0.02;
+constexpr int windowCount = 17;
 constexpr std::array<double, 2> windowHeights{0.075, 0.105};
 /// Digits stand this much higher than their distance, the gaps between groups counted in; a detector's box is higher
 /// than they are by the inverse of the share; and what lies more level than the slope is read as level.
@@ -79,6 +79,7 @@ std::vector<SeenDigits> looksAt(const ReadingParts& parts, const Bitmap& card, c
 
 std::vector<SeenDigits> quickLooks(const ReadingParts& parts, const Bitmap& card, const std::vector<Strip>& strips) {
   std::vector<Bitmap> cuts;
+  cuts.reserve(strips.size());
   for (const Strip& strip : strips) cuts.push_back(cutStrip(card, strip, rowPixels));
   return parts.recognizer.readDigits(cuts, DigitReader::quick, parts.limit);
 }
@@ -137,8 +138,10 @@ std::vector<Strip> waysToLie(const PieceRow& row) {
 std::vector<Strip> windows(const Size& card) {
   std::vector<Strip> strips;
   for (const double height : windowHeights)
-    for (double y = firstWindow; y <= lastWindow; y += windowStep)
+    for (int window = 0; window < windowCount; ++window) {
+      const double y = firstWindow + window * windowStep;
       strips.push_back({{card.width / 2, y * card.height}, card.width, height * card.height, 0});
+    }
   return strips;
 }
 
