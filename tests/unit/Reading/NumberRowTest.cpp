@@ -55,7 +55,7 @@ Bitmap cardWithARow(double slope) {
       const double middle = rowMiddle + slope * (x - cardWidth / 2.0);
       pixels.get()[y * cardWidth + x] = std::abs(y - middle) < rowHeight / 2.0 ? 20 : 230;
     }
-  return Bitmap(PixelFormat::grey8, cardWidth, cardHeight, cardWidth, pixels);
+  return {PixelFormat::grey8, cardWidth, cardHeight, cardWidth, pixels};
 }
 
 ReadingParts partsWith(std::shared_ptr<const TextEngine> engine) {
