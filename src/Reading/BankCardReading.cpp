@@ -10,14 +10,13 @@
 #include <vector>
 
 #include "Parsers/BINHints.h"
-#include "Parsers/BankCardParser.h"
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
 #include "Parsers/CardText.h"
-#include "Reading/CardHolder.h"
 #include "Reading/NumberRow.h"
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
+#include "Reading/TextToRecord.h"
 #include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/Text.h"
@@ -33,9 +32,6 @@ constexpr int decidingVotes = 2;
 constexpr double leastSupport = 0.3;
 /// A look that saw fewer digits may have seen another row.
 constexpr std::size_t leastTellingDigits = 12;
-/// A row with so many letters is a line of text, unless one of its blocks has nearly a whole number and few letters.
-constexpr std::ptrdiff_t lettersOfALine = 5;
-constexpr std::size_t nearlyANumber = 13;
 
 /// What the stages of one call have found so far.
 struct Findings {
@@ -78,30 +74,9 @@ Observations blocksOn(const ReadingParts& parts, const Bitmap& bitmap) {
   return postCorrected(parts.recognize(bitmap, TextRecognizer::Options::bankCard), SceneType::bankCard);
 }
 
-/// Latin letters, and the bytes of Chinese characters, of which each has three.
-std::ptrdiff_t letterCount(std::string_view text) {
-  return std::ranges::count_if(
-      text, [](char c) { return ('A' <= c && c <= 'Z') || ('a' <= c && c <= 'z') || static_cast<signed char>(c) < 0; });
-}
-
-/// Whether a number was picked from a line of text: a year, a hotline and a sum make sixteen digits too.
-bool isPickedFromText(const BankCardInfo& info, const Observations& observations) {
-  const auto holdsNumber = [](const Observation& block) {
-    return asciiDigits(block.text).size() >= nearlyANumber && letterCount(block.text) < lettersOfALine;
-  };
-  return std::ranges::any_of(groupedByLine(observations, bankCardRowThreshold), [&](const Observations& line) {
-    const std::string text = lineText(line);
-    return letterCount(text) >= lettersOfALine && asciiDigits(text).find(info.rawCardNumber) != std::string::npos &&
-           std::ranges::none_of(line, holdsNumber);
-  });
-}
-
 std::optional<BankCardInfo> parsedCard(const Observations& observations) {
-  const std::optional<BankCardInfo> parsed = BankCardParser{}.parse(observations);
-  if (!parsed || isPickedFromText(*parsed, observations)) return std::nullopt;
-  auto info = std::get<BankCardInfo>(withoutImpossibleFields(*parsed));
-  if (!info.cardholderName) info.cardholderName = chineseHolder(observations);
-  return info;
+  const std::optional<Record> record = recordInCorrected(observations, OCRScanMode::bankCard);
+  return record ? std::optional(std::get<BankCardInfo>(*record)) : std::nullopt;
 }
 
 /// Whether the looks at the row let a number stand. What passes Luhn against them is a chance: one wrong number in ten
@@ -147,8 +122,7 @@ std::optional<BankCardInfo> cardIn(const Observations& observations, const Whole
   findings.hasText = true;
   validateScene(observations, SceneType::bankCard);
   if (auto info = parsedCard(observations); info && isBorneOut(*info, findings)) return info;
-  findings.partialInfo = BankCardParser{}.parsePartialInfo(observations);
-  if (!findings.partialInfo.cardholderName) findings.partialInfo.cardholderName = chineseHolder(observations);
+  findings.partialInfo = partialCardInCorrected(observations);
   findings.pieces.append(piecesOf(observations));
   if (const auto centerY = detectCardNumberRowY(observations)) findings.detectedCardNumberY = centerY;
   OCRLogger::warning([&] { return std::string(stage.noNumberText); });

@@ -4,9 +4,11 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 #include "Parsers/CardNumber.h"
 
@@ -51,35 +53,29 @@ std::optional<double> pitchOf(const SeenDigits& look) {
   return std::max(*middle, std::numeric_limits<double>::epsilon());
 }
 
-/// For each digit of `base` the matching one of `other`, or nothing, at the least cost.
-std::vector<const SeenDigit*> aligned(const SeenDigits& base, const SeenDigits& other, double pitch) {
-  const std::size_t columns = other.size() + 1;
-  std::vector<double> cost((base.size() + 1) * columns);
-  const auto at = [&](std::size_t i, std::size_t j) -> double& { return cost[i * columns + j]; };
-  const auto matchCost = [&](std::size_t i, std::size_t j) {
-    const double distance = std::abs(base[i].position - other[j].position) / pitch;
-    if (distance > farthestMatch) return std::numeric_limits<double>::infinity();
-    const bool same = likeliest(base[i].probabilities) == likeliest(other[j].probabilities);
-    return distance + (same ? 0 : otherDigitCost);
-  };
-  for (std::size_t i = 0; i <= base.size(); ++i)
-    for (std::size_t j = 0; j <= other.size(); ++j) {
-      if (i == 0 || j == 0) {
-        at(i, j) = gapCost * static_cast<double>(i + j);
-        continue;
-      }
-      at(i, j) = std::min({at(i - 1, j - 1) + matchCost(i - 1, j - 1), at(i - 1, j) + gapCost, at(i, j - 1) + gapCost});
-    }
-  std::vector<const SeenDigit*> matches(base.size(), nullptr);
-  for (std::size_t i = base.size(), j = other.size(); i > 0 && j > 0;) {
-    if (at(i, j) == at(i - 1, j) + gapCost)
+/// For each of `first` items its partner among `second`, or nothing, at the least cost (Needleman and Wunsch, "A
+/// general method applicable to the search for similarities", 1970). `matchCost` tells what a pair costs.
+template <class MatchCost>
+std::vector<std::optional<std::size_t>> aligned(std::size_t first, std::size_t second, double gap,
+                                                const MatchCost& matchCost) {
+  const std::size_t columns = second + 1;
+  std::vector<double> costs((first + 1) * columns);
+  const auto at = [&](std::size_t i, std::size_t j) -> double& { return costs[i * columns + j]; };
+  const auto matched = [&](std::size_t i, std::size_t j) { return at(i - 1, j - 1) + matchCost(i - 1, j - 1); };
+  for (std::size_t i = 0; i <= first; ++i)
+    for (std::size_t j = 0; j <= second; ++j)
+      at(i, j) = i == 0 || j == 0 ? gap * static_cast<double>(i + j)
+                                  : std::min({matched(i, j), at(i - 1, j) + gap, at(i, j - 1) + gap});
+  std::vector<std::optional<std::size_t>> partners(first);
+  for (std::size_t i = first, j = second; i > 0 && j > 0;) {
+    if (at(i, j) == matched(i, j))
+      partners[--i] = --j;
+    else if (at(i, j) == at(i - 1, j) + gap)
       --i;
-    else if (at(i, j) == at(i, j - 1) + gapCost)
-      --j;
     else
-      matches[--i] = &other[--j];
+      --j;
   }
-  return matches;
+  return partners;
 }
 
 /// A place of the row: the looks' summed probabilities, and how many of them read each digit.
@@ -94,13 +90,19 @@ std::vector<Place> placesAlong(const SeenDigits& base, std::span<const SeenDigit
   std::vector<Place> places;
   for (const SeenDigit& digit : base) places.push_back({.position = digit.position, .probabilities = {}, .votes = {}});
   for (const SeenDigits& look : looks) {
-    const auto matches = aligned(base, look, pitch);
+    const auto matchCost = [&](std::size_t i, std::size_t j) {
+      const double distance = std::abs(base[i].position - look[j].position) / pitch;
+      if (distance > farthestMatch) return std::numeric_limits<double>::infinity();
+      return distance + (likeliest(base[i].probabilities) == likeliest(look[j].probabilities) ? 0 : otherDigitCost);
+    };
+    const auto partners = aligned(base.size(), look.size(), gapCost, matchCost);
     for (std::size_t i = 0; i < places.size(); ++i) {
-      if (!matches[i]) continue;
+      const auto& partner = partners[i];
+      if (!partner) continue;
+      const auto& probabilities = look[*partner].probabilities;
       ++places[i].seen;
-      ++places[i].votes[likeliest(matches[i]->probabilities)];
-      for (std::size_t digit = 0; digit < places[i].probabilities.size(); ++digit)
-        places[i].probabilities[digit] += matches[i]->probabilities[digit];
+      ++places[i].votes[likeliest(probabilities)];
+      std::ranges::transform(places[i].probabilities, probabilities, places[i].probabilities.begin(), std::plus{});
     }
   }
   return places;
@@ -124,21 +126,17 @@ std::vector<Place> bestPlaces(std::span<const SeenDigits> looks) {
   return best;
 }
 
-/// One way to read a place: a digit, or nothing there.
-struct Choice {
-  std::optional<std::size_t> digit;
-};
+/// How a place is read: a digit, or nothing there.
+using Choice = std::optional<std::size_t>;
 
-/// The digits of the places when `place` is read as `choice` says and all others as most looks do.
-std::string digitsWith(const std::vector<Place>& places, std::size_t looks, std::size_t place, Choice choice) {
+Choice mostSay(const Place& place, std::size_t looks) {
+  return 2 * place.seen > static_cast<int>(looks) ? Choice(likeliest(place.probabilities)) : std::nullopt;
+}
+
+std::string textOf(const std::vector<Choice>& choices) {
   std::string digits;
-  for (std::size_t i = 0; i < places.size(); ++i) {
-    if (i == place) {
-      if (choice.digit) digits += asCharacter(*choice.digit);
-      continue;
-    }
-    if (2 * places[i].seen > static_cast<int>(looks)) digits += asCharacter(likeliest(places[i].probabilities));
-  }
+  for (const Choice& digit : choices)
+    if (digit) digits += asCharacter(*digit);
   return digits;
 }
 
@@ -149,10 +147,10 @@ std::vector<Choice> disputes(const Place& place, std::size_t looks) {
   const auto unseen = static_cast<float>(static_cast<int>(looks) - place.seen);
   std::vector<Choice> choices;
   for (std::size_t digit = 0; digit < place.probabilities.size(); ++digit)
-    if (digit != first && place.probabilities[digit] >= disputedShare * support) choices.push_back({digit});
-  const bool isLeftOut = 2 * place.seen <= static_cast<int>(looks);
-  if (isLeftOut && support >= disputedShare * unseen) choices.push_back({first});
-  if (!isLeftOut && unseen >= disputedShare * support) choices.push_back({std::nullopt});
+    if (digit != first && place.probabilities[digit] >= disputedShare * support) choices.emplace_back(digit);
+  const bool isLeftOut = !mostSay(place, looks);
+  if (isLeftOut && support >= disputedShare * unseen) choices.emplace_back(first);
+  if (!isLeftOut && unseen >= disputedShare * support) choices.emplace_back(std::nullopt);
   return choices;
 }
 
@@ -171,21 +169,20 @@ bool standInGroups(const std::vector<double>& positions) {
   return group >= shortestLastGroup;
 }
 
-struct Change {
-  std::size_t place;
-  Choice choice;
-};
-
-/// The one disputed digit that makes a card number of the places; absent when there is none, or several.
-std::optional<Change> decidingChange(const std::vector<Place>& places, std::size_t looks) {
-  std::optional<Change> deciding;
+/// The choices with the one disputed digit changed that makes a card number of them; absent when there is none, or
+/// several.
+std::optional<std::vector<Choice>> decided(const std::vector<Choice>& choices, const std::vector<Place>& places,
+                                           std::size_t looks) {
+  std::optional<std::vector<Choice>> deciding;
   std::size_t disputed = 0;
   for (std::size_t i = 0; i < places.size(); ++i)
     for (const Choice& choice : disputes(places[i], looks)) {
       ++disputed;
-      if (!passesAsCardNumber(digitsWith(places, looks, i, choice))) continue;
+      std::vector<Choice> changed = choices;
+      changed[i] = choice;
+      if (!passesAsCardNumber(textOf(changed))) continue;
       if (deciding) return std::nullopt;
-      deciding = Change{i, choice};
+      deciding = std::move(changed);
     }
   return disputed <= mostDisputes ? deciding : std::nullopt;
 }
@@ -201,30 +198,11 @@ double supportFor(std::string_view number, std::span<const SeenDigits> looks) {
   std::vector<int> agreeing(number.size(), 0);
   for (const SeenDigits& look : looks) {
     const std::string read = digitsOf(look);
-    const std::size_t columns = read.size() + 1;
-    std::vector<std::size_t> changes((number.size() + 1) * columns);
-    const auto at = [&](std::size_t i, std::size_t j) -> std::size_t& { return changes[i * columns + j]; };
-    for (std::size_t i = 0; i <= number.size(); ++i)
-      for (std::size_t j = 0; j <= read.size(); ++j) {
-        if (i == 0 || j == 0) {
-          at(i, j) = i + j;
-          continue;
-        }
-        const std::size_t replaced = at(i - 1, j - 1) + (number[i - 1] == read[j - 1] ? 0 : 1);
-        at(i, j) = std::min({replaced, at(i - 1, j) + 1, at(i, j - 1) + 1});
-      }
-    for (std::size_t i = number.size(), j = read.size(); i > 0 && j > 0;) {
-      const bool same = number[i - 1] == read[j - 1];
-      if (at(i, j) == at(i - 1, j - 1) + (same ? 0 : 1)) {
-        if (same) ++agreeing[i - 1];
-        --i;
-        --j;
-      } else if (at(i, j) == at(i - 1, j) + 1) {
-        --i;
-      } else {
-        --j;
-      }
-    }
+    const auto isSame = [&](std::size_t i, std::size_t j) { return number[i] == read[j]; };
+    const auto partners =
+        aligned(number.size(), read.size(), 1, [&](std::size_t i, std::size_t j) { return isSame(i, j) ? 0.0 : 1.0; });
+    for (std::size_t i = 0; i < number.size(); ++i)
+      if (const auto& partner = partners[i]; partner && isSame(i, *partner)) ++agreeing[i];
   }
   return static_cast<double>(*std::ranges::min_element(agreeing)) / static_cast<double>(looks.size());
 }
@@ -242,25 +220,25 @@ bool passesAsCardNumber(std::string_view digits) {
 
 VotedDigits vote(std::span<const SeenDigits> looks) {
   const std::vector<Place> places = bestPlaces(looks);
-  const std::size_t none = places.size();
-  std::optional<Change> change;
-  if (!passesAsCardNumber(digitsWith(places, looks.size(), none, {}))) change = decidingChange(places, looks.size());
+  std::vector<Choice> choices(places.size());
+  std::ranges::transform(places, choices.begin(), [&](const Place& place) { return mostSay(place, looks.size()); });
+  double least = leastAgreement;
+  if (!passesAsCardNumber(textOf(choices)))
+    if (auto changed = decided(choices, places, looks.size())) {
+      choices = *std::move(changed);
+      least *= disputedShare;
+    }
 
-  VotedDigits voted;
+  VotedDigits voted{.digits = textOf(choices), .agreement = {}, .positions = {}};
   for (std::size_t i = 0; i < places.size(); ++i) {
-    const Place& place = places[i];
-    Choice choice;
-    if (2 * place.seen > static_cast<int>(looks.size())) choice.digit = likeliest(place.probabilities);
-    if (change && change->place == i) choice = change->choice;
-    if (!choice.digit) continue;
-    voted.digits += asCharacter(*choice.digit);
-    voted.positions.push_back(place.position);
-    voted.agreement.push_back(static_cast<double>(place.votes[*choice.digit]) / static_cast<double>(looks.size()));
+    const Choice& choice = choices[i];
+    if (!choice) continue;
+    voted.positions.push_back(places[i].position);
+    voted.agreement.push_back(static_cast<double>(places[i].votes[*choice]) / static_cast<double>(looks.size()));
   }
   if (!passesAsCardNumber(voted.digits)) return voted;
   const double mean = std::accumulate(voted.agreement.begin(), voted.agreement.end(), 0.0) /
                       static_cast<double>(voted.agreement.size());
-  const double least = change ? disputedShare * leastAgreement : leastAgreement;
   voted.isSound = voted.confidence() >= least && mean >= leastMeanAgreement && standInGroups(voted.positions);
   return voted;
 }

@@ -30,9 +30,8 @@ struct VotedDigits {
 /// dispute makes it one, that digit is taken.
 VotedDigits vote(std::span<const SeenDigits> looks);
 
-/// How far the looks bear a number out that was read otherwise: the least share of them that read a digit of it so, 0
-/// to
-/// 1. Each look is aligned with the number by the fewest changes (Levenshtein).
+/// How far the looks bear a number out that was read otherwise: the least share of them that read a digit of it so,
+/// 0 to 1. Each look is aligned with the number by the fewest changes (Levenshtein).
 double supportFor(std::string_view number, std::span<const SeenDigits> looks);
 
 /// The digits of a look, each the likeliest.

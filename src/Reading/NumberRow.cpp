@@ -57,7 +57,7 @@ constexpr std::array<Look, 6> furtherLooks{{
     {DigitReader::thorough, 0.92, -0.05, 0.95},
 }};
 
-/// How much a look resembles a row of digits: its digits by their probabilities, less what is crowded.
+/// How much a look resembles a row of digits: as many as it saw, each as far as it is sure of it.
 double scoreOf(const SeenDigits& look) {
   double score = 0;
   for (const SeenDigit& digit : look) score += *std::ranges::max_element(digit.probabilities);

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "Reading/BankNameRepair.h"
-#include "Reading/CardHolder.h"
 #include "Reading/CorrectionRules.h"
 #include "Utils/ChineseText.h"
 #include "Utils/RegexHelper.h"
@@ -151,11 +150,9 @@ Observations postCorrected(Observations observations, SceneType scene) {
   return withContinuedValues(std::move(observations), scene);
 }
 
-Record withoutImpossibleFields(Record record) {
+Record withoutLabels(Record record) {
   if (auto* front = std::get_if<IDCardFrontInfo>(&record)) dropLabels(*front);
   if (auto* back = std::get_if<IDCardBackInfo>(&record)) dropLabels(*back);
-  if (auto* card = std::get_if<BankCardInfo>(&record); card && card->cardholderName)
-    card->cardholderName = mendedHolder(*card->cardholderName);
   return record;
 }
 

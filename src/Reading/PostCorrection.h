@@ -9,8 +9,7 @@ namespace pravik {
 /// function, which any engine profits from.
 Observations postCorrected(Observations observations, SceneType scene);
 
-/// Empties the fields of a record that no card can have, those that are a label of the document, and mends a bank
-/// card's holder whose name cannot be spelt so.
-Record withoutImpossibleFields(Record record);
+/// The record with the fields empty that are a label of the document: no card has such a value.
+Record withoutLabels(Record record);
 
 }  // namespace pravik

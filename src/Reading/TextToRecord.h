@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "Parsers/BankCardParser.h"
 #include "Records/DocumentKind.h"
 #include "Records/Observation.h"
 
@@ -14,5 +15,9 @@ enum class TextHandling : std::uint8_t { corrected, literal };
 /// have no text.
 std::optional<Record> recordIn(const Observations& observations, OCRScanMode mode,
                                TextHandling handling = TextHandling::corrected);
+/// The same for blocks that are post-corrected already.
+std::optional<Record> recordInCorrected(const Observations& corrected, OCRScanMode mode);
+/// What post-corrected blocks give of a bank card without its number.
+PartialBankCardInfo partialCardInCorrected(const Observations& corrected);
 
 }  // namespace pravik

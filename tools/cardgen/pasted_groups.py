@@ -5,6 +5,7 @@ alike, as those of one card do.
 """
 
 import dataclasses
+import functools
 import pathlib
 import random
 
@@ -32,6 +33,7 @@ class Group:
         return np.append(self.picture.mean(axis=(0, 1)), self.picture.std())
 
 
+@functools.cache
 def load(folder):
     """The groups of a folder in the order of their names; SystemExit when there are not enough."""
     paths = sorted(pathlib.Path(folder).glob("*.png"))

@@ -261,7 +261,7 @@ TEST(PostCorrection, EmptiesFieldsThatAreALabel) {
     IDCardFrontInfo info;
     info.name = name;
     info.address = address;
-    info = std::get<IDCardFrontInfo>(withoutImpossibleFields(info));
+    info = std::get<IDCardFrontInfo>(withoutLabels(info));
     return info.name + "/" + info.address;
   };
   EXPECT_EQ(remaining("出生", "公民身份号码"), "/");
