@@ -234,17 +234,20 @@ bool ImagePreprocessor::showsRectangle(const Image& image) const {
   return bitmap && !rectanglesIn(*bitmap).empty();
 }
 
-std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image& image) const {
+ImagePreprocessor::FoundCard ImagePreprocessor::findCard(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
-  if (!bitmap) return std::nullopt;
+  if (!bitmap) return {};
   if (!renderer_) {
     OCRLogger::debug([] { return std::string("透视矫正: 没有可用的图像渲染器，跳过"); });
-    return std::nullopt;
+    return {};
   }
   const std::vector<RectangleObservation> rectangles = rectanglesIn(*bitmap);
-  if (rectangles.empty()) return std::nullopt;
+  if (rectangles.empty()) return {};
   const RectangleObservation& card = rectangles.front();
+  return {.outline = inPixels(flipped(card.corners), bitmap->size()), .straightened = straightened(*bitmap, card)};
+}
 
+std::optional<Image> ImagePreprocessor::straightened(const Bitmap& bitmap, const RectangleObservation& card) const {
   const double area = card.boundingBox.area();
   if (area < minimumRectangleArea) {
     OCRLogger::debug([&] { return formatted("透视矫正: 检测矩形面积过小 (area={:.3f})，跳过", area); });
@@ -256,8 +259,8 @@ std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image
     return std::nullopt;
   }
 
-  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, bitmap->size())}};
-  const std::optional<Bitmap> corrected = renderer_->render(*bitmap, correction);
+  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, bitmap.size())}};
+  const std::optional<Bitmap> corrected = renderer_->render(bitmap, correction);
   if (!corrected) {
     OCRLogger::debug([] { return std::string("透视矫正: 渲染失败，跳过"); });
     return std::nullopt;
@@ -265,7 +268,7 @@ std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image
   const int width = corrected->width();
   const int height = corrected->height();
   const double ratio = static_cast<double>(width) / std::max(height, 1);
-  if (width < minimumCorrectedWidth * bitmap->width() || ratio < minimumCorrectedAspect) {
+  if (width < minimumCorrectedWidth * bitmap.width() || ratio < minimumCorrectedAspect) {
     OCRLogger::debug(
         [&] { return formatted("透视矫正: 矫正结果异常（比例={:.2f}, {}×{}），已丢弃", ratio, width, height); });
     return std::nullopt;

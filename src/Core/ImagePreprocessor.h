@@ -55,6 +55,14 @@ class ImagePreprocessor {
     std::string_view label;
   };
 
+  /// A card in a photo.
+  struct FoundCard {
+    /// The card's outline in the upright photo, in pixels from the top left; absent when none was found.
+    std::optional<Quadrilateral> outline;
+    /// What attemptPerspectiveCorrection() gives.
+    std::optional<Image> straightened;
+  };
+
   ImagePreprocessor(std::shared_ptr<const ImageRenderer> renderer, std::shared_ptr<const RectangleDetector> detector);
 
   /// The photo upright and enhanced by what its statistics ask for. Nothing when the image has no pixels or the
@@ -64,9 +72,11 @@ class ImagePreprocessor {
   /// The photo upright and enhanced with the fixed preset of the second try.
   std::optional<Bitmap> preprocessForBankCardEnhanced(const Image& image) const;
 
+  /// Where a photo shows a card.
+  FoundCard findCard(const Image& image) const;
   /// The card cut out and straightened. Nothing when no rectangle was found, or it is too small, square to the
   /// frame already, or gave an implausible result.
-  std::optional<Image> attemptPerspectiveCorrection(const Image& image) const;
+  std::optional<Image> attemptPerspectiveCorrection(const Image& image) const { return findCard(image).straightened; }
 
   /// Whether a rectangle that may be a card is seen in the photo; false when the detector fails.
   bool showsRectangle(const Image& image) const;
@@ -85,6 +95,7 @@ class ImagePreprocessor {
 
  private:
   std::vector<RectangleObservation> rectanglesIn(const Bitmap& bitmap) const;
+  std::optional<Image> straightened(const Bitmap& bitmap, const RectangleObservation& card) const;
   std::optional<Bitmap> preprocess(const Image& image, Scene scene) const;
   std::optional<Bitmap> enhance(const Bitmap& bitmap, const AdaptiveParams& params) const;
 

@@ -86,6 +86,10 @@ inline Point flipped(const Point& point) {
 inline Rect flipped(const Rect& rect) {
   return {rect.x, 1 - rect.maxY(), rect.width, rect.height};
 }
+inline Quadrilateral flipped(const Quadrilateral& corners) {
+  return {flipped(corners.topLeft), flipped(corners.topRight), flipped(corners.bottomLeft),
+          flipped(corners.bottomRight)};
+}
 
 /// All pixels that a rectangle within a picture touches; both in pixels from the top left.
 inline PixelRect touchedPixels(const Rect& rect, const Size& picture) {

@@ -28,8 +28,10 @@ constexpr double numberRowThreshold = 0.03;
 constexpr std::size_t numberRowDigits = 6;
 /// So many variants of the band that agree end the stage.
 constexpr int decidingVotes = 2;
-/// Of a number that was put together from pieces every digit was seen by so many of the looks at its row.
+/// Of a number that was put together from pieces every digit was seen by so many of the looks at its row; of one with
+/// an uncommon length by more.
 constexpr double leastSupport = 0.3;
+constexpr double leastSupportOfUncommonLength = 0.5;
 /// A look that saw fewer digits may have seen another row.
 constexpr std::size_t leastTellingDigits = 12;
 
@@ -42,8 +44,9 @@ struct Findings {
   bool hasText = false;
   /// What the looks at the number's row saw, of every stage.
   std::vector<SeenDigits> looks;
-  /// The number on which they agree; empty when they do not.
-  std::string agreedNumber;
+  /// The card number that they give together; empty when they give none. Whether they agree well enough on it.
+  std::string votedNumber;
+  bool isVoteSound = false;
 };
 
 /// One of the stages that read the whole card.
@@ -79,22 +82,32 @@ std::optional<BankCardInfo> parsedCard(const Observations& observations) {
   return record ? std::optional(std::get<BankCardInfo>(*record)) : std::nullopt;
 }
 
-/// Whether the looks at the row let a number stand. What passes Luhn against them is a chance: one wrong number in ten
-/// does.
+/// Whether the looks at the row let a number stand. What passes Luhn against them is a chance, as one wrong number in
+/// ten does.
 bool isBorneOut(const BankCardInfo& info, const Findings& findings) {
   const std::string digits = asciiDigits(info.cardNumber);
-  if (findings.looks.empty() || digits == findings.agreedNumber || !luhnCheck(digits)) return true;
+  if (findings.looks.empty() || !luhnCheck(digits)) return true;
+  if (digits == findings.votedNumber && findings.isVoteSound) return true;
+  if (!findings.votedNumber.empty() && digits != findings.votedNumber) return false;
   const double support = supportFor(digits, findings.looks);
   OCRLogger::debug([&] { return formatted("卡号 {} 的读取支持度={:.2f}", digits, support); });
-  return support >= leastSupport;
+  return support >= (isCommonLength(digits.size()) ? leastSupport : leastSupportOfUncommonLength);
 }
 
-Image straightened(const ReadingParts& parts, const Image& image) {
+/// A card to be read.
+struct Card {
+  /// The photo, straightened if need be.
+  Image image;
+  /// Where the card lies on it, in pixels from the top left; absent when it fills the image, or was not found.
+  std::optional<Quadrilateral> outline;
+};
+
+Card cardOn(const ReadingParts& parts, const Image& image) {
   parts.debugSaveImage(image, "银行卡-原图");
-  std::optional<Image> corrected = parts.preprocessor.attemptPerspectiveCorrection(image);
-  if (!corrected) return image;
-  parts.debugSaveImage(*corrected, "银行卡-透视矫正");
-  return *std::move(corrected);
+  ImagePreprocessor::FoundCard found = parts.preprocessor.findCard(image);
+  if (!found.straightened) return {image, found.outline};
+  parts.debugSaveImage(*found.straightened, "银行卡-透视矫正");
+  return {*std::move(found.straightened), std::nullopt};
 }
 
 std::optional<Bitmap> preparedFor(const WholeCardStage& stage, const ReadingParts& parts, const Image& card) {
@@ -247,27 +260,26 @@ std::optional<BankCardInfo> fused(const ReadingParts& parts, const Findings& fin
 }
 
 /// The card and the stage that gave its number; absent when none did.
-std::optional<Reading> readInStages(const ReadingParts& parts, const Image& card, Findings& findings) {
+std::optional<Reading> readInStages(const ReadingParts& parts, const Card& card, Findings& findings) {
   const auto reading = [](BankCardInfo info, BankCardStage stage) {
     return Reading{.record = std::move(info), .report = {.unreadReason = std::nullopt, .stage = stage}};
   };
   for (const WholeCardStage& stage : wholeCardStages) {
     if (!parts.goesOn()) break;
-    const std::optional<Bitmap> prepared = preparedFor(stage, parts, card);
+    const std::optional<Bitmap> prepared = preparedFor(stage, parts, card.image);
     if (!prepared) continue;
     Observations observations = blocksOn(parts, *prepared);
-    if (const auto row = readNumberRow(parts, *prepared, observations)) {
+    if (const auto row = readNumberRow(parts, *prepared, card.outline, observations)) {
       std::ranges::copy_if(row->looks, std::back_inserter(findings.looks),
                            [](const SeenDigits& look) { return look.size() >= leastTellingDigits; });
-      if (row->voted.isSound) {
-        findings.agreedNumber = row->voted.digits;
-        observations = withNumberRow(observations, *row, prepared->size());
-      }
+      findings.isVoteSound = row->voted.isSound;
+      findings.votedNumber = passesAsCardNumber(row->voted.digits) ? row->voted.digits : "";
+      if (row->voted.isSound) observations = withNumberRow(observations, *row, prepared->size());
     }
     if (auto info = cardIn(observations, stage, findings)) return reading(*std::move(info), stage.stage);
   }
   if (parts.goesOn())
-    if (auto info = recognizeBankCardWithROI(parts, card, findings))
+    if (auto info = recognizeBankCardWithROI(parts, card.image, findings))
       return reading(*std::move(info), BankCardStage::numberBand);
   if (auto info = fused(parts, findings)) return reading(*std::move(info), BankCardStage::fusion);
   return std::nullopt;
@@ -278,7 +290,7 @@ std::optional<Reading> readInStages(const ReadingParts& parts, const Image& card
 Reading readBankCard(const ReadingParts& parts, const Image& image) {
   if (image.bitmap && !isUsable(image)) throw OCRError::invalidImage();
   Findings findings;
-  if (auto reading = readInStages(parts, straightened(parts, image), findings)) return *std::move(reading);
+  if (auto reading = readInStages(parts, cardOn(parts, image), findings)) return *std::move(reading);
   OCRLogger::error([] { return std::string("银行卡号提取失败"); });
   const bool hasText = findings.hasText;
   if (parts.accumulator) parts.accumulator->add(std::move(findings.pieces), findings.partialInfo);

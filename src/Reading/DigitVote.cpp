@@ -15,9 +15,10 @@
 namespace pravik {
 namespace {
 
-/// Luhn passes one wrong number in ten, so the looks must agree besides: on every digit at least so many of them, and
-/// on all digits together.
+/// Luhn passes one wrong number in ten, so the looks must agree besides: on every digit at least half of them, and on
+/// all digits together. Fewer may agree on a single digit, since Luhn finds every single error.
 constexpr double leastAgreement = 0.5;
+constexpr double leastAgreementOfOne = 0.25;
 constexpr double leastMeanAgreement = 0.75;
 /// A digit is disputed when another one, or nothing, has at least this share of its support.
 constexpr double disputedShare = 0.5;
@@ -187,6 +188,13 @@ std::optional<std::vector<Choice>> decided(const std::vector<Choice>& choices, c
   return disputed <= mostDisputes ? deciding : std::nullopt;
 }
 
+bool areTrusted(const std::vector<double>& agreement) {
+  const auto weak = std::ranges::count_if(agreement, [](double share) { return share < leastAgreement; });
+  const double mean = std::accumulate(agreement.begin(), agreement.end(), 0.0) / static_cast<double>(agreement.size());
+  return weak <= (isCommonLength(agreement.size()) ? 1 : 0) && std::ranges::min(agreement) >= leastAgreementOfOne &&
+         mean >= leastMeanAgreement;
+}
+
 }  // namespace
 
 double VotedDigits::confidence() const {
@@ -196,21 +204,27 @@ double VotedDigits::confidence() const {
 double supportFor(std::string_view number, std::span<const SeenDigits> looks) {
   if (number.empty() || looks.empty()) return 0;
   std::vector<int> agreeing(number.size(), 0);
+  int asLong = 0;
   for (const SeenDigits& look : looks) {
     const std::string read = digitsOf(look);
+    if (read.size() <= number.size() + 1) ++asLong;
     const auto isSame = [&](std::size_t i, std::size_t j) { return number[i] == read[j]; };
     const auto partners =
         aligned(number.size(), read.size(), 1, [&](std::size_t i, std::size_t j) { return isSame(i, j) ? 0.0 : 1.0; });
     for (std::size_t i = 0; i < number.size(); ++i)
       if (const auto& partner = partners[i]; partner && isSame(i, *partner)) ++agreeing[i];
   }
-  return static_cast<double>(*std::ranges::min_element(agreeing)) / static_cast<double>(looks.size());
+  return static_cast<double>(std::min(asLong, *std::ranges::min_element(agreeing))) / static_cast<double>(looks.size());
 }
 
 std::string digitsOf(const SeenDigits& look) {
   std::string digits;
   for (const SeenDigit& digit : look) digits += asCharacter(likeliest(digit.probabilities));
   return digits;
+}
+
+bool isCommonLength(std::size_t digits) {
+  return digits == 16 || digits == 19;
 }
 
 bool passesAsCardNumber(std::string_view digits) {
@@ -222,12 +236,8 @@ VotedDigits vote(std::span<const SeenDigits> looks) {
   const std::vector<Place> places = bestPlaces(looks);
   std::vector<Choice> choices(places.size());
   std::ranges::transform(places, choices.begin(), [&](const Place& place) { return mostSay(place, looks.size()); });
-  double least = leastAgreement;
   if (!passesAsCardNumber(textOf(choices)))
-    if (auto changed = decided(choices, places, looks.size())) {
-      choices = *std::move(changed);
-      least *= disputedShare;
-    }
+    if (auto changed = decided(choices, places, looks.size())) choices = *std::move(changed);
 
   VotedDigits voted{.digits = textOf(choices), .agreement = {}, .positions = {}};
   for (std::size_t i = 0; i < places.size(); ++i) {
@@ -237,9 +247,7 @@ VotedDigits vote(std::span<const SeenDigits> looks) {
     voted.agreement.push_back(static_cast<double>(places[i].votes[*choice]) / static_cast<double>(looks.size()));
   }
   if (!passesAsCardNumber(voted.digits)) return voted;
-  const double mean = std::accumulate(voted.agreement.begin(), voted.agreement.end(), 0.0) /
-                      static_cast<double>(voted.agreement.size());
-  voted.isSound = voted.confidence() >= least && mean >= leastMeanAgreement && standInGroups(voted.positions);
+  voted.isSound = areTrusted(voted.agreement) && standInGroups(voted.positions);
   return voted;
 }
 

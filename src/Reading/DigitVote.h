@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,11 +32,15 @@ struct VotedDigits {
 VotedDigits vote(std::span<const SeenDigits> looks);
 
 /// How far the looks bear a number out that was read otherwise: the least share of them that read a digit of it so,
-/// 0 to 1. Each look is aligned with the number by the fewest changes (Levenshtein).
+/// or that see at most one digit more than it has; 0 to 1. Each look is aligned with the number by the fewest changes
+/// (Levenshtein).
 double supportFor(std::string_view number, std::span<const SeenDigits> looks);
 
 /// The digits of a look, each the likeliest.
 std::string digitsOf(const SeenDigits& look);
+
+/// Whether nearly all cards have so many digits. With another count a digit was more likely lost or made up.
+bool isCommonLength(std::size_t digits);
 
 /// Whether a number has the length, the beginning and the check digit of a bank card.
 bool passesAsCardNumber(std::string_view digits);

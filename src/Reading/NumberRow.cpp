@@ -134,13 +134,27 @@ std::vector<Strip> waysToLie(const PieceRow& row) {
   return strips;
 }
 
+/// The outline of a card that fills the picture.
+Quadrilateral cornersOf(const Size& picture) {
+  return {{0, 0}, {picture.width, 0}, {0, picture.height}, {picture.width, picture.height}};
+}
+
+Point between(const Point& from, const Point& to, double share) {
+  return {from.x + share * (to.x - from.x), from.y + share * (to.y - from.y)};
+}
+
 /// The windows of the whole width of the card where its number may stand.
-std::vector<Strip> windows(const Size& card) {
+std::vector<Strip> windows(const Quadrilateral& card) {
+  const double cardHeight =
+      between(card.bottomLeft, card.bottomRight, 0.5).y - between(card.topLeft, card.topRight, 0.5).y;
   std::vector<Strip> strips;
   for (const double height : windowHeights)
     for (int window = 0; window < windowCount; ++window) {
-      const double y = firstWindow + window * windowStep;
-      strips.push_back({{card.width / 2, y * card.height}, card.width, height * card.height, 0});
+      const double share = firstWindow + window * windowStep;
+      const Point left = between(card.topLeft, card.bottomLeft, share);
+      const Point right = between(card.topRight, card.bottomRight, share);
+      const double width = right.x - left.x;
+      strips.push_back({between(left, right, 0.5), width, height * cardHeight, (right.y - left.y) / width});
     }
   return strips;
 }
@@ -229,21 +243,24 @@ std::optional<NumberRow> confirmedRow(const ReadingParts& parts, const Bitmap& c
 
 }  // namespace
 
-std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& card, const Observations& pieces) {
+std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& picture,
+                                       const std::optional<Quadrilateral>& outline, const Observations& pieces) {
   if (!parts.recognizer.readsDigits()) return std::nullopt;
-  const auto ofPieces = rowOfPieces(pieces, card.size());
+  const auto ofPieces = rowOfPieces(pieces, picture.size());
   if (ofPieces)
-    if (auto row = confirmedRow(parts, card, *ofPieces)) return row;
-  std::vector<Strip> strips = windows(card.size());
+    if (auto row = confirmedRow(parts, picture, *ofPieces)) return row;
+  std::vector<Strip> strips = windows(outline.value_or(cornersOf(picture.size())));
   if (ofPieces)
-    for (const double height : {0.65, 0.85})
-      strips.push_back(
-          {{card.width() / 2.0, ofPieces->strip.middle.y}, 1.0 * card.width(), height * ofPieces->strip.height, 0});
-  const auto found = bestOf(parts, card, strips);
+    for (const double height : {0.65, 0.85}) {
+      strips.push_back(strips.front());
+      strips.back().middle.y = ofPieces->strip.middle.y;
+      strips.back().height = height * ofPieces->strip.height;
+    }
+  const auto found = bestOf(parts, picture, strips);
   if (!found || found->score < leastScore) return std::nullopt;
-  const auto fit = fitted(parts, card, found->strip);
+  const auto fit = fitted(parts, picture, found->strip);
   if (!fit || fit->score < leastScore) return std::nullopt;
-  NumberRow row = read(parts, card, trimmed(*fit));
+  NumberRow row = read(parts, picture, trimmed(*fit));
   OCRLogger::debug([&] {
     return formatted("卡号行: '{}' 一致度={:.2f} ({}次读取) {}", row.voted.digits, row.voted.confidence(),
                      row.looks.size(), row.voted.isSound ? "可信" : "不可信");

@@ -21,10 +21,12 @@ struct NumberRow {
   std::vector<SeenDigits> looks;
 };
 
-/// Looks for the row of the number on a card that fills the picture, reads it in several looks until they agree, and
-/// gives it whether they do or not (`voted.isSound`). `pieces` are the blocks of text found on the same picture: they
-/// tell where to look first. Absent when no row of digits is seen, and with an engine that does not read digits alone.
-std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& card, const Observations& pieces);
+/// Looks for the row of the number on a card, reads it in several looks until they agree, and gives it whether they do
+/// or not (`voted.isSound`). `outline` is that of the card on the picture, in pixels from the top left; absent for a
+/// card that fills it. `pieces` are the blocks of text found on the same picture: they tell where to look first. Absent
+/// when no row of digits is seen, and with an engine that does not read digits alone.
+std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& picture,
+                                       const std::optional<Quadrilateral>& outline, const Observations& pieces);
 
 /// The blocks with the row as one of them, in place of the pieces that it covers.
 Observations withNumberRow(const Observations& observations, const NumberRow& row, const Size& picture);

@@ -38,6 +38,21 @@ TEST(DigitVote, TakesWhatMostLooksReadAndTrustsItWhenItPassesAsACardNumber) {
        false},
       {"half misread a digit: Luhn decides", {"6222 0212 8456 7894", "6222 0212 3456 7894"}, "6222021234567894", true},
       {"a number in the groups of none", {"622 20212 3456 7894", "622 20212 3456 7894"}, "6222021234567894", false},
+      {"less than half of the looks read one digit: Luhn would have told a wrong one",
+       {"6222 0212 3456 7894", "6222 0212 3156 7894", "6222 0212 3956 7894", "6222 0212 3456 7894",
+        "6222 0212 3856 7894"},
+       "6222021234567894",
+       true},
+      {"the same with two digits",
+       {"6222 0212 3456 7894", "6222 0212 3156 1894", "6222 0212 3956 9894", "6222 0212 3456 7894",
+        "6222 0212 3856 8894"},
+       "6222021234567894",
+       false},
+      {"the same with one digit of an uncommon length",
+       {"6222 0212 3456 789350", "6222 0212 3156 789350", "6222 0212 3956 789350", "6222 0212 3456 789350",
+        "6222 0212 3856 789350"},
+       "622202123456789350",
+       false},
       {"nineteen in one run", {"6222021234567890128", "6222021234567890128"}, "6222021234567890128", true},
       {"seventeen digits where the network has sixteen",
        {"41111111111111113", "41111111111111113"},
@@ -67,6 +82,7 @@ TEST(DigitVote, TellsHowFarLooksBearANumberOut) {
   EXPECT_DOUBLE_EQ(supportFor("6222021284567894", looks), 1.0 / 3);
   EXPECT_DOUBLE_EQ(supportFor("6222021234567897", looks), 0);
   EXPECT_DOUBLE_EQ(supportFor("6222021234567894", {}), 0);
+  EXPECT_DOUBLE_EQ(supportFor("6222021234567", looks), 0) << "the looks see more digits";
 }
 
 }  // namespace

@@ -70,7 +70,7 @@ ReadingParts partsWith(std::shared_ptr<const TextEngine> engine) {
 TEST(NumberRow, IsFoundAndCutTightWithoutAnyPieceOfIt) {
   for (const double slope : {0.0, 0.03}) {
     const auto engine = std::make_shared<DarkRowEngine>();
-    const auto row = readNumberRow(partsWith(engine), cardWithARow(slope), {});
+    const auto row = readNumberRow(partsWith(engine), cardWithARow(slope), std::nullopt, {});
     ASSERT_TRUE(row) << slope;
     EXPECT_EQ(row->voted.digits, number);
     EXPECT_TRUE(row->voted.isSound);
@@ -80,10 +80,27 @@ TEST(NumberRow, IsFoundAndCutTightWithoutAnyPieceOfIt) {
   }
 }
 
+TEST(NumberRow, IsFoundOnACardThatFillsAPartOfThePicture) {
+  const auto pixels = allocatePixels(PixelFormat::grey8, 2 * cardWidth, 2 * cardHeight);
+  std::fill_n(pixels.get(), 4 * cardWidth * cardHeight, std::uint8_t{230});
+  constexpr int left = 300, top = 40;
+  for (int y = top + rowMiddle - rowHeight / 2; y < top + rowMiddle + rowHeight / 2; ++y)
+    std::fill_n(pixels.get() + y * 2 * cardWidth + left, cardWidth, std::uint8_t{20});
+  const Bitmap photo(PixelFormat::grey8, 2 * cardWidth, 2 * cardHeight, 2 * cardWidth, pixels);
+  const Quadrilateral outline{
+      {left, top}, {left + cardWidth, top}, {left, top + cardHeight}, {left + cardWidth, top + cardHeight}};
+  const auto parts = partsWith(std::make_shared<DarkRowEngine>());
+  EXPECT_FALSE(readNumberRow(parts, photo, std::nullopt, {}));
+  const auto row = readNumberRow(parts, photo, outline, {});
+  ASSERT_TRUE(row);
+  EXPECT_NEAR(row->strip.middle.y, top + rowMiddle, 4);
+  EXPECT_NEAR(row->strip.middle.x, left + cardWidth / 2.0, cardWidth / 10.0);
+}
+
 TEST(NumberRow, IsConfirmedByOneLookWhenThePiecesAreSound) {
   const auto engine = std::make_shared<DarkRowEngine>();
   const Observations pieces{{"6222 0212", 0.9F, {0.1, 0.35, 0.35, 0.1}}, {"3456 7894", 0.9F, {0.5, 0.35, 0.35, 0.1}}};
-  const auto row = readNumberRow(partsWith(engine), cardWithARow(0), pieces);
+  const auto row = readNumberRow(partsWith(engine), cardWithARow(0), std::nullopt, pieces);
   ASSERT_TRUE(row);
   EXPECT_TRUE(row->voted.isSound);
   EXPECT_EQ(engine->looks, 1U);
@@ -93,9 +110,9 @@ TEST(NumberRow, IsAbsentWithoutDigitsAndWithAnEngineThatReadsNone) {
   const auto pixels = allocatePixels(PixelFormat::grey8, cardWidth, cardHeight);
   std::fill_n(pixels.get(), cardWidth * cardHeight, std::uint8_t{230});
   const Bitmap blank(PixelFormat::grey8, cardWidth, cardHeight, cardWidth, pixels);
-  EXPECT_FALSE(readNumberRow(partsWith(std::make_shared<DarkRowEngine>()), blank, {}));
-  EXPECT_FALSE(readNumberRow(partsWith(std::make_shared<test::FakeTextEngine>()), cardWithARow(0), {}));
-  EXPECT_FALSE(readNumberRow(partsWith(nullptr), cardWithARow(0), {}));
+  EXPECT_FALSE(readNumberRow(partsWith(std::make_shared<DarkRowEngine>()), blank, std::nullopt, {}));
+  EXPECT_FALSE(readNumberRow(partsWith(std::make_shared<test::FakeTextEngine>()), cardWithARow(0), std::nullopt, {}));
+  EXPECT_FALSE(readNumberRow(partsWith(nullptr), cardWithARow(0), std::nullopt, {}));
 }
 
 TEST(NumberRow, TakesThePlaceOfThePiecesItCovers) {
