@@ -96,7 +96,7 @@ void measureWindow(WatchedApplication& application, const std::string& clip) {
   const auto& preview = dynamic_cast<const PreviewView&>(*scanner.screen().view().subviews().front());
   const Image photo{.bitmap = preview.session->previewPicture()};
   std::atomic<bool> isOver = false;
-  std::jthread recognitions([&] {
+  const std::jthread recognitions([&] {
     while (!isOver) static_cast<void>(syncWait(sdk.recognizeBankCard(photo)));
   });
   test::wait(1s);

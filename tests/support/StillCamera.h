@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 #include "support/FakeCamera.h"
 
@@ -34,7 +35,7 @@ class StillCamera : public FakeCaptureSystem {
     Bitmap picture;
     std::mutex mutex;
 
-    explicit Scene(const Bitmap& first) : picture(first) {}
+    explicit Scene(Bitmap first) : picture(std::move(first)) {}
   };
 
   Bitmap look() const {

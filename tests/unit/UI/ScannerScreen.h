@@ -17,12 +17,12 @@ struct Phone : FakeParts {
   std::shared_ptr<FakeStage> stage = std::make_shared<FakeStage>(dispatch);
   std::shared_ptr<FakeCaptureSystem> camera = std::make_shared<FakeCaptureSystem>();
   Platform platform = makePlatform(dispatch);
-  std::optional<PravikSDK> sdk;
+  std::unique_ptr<PravikSDK> sdk;
 
   Phone() {
     platform.stage = stage;
     platform.captureSystem = camera;
-    sdk.emplace(platform);
+    sdk = std::make_unique<PravikSDK>(platform);
     camera->session->preview = plainPicture(640, 1280, 0, 0, 0);
     camera->session->offeredTypes = {{"AVMetadataObjectTypeQRCode"}};
     engine->blocks = portraitSide();
