@@ -234,6 +234,12 @@ bool ImagePreprocessor::showsRectangle(const Image& image) const {
   return bitmap && !rectanglesIn(*bitmap).empty();
 }
 
+std::optional<Bitmap> ImagePreprocessor::straightened(const Bitmap& bitmap, const Quadrilateral& corners) const {
+  if (!renderer_) return std::nullopt;
+  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{corners}};
+  return renderer_->render(bitmap, correction);
+}
+
 std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
   if (!bitmap) return std::nullopt;
@@ -256,8 +262,7 @@ std::optional<Image> ImagePreprocessor::attemptPerspectiveCorrection(const Image
     return std::nullopt;
   }
 
-  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, bitmap->size())}};
-  const std::optional<Bitmap> corrected = renderer_->render(*bitmap, correction);
+  const std::optional<Bitmap> corrected = straightened(*bitmap, inPixels(card.corners, bitmap->size()));
   if (!corrected) {
     OCRLogger::debug([] { return std::string("透视矫正: 渲染失败，跳过"); });
     return std::nullopt;

@@ -68,6 +68,10 @@ class ImagePreprocessor {
   /// frame already, or gave an implausible result.
   std::optional<Image> attemptPerspectiveCorrection(const Image& image) const;
 
+  /// The part of a bitmap within a quadrilateral, straightened to a rectangle; pixels, origin at the lower left. Beyond
+  /// the bitmap its edge is repeated. Nothing when the rendering fails.
+  std::optional<Bitmap> straightened(const Bitmap& bitmap, const Quadrilateral& corners) const;
+
   /// Whether a rectangle that may be a card is seen in the photo; false when the detector fails.
   bool showsRectangle(const Image& image) const;
 
