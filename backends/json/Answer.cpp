@@ -25,10 +25,10 @@ Answer recordAnswer(const Record& record) {
 }
 
 Answer readingAnswer(const Reading& reading) {
-  if (reading.record) return recordAnswer(*reading.record);
-  Answer answer = answerOf(reading.record.error());
+  Answer answer = reading.record ? recordAnswer(*reading.record) : answerOf(reading.record.error());
   if (const auto reason = reading.report.unreadReason)
     answer["report"] = {{"reason", codeOf(*reason)}, {"text", chineseText(*reason)}};
+  if (const int degrees = reading.report.turned) answer["turned"] = degrees;
   return answer;
 }
 

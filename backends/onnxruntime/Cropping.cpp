@@ -9,9 +9,6 @@
 namespace pravik::ppocr {
 namespace {
 
-/// A box this much higher than wide holds a line on its side; a single narrow character stays upright.
-constexpr float tallRatio = 1.5F;
-
 /// Whole pixels around the box, inside the picture, so that only these are converted.
 cv::Rect surroundings(const TextBox& box, cv::Size picture) {
   const cv::Rect2f bounds = box.bounds();
@@ -22,10 +19,6 @@ cv::Rect surroundings(const TextBox& box, cv::Size picture) {
 }
 
 }  // namespace
-
-bool isTall(const TextBox& box) {
-  return box.height() >= tallRatio * box.width();
-}
 
 cv::Mat cropOf(const cv::Mat& picture, const TextBox& box) {
   const cv::Rect area = surroundings(box, picture.size());
@@ -39,7 +32,7 @@ cv::Mat cropOf(const cv::Mat& picture, const TextBox& box) {
   cv::warpPerspective(toBgr(picture(area)), crop, cv::getPerspectiveTransform(from.data(), to.data()),
                       cv::Size(static_cast<int>(width), static_cast<int>(height)), cv::INTER_CUBIC,
                       cv::BORDER_REPLICATE);
-  if (isTall(box)) cv::rotate(crop, crop, cv::ROTATE_90_COUNTERCLOCKWISE);
+  if (box.isTall()) cv::rotate(crop, crop, cv::ROTATE_90_COUNTERCLOCKWISE);
   return crop;
 }
 

@@ -10,7 +10,4 @@ namespace pravik::ppocr {
 /// box is a line that runs down or up: it is turned a quarter counter-clockwise.
 cv::Mat cropOf(const cv::Mat& picture, const TextBox& box);
 
-/// Whether `cropOf` turns this box.
-bool isTall(const TextBox& box);
-
 }  // namespace pravik::ppocr

@@ -105,6 +105,7 @@ std::vector<RecognizedText> OnnxTextEngine::textsOn(const Bitmap& bitmap, const 
   const auto minimumHeight = request.minimumTextHeight * static_cast<float>(picture.rows);
   std::erase_if(boxes, [&](const TextBox& box) { return std::min(box.width(), box.height()) < minimumHeight; });
   ppocr::sortInReadingOrder(boxes);
+  ppocr::layAlike(boxes);
 
   std::vector<cv::Mat> lines;
   lines.reserve(boxes.size());
@@ -125,7 +126,7 @@ std::vector<RecognizedText> OnnxTextEngine::textsOn(const Bitmap& bitmap, const 
   std::vector<RecognizedText> texts;
   for (std::size_t i = 0; i < boxes.size(); ++i)
     if (readings[i].confidence >= noiseConfidence)
-      texts.push_back({std::move(readings[i]), normalised(boxes[i], picture.size())});
+      texts.push_back({std::move(readings[i]), normalised(boxes[i], picture.size()), boxes[i].direction()});
   return texts;
 }
 

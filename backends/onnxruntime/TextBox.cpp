@@ -1,10 +1,16 @@
 #include "backends/onnxruntime/TextBox.h"
 
 #include <algorithm>
+#include <cmath>
 #include <opencv2/core.hpp>
 
 namespace pravik::ppocr {
 namespace {
+
+/// A box this much higher than wide holds a line on its side; a single narrow character stays upright.
+constexpr float tallRatio = 1.5F;
+/// Lines whose directions are further apart than this in degrees run against each other.
+constexpr double opposed = 120;
 
 float distance(const cv::Point2f& a, const cv::Point2f& b) {
   return static_cast<float>(cv::norm(a - b));
@@ -26,9 +32,26 @@ cv::Rect2f TextBox::bounds() const {
   return {left, top, right - left, bottom - top};
 }
 
+bool TextBox::isTall() const {
+  return height() >= tallRatio * width();
+}
+
+double TextBox::direction() const {
+  const cv::Point2f along = corners[isTall() ? 3 : 1] - corners[0];
+  return std::atan2(along.y, along.x) * 180 / CV_PI;
+}
+
 TextBox turned(const TextBox& box) {
   const auto& [topLeft, topRight, bottomRight, bottomLeft] = box.corners;
   return {{bottomRight, bottomLeft, topLeft, topRight}, box.score};
+}
+
+void layAlike(std::vector<TextBox>& boxes) {
+  if (boxes.empty()) return;
+  const auto length = [](const TextBox& box) { return std::max(box.width(), box.height()); };
+  const double direction = std::ranges::max_element(boxes, {}, length)->direction();
+  for (TextBox& box : boxes)
+    if (std::abs(std::remainder(box.direction() - direction, 360)) > opposed) box = turned(box);
 }
 
 TextBox withMargin(const TextBox& box, float heights) {

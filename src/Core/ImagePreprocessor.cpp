@@ -234,6 +234,12 @@ bool ImagePreprocessor::showsRectangle(const Image& image) const {
   return bitmap && !rectanglesIn(*bitmap).empty();
 }
 
+std::optional<Bitmap> ImagePreprocessor::straightened(const Bitmap& bitmap, const Quadrilateral& corners) const {
+  if (!renderer_) return std::nullopt;
+  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{corners}};
+  return renderer_->render(bitmap, correction);
+}
+
 ImagePreprocessor::FoundCard ImagePreprocessor::findCard(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
   if (!bitmap) return {};
@@ -244,10 +250,10 @@ ImagePreprocessor::FoundCard ImagePreprocessor::findCard(const Image& image) con
   const std::vector<RectangleObservation> rectangles = rectanglesIn(*bitmap);
   if (rectangles.empty()) return {};
   const RectangleObservation& card = rectangles.front();
-  return {.outline = inPixels(flipped(card.corners), bitmap->size()), .straightened = straightened(*bitmap, card)};
+  return {.outline = inPixels(flipped(card.corners), bitmap->size()), .straightened = corrected(*bitmap, card)};
 }
 
-std::optional<Image> ImagePreprocessor::straightened(const Bitmap& bitmap, const RectangleObservation& card) const {
+std::optional<Image> ImagePreprocessor::corrected(const Bitmap& bitmap, const RectangleObservation& card) const {
   const double area = card.boundingBox.area();
   if (area < minimumRectangleArea) {
     OCRLogger::debug([&] { return formatted("透视矫正: 检测矩形面积过小 (area={:.3f})，跳过", area); });
@@ -259,14 +265,13 @@ std::optional<Image> ImagePreprocessor::straightened(const Bitmap& bitmap, const
     return std::nullopt;
   }
 
-  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{inPixels(card.corners, bitmap.size())}};
-  const std::optional<Bitmap> corrected = renderer_->render(bitmap, correction);
-  if (!corrected) {
+  const std::optional<Bitmap> result = straightened(bitmap, inPixels(card.corners, bitmap.size()));
+  if (!result) {
     OCRLogger::debug([] { return std::string("透视矫正: 渲染失败，跳过"); });
     return std::nullopt;
   }
-  const int width = corrected->width();
-  const int height = corrected->height();
+  const int width = result->width();
+  const int height = result->height();
   const double ratio = static_cast<double>(width) / std::max(height, 1);
   if (width < minimumCorrectedWidth * bitmap.width() || ratio < minimumCorrectedAspect) {
     OCRLogger::debug(
@@ -277,7 +282,7 @@ std::optional<Image> ImagePreprocessor::straightened(const Bitmap& bitmap, const
     return formatted("透视矫正: confidence={:.2f}, offset={:.3f}, 矫正后 {}×{}", card.confidence, offset, width,
                      height);
   });
-  return Image{.bitmap = corrected};
+  return Image{.bitmap = result};
 }
 
 std::optional<Bitmap> ImagePreprocessor::cropToCardNumberRegion(const Bitmap& bitmap) const {

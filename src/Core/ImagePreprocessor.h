@@ -78,6 +78,10 @@ class ImagePreprocessor {
   /// frame already, or gave an implausible result.
   std::optional<Image> attemptPerspectiveCorrection(const Image& image) const { return findCard(image).straightened; }
 
+  /// The part of a bitmap within a quadrilateral, straightened to a rectangle; pixels, origin at the lower left. Beyond
+  /// the bitmap its edge is repeated. Nothing when the rendering fails.
+  std::optional<Bitmap> straightened(const Bitmap& bitmap, const Quadrilateral& corners) const;
+
   /// Whether a rectangle that may be a card is seen in the photo; false when the detector fails.
   bool showsRectangle(const Image& image) const;
 
@@ -95,7 +99,7 @@ class ImagePreprocessor {
 
  private:
   std::vector<RectangleObservation> rectanglesIn(const Bitmap& bitmap) const;
-  std::optional<Image> straightened(const Bitmap& bitmap, const RectangleObservation& card) const;
+  std::optional<Image> corrected(const Bitmap& bitmap, const RectangleObservation& card) const;
   std::optional<Bitmap> preprocess(const Image& image, Scene scene) const;
   std::optional<Bitmap> enhance(const Bitmap& bitmap, const AdaptiveParams& params) const;
 

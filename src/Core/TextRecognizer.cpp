@@ -12,7 +12,8 @@ Observations observationsFrom(std::vector<RecognizedText> blocks) {
   observations.reserve(blocks.size());
   for (RecognizedText& block : blocks) {
     if (!block.topCandidate) continue;
-    observations.push_back({std::move(block.topCandidate->text), block.topCandidate->confidence, block.boundingBox});
+    observations.push_back(
+        {std::move(block.topCandidate->text), block.topCandidate->confidence, block.boundingBox, block.direction});
   }
   return observations;
 }

@@ -43,6 +43,10 @@ struct RecognizedText {
   std::optional<TextCandidate> topCandidate;
   /// Normalised to 0...1 in both directions, origin at the lower left of the picture.
   Rect boundingBox;
+  /// The direction in which the text runs, in degrees clockwise: 0 for text that stands upright, 90 for text that runs
+  /// from the top to the bottom, 180 for text on its head. Absent when the engine does not tell; a picture is then
+  /// read as it lies.
+  std::optional<double> direction = {};
 };
 
 /// A digit seen on a picture of a row of digits.

@@ -17,6 +17,7 @@
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
 #include "Reading/TextToRecord.h"
+#include "Reading/UprightPicture.h"
 #include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/Text.h"
@@ -261,14 +262,17 @@ std::optional<BankCardInfo> fused(const ReadingParts& parts, const Findings& fin
 
 /// The card and the stage that gave its number; absent when none did.
 std::optional<Reading> readInStages(const ReadingParts& parts, const Card& card, Findings& findings) {
-  const auto reading = [](BankCardInfo info, BankCardStage stage) {
-    return Reading{.record = std::move(info), .report = {.unreadReason = std::nullopt, .stage = stage}};
+  const auto reading = [&](BankCardInfo info, BankCardStage stage) {
+    return Reading{.record = std::move(info),
+                   .report = {.unreadReason = std::nullopt, .stage = stage, .turned = parts.turned}};
   };
   for (const WholeCardStage& stage : wholeCardStages) {
     if (!parts.goesOn()) break;
     const std::optional<Bitmap> prepared = preparedFor(stage, parts, card.image);
     if (!prepared) continue;
     Observations observations = blocksOn(parts, *prepared);
+    if (const auto upright = turnedUpright(parts, card.image, observations))
+      return readBankCard(upright->parts, upright->image);
     if (const auto row = readNumberRow(parts, *prepared, card.outline, observations)) {
       std::ranges::copy_if(row->looks, std::back_inserter(findings.looks),
                            [](const SeenDigits& look) { return look.size() >= leastTellingDigits; });

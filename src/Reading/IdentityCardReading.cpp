@@ -5,18 +5,23 @@
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
 #include "Reading/TextToRecord.h"
+#include "Reading/UprightPicture.h"
 #include "Utils/OCRLogger.h"
 
 namespace pravik {
 namespace {
 
-/// Throws invalidImage when there is nothing to prepare.
-Bitmap prepared(const ReadingParts& parts, const Image& image) {
-  if (!isUsable(image)) throw OCRError::invalidImage();
+Image straightened(const ReadingParts& parts, const Image& image) {
   parts.debugSaveImage(image, "身份证-原图");
-  const std::optional<Image> corrected = parts.preprocessor.attemptPerspectiveCorrection(image);
-  if (corrected) parts.debugSaveImage(*corrected, "身份证-透视矫正");
-  std::optional<Bitmap> prepared = parts.preprocessor.preprocessForIDCard(corrected.value_or(image));
+  std::optional<Image> corrected = parts.preprocessor.attemptPerspectiveCorrection(image);
+  if (!corrected) return image;
+  parts.debugSaveImage(*corrected, "身份证-透视矫正");
+  return *std::move(corrected);
+}
+
+/// Throws invalidImage when there is nothing to prepare.
+Bitmap prepared(const ReadingParts& parts, const Image& card) {
+  std::optional<Bitmap> prepared = parts.preprocessor.preprocessForIDCard(card);
   if (!prepared) throw OCRError::invalidImage();
   parts.debugSaveImage({.bitmap = prepared}, "身份证-自适应预处理");
   return *std::move(prepared);
@@ -25,7 +30,11 @@ Bitmap prepared(const ReadingParts& parts, const Image& image) {
 }  // namespace
 
 Reading readIdentityCard(const ReadingParts& parts, const Image& image, OCRScanMode side) {
-  const Observations observations = parts.recognize(prepared(parts, image), TextRecognizer::Options::idCard);
+  if (!isUsable(image)) throw OCRError::invalidImage();
+  const Image card = straightened(parts, image);
+  const Observations observations = parts.recognize(prepared(parts, card), TextRecognizer::Options::idCard);
+  if (const auto upright = turnedUpright(parts, card, observations))
+    return readIdentityCard(upright->parts, upright->image, side);
   if (observations.empty()) {
     OCRLogger::warning([] { return std::string("身份证识别返回 0 个文本块"); });
     return withoutRecord(parts, image, false);
@@ -35,7 +44,8 @@ Reading readIdentityCard(const ReadingParts& parts, const Image& image, OCRScanM
   validateScene(postCorrected(observations, scene), scene);
   std::optional<Record> record = recordIn(observations, side);
   if (!record) return withoutRecord(parts, image, true);
-  return {.record = *std::move(record), .report = {}};
+  return {.record = *std::move(record),
+          .report = {.unreadReason = std::nullopt, .stage = std::nullopt, .turned = parts.turned}};
 }
 
 }  // namespace pravik

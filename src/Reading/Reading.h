@@ -43,6 +43,9 @@ struct ReadingReport {
   std::optional<UnreadReason> unreadReason;
   /// Absent for what is no bank card, and when there is no record.
   std::optional<BankCardStage> stage;
+  /// By how many degrees clockwise, 1 to 359, the picture was turned so that its text is upright. 0 when it was read as
+  /// it lay, but for what the straightening of the card evens out.
+  int turned = 0;
 };
 
 /// What a picture gave.

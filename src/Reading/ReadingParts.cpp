@@ -56,7 +56,9 @@ Reading failed(const OCRError& error, UnreadReason reason) {
 }
 
 Reading withoutRecord(const ReadingParts& parts, const Image& image, bool hasText) {
-  return failed(OCRError::insufficientText(), reasonOfMissingRecord(parts, image, hasText));
+  Reading reading = failed(OCRError::insufficientText(), reasonOfMissingRecord(parts, image, hasText));
+  reading.report.turned = parts.turned;
+  return reading;
 }
 
 }  // namespace pravik

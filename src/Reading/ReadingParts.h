@@ -23,6 +23,8 @@ struct ReadingParts {
   /// Takes what bank cards gave that had no number.
   std::shared_ptr<CrossAttemptAccumulator> accumulator;
   WorkLimit limit;
+  /// By how many degrees clockwise the picture was turned so that its text is upright; 0 when it was not.
+  int turned = 0;
 
   /// The blocks of text on a picture. Throws cancelled when the reading was called off, else what the engine throws.
   Observations recognize(const Bitmap& bitmap, TextRecognizer::Options options) const;

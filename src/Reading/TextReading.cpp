@@ -1,4 +1,5 @@
 #include "Reading/ReadPicture.h"
+#include "Reading/UprightPicture.h"
 
 namespace pravik {
 
@@ -11,7 +12,10 @@ std::string readText(const ReadingParts& parts, const Image& image, SceneType sc
   if (!prepared) throw OCRError::invalidImage();
   parts.debugSaveImage({.bitmap = prepared}, "文字-自适应预处理");
   const auto& options = isBankCard ? TextRecognizer::Options::bankCard : TextRecognizer::Options::idCard;
-  return joinedText(parts.recognize(*prepared, options), textLineThreshold);
+  const Observations observations = parts.recognize(*prepared, options);
+  if (const auto upright = turnedUpright(parts, image, observations))
+    return readText(upright->parts, upright->image, scene);
+  return joinedText(observations, textLineThreshold);
 }
 
 }  // namespace pravik

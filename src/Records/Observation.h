@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ struct Observation {
   float confidence = 0;
   /// Normalised to 0...1 in both directions, origin at the lower left of the picture.
   Rect boundingBox;
+  /// The direction in which the text runs, in degrees clockwise from upright text; absent when the engine does not
+  /// tell.
+  std::optional<double> direction = {};
 
   bool operator==(const Observation&) const = default;
 };

@@ -30,6 +30,7 @@ def facts(truth, answer):
         else:
             rows[f"{row} invented"] = result.get(field) is not None
     rows["whole record"] = not wrong
+    rows["wrong, unmarked"] = reading.is_wrong_and_unmarked(truth, answer)
     stage = answer.get("stage", "unknown") if result else "none"
     return rows | {f"read by {name}": name == stage for name in STAGES}
 
@@ -62,7 +63,7 @@ class Tally:
 
 
 ROWS = ("number exact", WRONG_PASSING, WRONG_MARKED, "no number", "bank", "bank invented", "type", "type invented",
-        "holder", "holder invented", "whole record", *(f"read by {stage}" for stage in STAGES))
+        "holder", "holder invented", "whole record", "wrong, unmarked", *(f"read by {stage}" for stage in STAGES))
 
 
 def print_tallies(title, tallies):

@@ -61,6 +61,12 @@ def wrong_fields(truth, answer):
             if result is None or _comparable(field, result.get(field)) != _comparable(field, truth["result"][field])]
 
 
+def is_wrong_and_unmarked(truth, answer):
+    """Whether the tool gave a wrong record and no check of it failed."""
+    checks = answer.get("checks") or {}
+    return "result" in answer and bool(wrong_fields(truth, answer)) and False not in checks.values()
+
+
 def edit_distance(first, second):
     """Least number of characters to insert, delete or replace (Levenshtein, 1966)."""
     row = list(range(len(second) + 1))

@@ -22,18 +22,30 @@ class Pose:
     pitch: float  # tilt about the horizontal axis
     yaw: float  # tilt about the vertical axis
     shift: tuple = (0.0, 0.0)
+    turn: float = 0.0  # of the whole picture, clockwise
+
+    def turned(self, turn):
+        """The camera that takes the same picture turned, and as much more of the desk as fills its corners."""
+        about = _about_axis(turn)[:2, :2]
+        size = tuple(int(side) for side in np.round(np.abs(about) @ self.size))
+        return dataclasses.replace(self, size=size, shift=tuple(about @ self.shift), turn=turn)
 
     def homography(self):
         """The 3 x 3 matrix that takes desk millimetres to picture pixels (Hartley and Zisserman, 2004, ch. 8)."""
-        roll, pitch, yaw = (math.radians(angle) for angle in (self.roll, self.pitch, self.yaw))
-        about_z = np.array([[math.cos(roll), -math.sin(roll), 0], [math.sin(roll), math.cos(roll), 0], [0, 0, 1]])
+        pitch, yaw = math.radians(self.pitch), math.radians(self.yaw)
         about_x = np.array([[1, 0, 0], [0, math.cos(pitch), -math.sin(pitch)], [0, math.sin(pitch), math.cos(pitch)]])
         about_y = np.array([[math.cos(yaw), 0, math.sin(yaw)], [0, 1, 0], [-math.sin(yaw), 0, math.cos(yaw)]])
-        rotation = about_x @ about_y @ about_z
+        rotation = _about_axis(self.turn) @ about_x @ about_y @ _about_axis(self.roll)
         pose = np.column_stack([rotation[:, 0], rotation[:, 1], (0, 0, self.distance)])
         middle = (self.size[0] / 2 + self.shift[0], self.size[1] / 2 + self.shift[1])
         intrinsics = np.array([[self.focal, 0, middle[0]], [0, self.focal, middle[1]], [0, 0, 1]])
         return intrinsics @ pose
+
+
+def _about_axis(degrees):
+    """The 3 x 3 rotation about the camera's axis, clockwise in the picture."""
+    cosine, sine = math.cos(math.radians(degrees)), math.sin(math.radians(degrees))
+    return np.array([[cosine, -sine, 0], [sine, cosine, 0], [0, 0, 1]])
 
 
 def project(matrix, points):

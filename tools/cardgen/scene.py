@@ -163,7 +163,7 @@ def draw_desk(kind, matrix, size, rng, subject=None):
     """The desk as the camera sees it, with the shadow of a subject that lies on it."""
     frame = np.array([(0, 0), (size[0], 0), (size[0], size[1]), (0, size[1])])
     reach = np.abs(camera.project(np.linalg.inv(matrix), frame)).max(axis=0) + 4
-    scale = min(desk.MAX_TEXTURE_PIXELS, 1.1 * size[0]) / (2 * reach.max())
+    scale = min(desk.MAX_TEXTURE_PIXELS, 1.1 * max(size)) / (2 * reach.max())
     surface = desk.desk(rng, kind, 2 * reach[0], 2 * reach[1], scale)
     if subject:
         _cast_shadow(surface, subject, scale, rng)
@@ -229,16 +229,16 @@ def _glare(picture, corners, rng, strength):
     picture.paste((255, 255, 255), tuple(int(v) for v in middle - side / 2), mask)
 
 
-def photograph(subject, level, rng, size=None, forwarded=False):
+def photograph(subject, level, rng, size=None, forwarded=False, turn=0):
     """The JPEG bytes of the subject at a level; `rng` is a numpy generator, `size` fixes the picture size.
 
-    A forwarded photo is made small and coded again on its way, as messengers do it.
+    A photo may be turned by `turn` degrees clockwise, and is then as much larger as holds all of it. A forwarded photo is made small and coded again on its way, as messengers do it.
     """
     if level == "clean":
         return clean(subject)
     size = size or choose_size(rng)
     kind = desk.pick_kind(rng)
-    pose = choose_pose(subject, level, size, rng)
+    pose = choose_pose(subject, level, size, rng).turned(turn)
     light = choose_light(level, rng)
     sensor, glare = choose_sensor(level, size, rng)
     if subject.foil and not glare and rng.random() < FOIL_GLARE_SHARE:
