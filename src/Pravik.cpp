@@ -96,6 +96,12 @@ Task<CodeScanResult> PravikSDK::recognizeCode(Image image, OCRScanMode mode, Rea
       [image = std::move(image), mode](const ReadingParts& parts) { return readCode(parts, image, mode); }));
 }
 
+Task<std::vector<CardReading>> PravikSDK::recognizeCards(Image image, ReadingLimits limits) const {
+  return runWithin<std::vector<CardReading>>(
+      std::move(limits), platform_->dispatch, partsOfCall(),
+      [image = std::move(image)](const ReadingParts& parts) { return readCards(parts, image); });
+}
+
 Task<std::string> PravikSDK::recognizeRawText(Image image, SceneType scene, ReadingLimits limits) const {
   return runWithin<std::string>(
       std::move(limits), platform_->dispatch, partsOfCall(),
@@ -138,6 +144,11 @@ void PravikSDK::recognizeBankCard(Image image, Completion<BankCardInfo> completi
 void PravikSDK::recognizeCode(Image image, OCRScanMode mode, Completion<CodeScanResult> completion,
                               ReadingLimits limits) const {
   finish(recognizeCode(std::move(image), mode, std::move(limits)), std::move(completion));
+}
+
+void PravikSDK::recognizeCards(Image image, Completion<std::vector<CardReading>> completion,
+                               ReadingLimits limits) const {
+  finish(recognizeCards(std::move(image), std::move(limits)), std::move(completion));
 }
 
 void PravikSDK::recognizeRawText(Image image, SceneType scene, Completion<std::string> completion,

@@ -27,6 +27,7 @@ constexpr std::array<std::string_view, 4> stageNames{"first", "retry", "band", "
 std::vector<PictureCommand> makeCommands() {
   std::vector<PictureCommand> commands;
   for (const DocumentKind& kind : documentKinds()) commands.push_back({kind.commandName, kind.englishName, &kind});
+  commands.push_back({"cards", "Every card on a picture, of whatever kind and however it lies", nullptr, true});
   commands.push_back({"text", "All text, line by line", nullptr});
   return commands;
 }
@@ -88,7 +89,7 @@ void writeAnnotated(const ReadPicture& picture, const Answer& answer, const std:
 }
 
 bool engineFailed(const Answer& answer) {
-  return !isRecognized(answer) && answer["error"]["code"] == "recognition_failed";
+  return answer.contains("error") && answer["error"]["code"] == "recognition_failed";
 }
 
 /// {"file":…,"kind":…} and then the answer.
@@ -209,6 +210,10 @@ std::span<const PictureCommand> pictureCommands() {
 
 Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const Image& image,
                      const PictureOptions& options) {
+  if (command.readsEveryCard) {
+    const auto cards = syncWait(sdk.recognizeCards(image, options.limits));
+    return cards ? cardsAnswer(*cards) : answerOf(cards.error());
+  }
   if (command.document == nullptr)
     return textAnswer(syncWait(sdk.recognizeRawText(image, options.scene, options.limits)));
   const auto reading = syncWait(sdk.read(image, command.document->mode, options.limits));
@@ -224,6 +229,10 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
   if (command.readsText())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
+  if (command.readsEveryCard && !settings.annotate.empty()) {
+    host.err << "pravik: cards gives the corners of every card and draws no pictures: leave out --annotate\n";
+    return usageError;
+  }
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
   if (const auto problem = problemWith(options.debugImages, "debug pictures", host)) return *problem;
 

@@ -29,8 +29,9 @@ struct PictureOptions {
 struct PictureCommand {
   std::string_view kind;
   std::string_view description;
-  /// What it reads; null for raw text.
+  /// What it reads; null for raw text, and for whatever cards there are.
   const DocumentKind* document;
+  bool readsEveryCard = false;
 
   /// Whether it needs the text models.
   bool readsText() const { return document == nullptr || document->isCard(); }

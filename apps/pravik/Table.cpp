@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Reading/RecordChecks.h"
+#include "Records/DocumentKind.h"
 #include "Utils/Format.h"
 #include "Utils/Text.h"
 
@@ -138,6 +139,27 @@ constexpr std::array<EventText, 8> eventTexts{{{"state", detailsOfState},
                                                {"capture", detailsOfCapture},
                                                {"attempt", detailsOfAttempt}}};
 
+/// "1. Identity card, portrait side, turned 90 degrees".
+std::string cardTitle(std::size_t number, const Json& card) {
+  std::string title = formatted("  {}. ", number);
+  const auto kinds = documentKinds();
+  const auto kind =
+      std::ranges::find_if(kinds, [&](const DocumentKind& known) { return card["kind"] == known.commandName; });
+  title += kind == kinds.end() ? "A card of no known kind" : std::string(kind->englishName);
+  if (const int turned = card["turned"]; turned != 0) title += formatted(", turned {} degrees", turned);
+  if (card.contains("pair")) title += ", of a pair";
+  return title + "\n";
+}
+
+std::string cardsTable(const Answer& answer) {
+  std::string table;
+  if (answer.contains("file")) table += printable(answer["file"].get<std::string>(), 0) + "\n";
+  if (answer["cards"].empty()) return table + "  " + answer["report"]["text"].get<std::string>() + "\n";
+  std::size_t number = 0;
+  for (const Json& card : answer["cards"]) table += cardTitle(++number, card) + asTable(card);
+  return table;
+}
+
 }  // namespace
 
 int displayWidth(std::string_view text) {
@@ -151,6 +173,7 @@ std::string padded(std::string_view text, int width) {
 }
 
 std::string asTable(const Answer& answer) {
+  if (answer.contains("cards")) return cardsTable(answer);
   const std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {

@@ -1,5 +1,6 @@
 #include "backends/json/Answer.h"
 
+#include <algorithm>
 #include <variant>
 
 #include "Reading/RecordChecks.h"
@@ -11,6 +12,27 @@ Json jsonOf(const FieldValue& value) {
   if (const auto* text = std::get_if<std::string>(&value)) return *text;
   if (const auto* flag = std::get_if<bool>(&value)) return *flag;
   return nullptr;
+}
+
+Json jsonOf(UnreadReason reason) {
+  return {{"reason", codeOf(reason)}, {"text", chineseText(reason)}};
+}
+
+Json jsonOf(const Quadrilateral& corners) {
+  Json points = Json::array();
+  for (const Point& corner : {corners.topLeft, corners.topRight, corners.bottomRight, corners.bottomLeft})
+    points.push_back({corner.x, corner.y});
+  return points;
+}
+
+Answer cardAnswer(const CardReading& card) {
+  Answer answer{{"kind", card.kind ? Json(documentKind(*card.kind).commandName) : Json(nullptr)},
+                {"corners", jsonOf(card.corners)},
+                {"turned", card.reading.report.turned}};
+  if (card.isOneOfAPair) answer["pair"] = true;
+  answer.update(readingAnswer(card.reading));
+  if (!card.kind) answer["text"] = card.text;
+  return answer;
 }
 
 }  // namespace
@@ -26,8 +48,7 @@ Answer recordAnswer(const Record& record) {
 
 Answer readingAnswer(const Reading& reading) {
   Answer answer = reading.record ? recordAnswer(*reading.record) : answerOf(reading.record.error());
-  if (const auto reason = reading.report.unreadReason)
-    answer["report"] = {{"reason", codeOf(*reason)}, {"text", chineseText(*reason)}};
+  if (const auto reason = reading.report.unreadReason) answer["report"] = jsonOf(*reason);
   if (const int degrees = reading.report.turned) answer["turned"] = degrees;
   return answer;
 }
@@ -42,6 +63,13 @@ Answer textAnswer(const Result<std::string>& result) {
   return result ? Answer{{"result", {{"text", *result}}}} : answerOf(result.error());
 }
 
+Answer cardsAnswer(const std::vector<CardReading>& cards) {
+  Answer answer{{"cards", Json::array()}};
+  for (const CardReading& card : cards) answer["cards"].push_back(cardAnswer(card));
+  if (cards.empty()) answer["report"] = jsonOf(UnreadReason::noCardFound);
+  return answer;
+}
+
 Answer invalidInputAnswer(const std::string& message) {
   return {{"error", {{"code", "invalid_input"}, {"message", message}}}};
 }
@@ -53,7 +81,9 @@ Answer withKind(std::string_view kind, const Answer& answer) {
 }
 
 bool isRecognized(const Answer& answer) {
-  return answer.contains("result");
+  const auto cards = answer.find("cards");
+  if (cards == answer.end()) return answer.contains("result");
+  return !cards->empty() && std::ranges::all_of(*cards, isRecognized);
 }
 
 std::string jsonText(const Json& json, bool indented) {

@@ -3,7 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "Reading/CardReading.h"
 #include "Reading/Reading.h"
 #include "Records/DocumentKind.h"
 #include "Records/OCRError.h"
@@ -22,6 +24,10 @@ Answer recordAnswer(const Record& record);
 /// The record, or {"error":…,"report":{"reason":…,"text":…}}: the error and why nothing was read, which "text" tells a
 /// person.
 Answer readingAnswer(const Reading& reading);
+/// {"cards":[{"kind":…,"corners":[[x,y],…],"turned":…,"pair":…} and what readingAnswer() gives, …]}: the corners
+/// clockwise from the card's own upper left; "pair" only for the two sides of one identity card; a card without a kind
+/// has null for it, and "text". No card also has the "report" why.
+Answer cardsAnswer(const std::vector<CardReading>& cards);
 
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
 /// file could not be read, and stands in the context unless it is empty.
@@ -34,7 +40,7 @@ Answer invalidInputAnswer(const std::string& message);
 /// {"kind":…} and then the answer.
 Answer withKind(std::string_view kind, const Answer& answer);
 
-/// Whether the answer is a result.
+/// Whether the answer is a result, or cards of which each is one.
 bool isRecognized(const Answer& answer);
 
 /// JSON text on one line, or indented over several. Bytes that are no UTF-8 come out as U+FFFD.

@@ -50,6 +50,13 @@ constexpr RectangleRequest cardRectangle{.maximumObservations = 5,
                                          .quadratureTolerance = 45,
                                          .minimumSize = 0.3F,
                                          .minimumConfidence = 0.5F};
+/// One of several cards, of which each may be a twentieth of the picture.
+constexpr RectangleRequest oneOfSeveral{.maximumObservations = 24,
+                                        .minimumAspectRatio = 0.45F,
+                                        .maximumAspectRatio = 0.85F,
+                                        .quadratureTolerance = 30,
+                                        .minimumSize = 0.12F,
+                                        .minimumConfidence = 0.5F};
 constexpr double minimumRectangleArea = 0.12;
 /// A card whose corners are all closer than this to its bounding box is square to the frame already.
 constexpr double alignedOffset = 0.05;
@@ -214,14 +221,15 @@ std::optional<Bitmap> ImagePreprocessor::enhance(const Bitmap& bitmap, const Ada
 }
 
 /// The reason of an empty answer is logged.
-std::vector<RectangleObservation> ImagePreprocessor::rectanglesIn(const Bitmap& bitmap) const {
+std::vector<RectangleObservation> ImagePreprocessor::rectanglesIn(const Bitmap& bitmap,
+                                                                  const RectangleRequest& request) const {
   std::vector<RectangleObservation> rectangles;
   if (!detector_) {
     OCRLogger::debug([] { return std::string("透视矫正: 没有可用的矩形检测器，跳过"); });
     return rectangles;
   }
   // A detector that fails has found nothing; the photo is read as it is.
-  if (const auto failure = failureOf([&] { rectangles = detector_->detect(bitmap, cardRectangle); })) {
+  if (const auto failure = failureOf([&] { rectangles = detector_->detect(bitmap, request); })) {
     OCRLogger::warning([&] { return formatted("透视矫正: 矩形检测失败（{}），跳过", *failure); });
     return {};
   }
@@ -231,13 +239,20 @@ std::vector<RectangleObservation> ImagePreprocessor::rectanglesIn(const Bitmap& 
 
 bool ImagePreprocessor::showsRectangle(const Image& image) const {
   const std::optional<Bitmap> bitmap = normalizedBitmap(image);
-  return bitmap && !rectanglesIn(*bitmap).empty();
+  return bitmap && !rectanglesIn(*bitmap, cardRectangle).empty();
 }
 
 std::optional<Bitmap> ImagePreprocessor::straightened(const Bitmap& bitmap, const Quadrilateral& corners) const {
   if (!renderer_) return std::nullopt;
   const std::array<ImageFilter, 1> correction{PerspectiveCorrection{corners}};
   return renderer_->render(bitmap, correction);
+}
+
+std::vector<Quadrilateral> ImagePreprocessor::cardOutlines(const Bitmap& bitmap) const {
+  std::vector<Quadrilateral> outlines;
+  for (const RectangleObservation& card : rectanglesIn(bitmap, oneOfSeveral))
+    outlines.push_back(inPixels(flipped(card.corners), bitmap.size()));
+  return outlines;
 }
 
 ImagePreprocessor::FoundCard ImagePreprocessor::findCard(const Image& image) const {
@@ -247,7 +262,7 @@ ImagePreprocessor::FoundCard ImagePreprocessor::findCard(const Image& image) con
     OCRLogger::debug([] { return std::string("透视矫正: 没有可用的图像渲染器，跳过"); });
     return {};
   }
-  const std::vector<RectangleObservation> rectangles = rectanglesIn(*bitmap);
+  const std::vector<RectangleObservation> rectangles = rectanglesIn(*bitmap, cardRectangle);
   if (rectangles.empty()) return {};
   const RectangleObservation& card = rectangles.front();
   return {.outline = inPixels(flipped(card.corners), bitmap->size()), .straightened = corrected(*bitmap, card)};

@@ -72,6 +72,8 @@ class ImagePreprocessor {
   /// The photo upright and enhanced with the fixed preset of the second try.
   std::optional<Bitmap> preprocessForBankCardEnhanced(const Image& image) const;
 
+  /// The outlines of all cards in an upright photo, in pixels from the top left, the most certain first.
+  std::vector<Quadrilateral> cardOutlines(const Bitmap& bitmap) const;
   /// Where a photo shows a card.
   FoundCard findCard(const Image& image) const;
   /// The card cut out and straightened. Nothing when no rectangle was found, or it is too small, square to the
@@ -98,7 +100,7 @@ class ImagePreprocessor {
   static AdaptiveParams computeParams(const Stats& stats, Scene scene);
 
  private:
-  std::vector<RectangleObservation> rectanglesIn(const Bitmap& bitmap) const;
+  std::vector<RectangleObservation> rectanglesIn(const Bitmap& bitmap, const RectangleRequest& request) const;
   std::optional<Image> corrected(const Bitmap& bitmap, const RectangleObservation& card) const;
   std::optional<Bitmap> preprocess(const Image& image, Scene scene) const;
   std::optional<Bitmap> enhance(const Bitmap& bitmap, const AdaptiveParams& params) const;

@@ -42,8 +42,13 @@ Reading readIdentityCard(const ReadingParts& parts, const Image& image, OCRScanM
   // NOLINTNEXTLINE(bugprone-unchecked-optional-access): a side of a card has a scene.
   const SceneType scene = *documentKind(side).scene;
   validateScene(postCorrected(observations, scene), scene);
+  return identityCardIn(parts, image, observations, side);
+}
+
+Reading identityCardIn(const ReadingParts& parts, const Image& card, const Observations& observations,
+                       OCRScanMode side) {
   std::optional<Record> record = recordIn(observations, side);
-  if (!record) return withoutRecord(parts, image, true);
+  if (!record) return withoutRecord(parts, card, true);
   return {.record = *std::move(record),
           .report = {.unreadReason = std::nullopt, .stage = std::nullopt, .turned = parts.turned}};
 }

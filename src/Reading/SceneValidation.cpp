@@ -115,4 +115,16 @@ void validateScene(const Observations& observations, SceneType expected) {
   throw OCRError(mismatch->error);
 }
 
+int documentsIn(const Observations& observations) {
+  const SceneFeatures found = featuresOf(lineText(observations));
+  return (found.looksFront ? 1 : 0) + (found.looksBack ? 1 : 0) + (found.looksBank ? 1 : 0);
+}
+
+std::optional<OCRScanMode> documentIn(const Observations& observations) {
+  const SceneFeatures found = featuresOf(lineText(observations));
+  if (found.looksFront) return OCRScanMode::idCardFront;
+  if (found.looksBack) return OCRScanMode::idCardBack;
+  return found.looksBank ? std::optional(OCRScanMode::bankCard) : std::nullopt;
+}
+
 }  // namespace pravik

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "Records/DocumentKind.h"
 #include "Records/Observation.h"
 
@@ -8,5 +10,11 @@ namespace pravik {
 /// Checks that a recognised text belongs to the expected kind of document. Lenient: a text with features of both
 /// kinds, or of none, passes. Throws OCRError::sceneMismatch.
 void validateScene(const Observations& observations, SceneType expected);
+
+/// How many kinds of card a text has the features of.
+int documentsIn(const Observations& observations);
+/// The kind of card that the text stands on; absent when it has the features of none. Of an identity card's two sides
+/// the text decides for the portrait side, and for either against a bank card.
+std::optional<OCRScanMode> documentIn(const Observations& observations);
 
 }  // namespace pravik

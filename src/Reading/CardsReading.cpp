@@ -1,0 +1,218 @@
+#include "Reading/ReadPicture.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "Reading/SceneValidation.h"
+#include "Reading/UprightPicture.h"
+#include "Utils/Format.h"
+#include "Utils/OCRLogger.h"
+
+namespace pravik {
+namespace {
+
+/// Text that no outline holds belongs together when it is no further apart than this many heights of the higher block:
+/// the title and the office of an emblem side are.
+constexpr double farthestInHeights = 4;
+/// A card goes on beyond its text, by this share of the text's extent; an outline may run just inside the edge.
+constexpr double marginOfText = 0.12;
+constexpr double marginOfOutline = 0.015;
+/// Cards stand in one row when their middles are closer than this share of a card's height.
+constexpr double sameRow = 0.5;
+
+/// A part of the picture that may be a card.
+struct Region {
+  Quadrilateral corners;
+  Observations texts;
+};
+
+double cross(const Point& origin, const Point& a, const Point& b) {
+  return (a.x - origin.x) * (b.y - origin.y) - (a.y - origin.y) * (b.x - origin.x);
+}
+
+bool contains(const Quadrilateral& area, const Point& point) {
+  const std::array<Point, 4> corners{area.topLeft, area.topRight, area.bottomRight, area.bottomLeft};
+  bool anyLeft = false, anyRight = false;
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    const double side = cross(corners.at(i), corners.at((i + 1) % 4), point);
+    anyLeft = anyLeft || side < 0;
+    anyRight = anyRight || side > 0;
+  }
+  return !(anyLeft && anyRight);
+}
+
+Point middleOf(const Quadrilateral& area) {
+  return {(area.topLeft.x + area.topRight.x + area.bottomLeft.x + area.bottomRight.x) / 4,
+          (area.topLeft.y + area.topRight.y + area.bottomLeft.y + area.bottomRight.y) / 4};
+}
+
+double heightOf(const Quadrilateral& area) {
+  return std::max(area.bottomLeft.y, area.bottomRight.y) - std::min(area.topLeft.y, area.topRight.y);
+}
+
+Quadrilateral cornersOf(const Rect& area) {
+  return {{area.x, area.y}, {area.maxX(), area.y}, {area.x, area.maxY()}, {area.maxX(), area.maxY()}};
+}
+
+Rect united(const Rect& a, const Rect& b) {
+  const double x = std::min(a.x, b.x);
+  const double y = std::min(a.y, b.y);
+  return {x, y, std::max(a.maxX(), b.maxX()) - x, std::max(a.maxY(), b.maxY()) - y};
+}
+
+Rect grown(const Rect& area, double by) {
+  return {area.x - by, area.y - by, area.width + 2 * by, area.height + 2 * by};
+}
+
+Quadrilateral grown(const Quadrilateral& area, double share) {
+  const Point middle = middleOf(area);
+  const auto moved = [&](const Point& corner) {
+    return Point{corner.x + share * (corner.x - middle.x), corner.y + share * (corner.y - middle.y)};
+  };
+  return {moved(area.topLeft), moved(area.topRight), moved(area.bottomLeft), moved(area.bottomRight)};
+}
+
+/// The text that belongs together by its distances; `texts` is left empty.
+std::vector<Observations> clusters(Observations texts, const Size& picture) {
+  const auto boxOf = [&](const Observation& block) { return inPixels(flipped(block.boundingBox), picture); };
+  const auto areNear = [&](const Observation& a, const Observation& b) {
+    const Rect one = boxOf(a), other = boxOf(b);
+    const double reach =
+        farthestInHeights * std::max(std::min(one.width, one.height), std::min(other.width, other.height));
+    return intersection(grown(one, reach), other).area() > 0;
+  };
+  std::vector<Observations> found;
+  while (!texts.empty()) {
+    Observations cluster{std::move(texts.back())};
+    texts.pop_back();
+    for (std::size_t i = 0; i < cluster.size(); ++i) {
+      const auto others =
+          std::ranges::stable_partition(texts, [&](const Observation& block) { return !areNear(cluster[i], block); });
+      std::ranges::move(others, std::back_inserter(cluster));
+      texts.erase(others.begin(), others.end());
+    }
+    found.push_back(std::move(cluster));
+  }
+  return found;
+}
+
+Quadrilateral surroundings(const Observations& texts, const Size& picture) {
+  Rect area = inPixels(flipped(texts.front().boundingBox), picture);
+  for (const Observation& block : texts) area = united(area, inPixels(flipped(block.boundingBox), picture));
+  return cornersOf(grown(area, marginOfText * std::max(area.width, area.height)));
+}
+
+/// The outlines with text in them, and the text of a document that stands in none. An outline that holds more than one
+/// document is that of a page, and what stands on it is looked at as if it had none.
+std::vector<Region> regionsOf(const std::vector<Quadrilateral>& outlines, Observations texts, const Size& picture) {
+  std::vector<Region> regions;
+  for (const Quadrilateral& outline : outlines) {
+    const auto inside = std::ranges::stable_partition(texts, [&](const Observation& block) {
+      const Rect box = inPixels(flipped(block.boundingBox), picture);
+      return !contains(outline, {box.midX(), box.midY()});
+    });
+    Region region{grown(outline, marginOfOutline), {inside.begin(), inside.end()}};
+    if (region.texts.empty() || documentsIn(region.texts) > 1) continue;
+    texts.erase(inside.begin(), inside.end());
+    regions.push_back(std::move(region));
+  }
+  for (Observations& cluster : clusters(std::move(texts), picture))
+    if (documentsIn(cluster) > 0) regions.push_back({surroundings(cluster, picture), std::move(cluster)});
+  return regions;
+}
+
+/// From top to bottom, those of a row from left to right.
+void sortInReadingOrder(std::vector<Region>& regions) {
+  std::ranges::sort(regions, {}, [](const Region& region) { return middleOf(region.corners).y; });
+  for (auto first = regions.begin(); first != regions.end();) {
+    const double bound = middleOf(first->corners).y + sameRow * heightOf(first->corners);
+    const auto end =
+        std::find_if(first, regions.end(), [&](const Region& region) { return middleOf(region.corners).y > bound; });
+    std::sort(first, end,
+              [](const Region& a, const Region& b) { return middleOf(a.corners).x < middleOf(b.corners).x; });
+    first = end;
+  }
+}
+
+Quadrilateral fromLowerLeft(const Quadrilateral& corners, double height) {
+  const auto flippedOver = [&](const Point& corner) { return Point{corner.x, height - corner.y}; };
+  return {flippedOver(corners.topLeft), flippedOver(corners.topRight), flippedOver(corners.bottomLeft),
+          flippedOver(corners.bottomRight)};
+}
+
+/// The corners as they are named when the picture is turned clockwise by so many degrees.
+Quadrilateral renamed(Quadrilateral corners, int turned) {
+  for (int quarter = static_cast<int>(std::lround(turned / 90.0)) % 4; quarter > 0; --quarter)
+    corners = {corners.bottomLeft, corners.topLeft, corners.bottomRight, corners.topRight};
+  return corners;
+}
+
+/// A card that fills the picture, read as what its text says it is.
+CardReading readCard(const ReadingParts& parts, const Image& card) {
+  const auto prepared = parts.preprocessor.preprocessForIDCard(card);
+  if (!prepared) throw OCRError::invalidImage();
+  const Observations texts = parts.recognize(*prepared, TextRecognizer::Options::idCard);
+  if (const auto upright = turnedUpright(parts, card, texts)) return readCard(upright->parts, upright->image);
+  const std::optional<OCRScanMode> kind = documentIn(texts);
+  if (kind == OCRScanMode::bankCard)
+    return {.kind = kind, .corners = {}, .reading = readPicture(parts, card, *kind), .text = {}};
+  if (kind) return {.kind = kind, .corners = {}, .reading = identityCardIn(parts, card, texts, *kind), .text = {}};
+  return {.kind = kind,
+          .corners = {},
+          .reading = withoutRecord(parts, card, !texts.empty()),
+          .text = joinedText(texts, textLineThreshold)};
+}
+
+CardReading readRegion(const ReadingParts& parts, const Bitmap& picture, const Region& region) {
+  const auto unread = [&](const OCRError& error, UnreadReason reason) {
+    return CardReading{.kind = documentIn(region.texts),
+                       .corners = region.corners,
+                       .reading = failed(error, reason),
+                       .text = joinedText(region.texts, textLineThreshold)};
+  };
+  if (!parts.goesOn()) return unread(OCRError::insufficientText(), UnreadReason::timeSpent);
+  const auto card = parts.preprocessor.straightened(picture, fromLowerLeft(region.corners, picture.height()));
+  if (!card) return unread(OCRError::invalidImage(), UnreadReason::engineFailed);
+  CardReading found = readCard(parts, {.bitmap = card});
+  found.corners = renamed(region.corners, found.reading.report.turned);
+  return found;
+}
+
+void markPair(std::vector<CardReading>& cards) {
+  const auto only = [&](OCRScanMode kind) -> CardReading* {
+    const auto isIt = [&](const CardReading& card) { return card.kind == kind && card.reading.record; };
+    if (std::ranges::count_if(cards, isIt) != 1) return nullptr;
+    return &*std::ranges::find_if(cards, isIt);
+  };
+  CardReading* front = only(OCRScanMode::idCardFront);
+  CardReading* back = only(OCRScanMode::idCardBack);
+  if (front && back) front->isOneOfAPair = back->isOneOfAPair = true;
+}
+
+}  // namespace
+
+std::vector<CardReading> readCards(const ReadingParts& parts, const Image& image) {
+  if (!isUsable(image)) throw OCRError::invalidImage();
+  parts.debugSaveImage(image, "多卡-原图");
+  const Bitmap picture = uprightBitmap(*image.bitmap, image.orientation);
+  const auto prepared = parts.preprocessor.preprocessForIDCard(image);
+  if (!prepared) throw OCRError::invalidImage();
+  // A small card's print is a small share of the page.
+  TextRecognizer::Options options = TextRecognizer::Options::idCard;
+  options.minimumTextHeight = 0;
+  std::vector<Region> regions =
+      regionsOf(parts.preprocessor.cardOutlines(picture), parts.recognize(*prepared, options), picture.size());
+  sortInReadingOrder(regions);
+  OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", regions.size()); });
+  std::vector<CardReading> cards;
+  cards.reserve(regions.size());
+  for (const Region& region : regions) cards.push_back(readRegion(parts, picture, region));
+  markPair(cards);
+  return cards;
+}
+
+}  // namespace pravik
