@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <utility>
 
@@ -25,49 +26,44 @@ double apart(double one, double other) {
   return std::remainder(one - other, 360);
 }
 
-/// Everything in pixels from the top left, along the text and across it.
+/// A rectangle that lies along a direction.
 struct Extent {
-  Point least{1e9, 1e9};
-  Point most{-1e9, -1e9};
+  double left = std::numeric_limits<double>::infinity();
+  double right = -left;
+  double top = left;
+  double bottom = -left;
 
-  void add(double along, double across) {
-    least = {std::min(least.x, along), std::min(least.y, across)};
-    most = {std::max(most.x, along), std::max(most.y, across)};
+  /// Takes in what reaches so far to either side of a point along the direction.
+  void add(const Point& point, double reach = 0) {
+    left = std::min(left, point.x - reach);
+    right = std::max(right, point.x + reach);
+    top = std::min(top, point.y);
+    bottom = std::max(bottom, point.y);
   }
 };
 
-/// A picture seen along a direction.
-class TurnedView {
- public:
-  explicit TurnedView(double degrees)
-      : cosine_(std::cos(degrees * std::numbers::pi / 180)), sine_(std::sin(degrees * std::numbers::pi / 180)) {}
-
-  void add(Extent& extent, const Rect& area) const {
-    for (const double x : {area.x, area.maxX()})
-      for (const double y : {area.y, area.maxY()}) extent.add(x * cosine_ + y * sine_, y * cosine_ - x * sine_);
-  }
-  Point corner(double along, double across, double height) const {
-    return {along * cosine_ - across * sine_, height - (along * sine_ + across * cosine_)};
-  }
-
- private:
-  double cosine_;
-  double sine_;
-};
-
-/// The surroundings of the text in a picture, turned against the clock.
+/// The surroundings of the text in a picture, turned by so many degrees against the clock.
 std::optional<Bitmap> turnedBack(const ReadingParts& parts, const Bitmap& bitmap, double degrees,
                                  const Observations& observations) {
-  const TurnedView view(degrees);
+  const Size size = bitmap.size();
+  const double cosine = std::cos(degrees * std::numbers::pi / 180);
+  const double sine = std::sin(degrees * std::numbers::pi / 180);
+  const auto along = [&](double x, double y) { return Point{x * cosine + y * sine, y * cosine - x * sine}; };
+  const auto corner = [&](double x, double y) {
+    return Point{x * cosine - y * sine, size.height - (x * sine + y * cosine)};
+  };
   Extent whole, text;
-  view.add(whole, {0, 0, bitmap.size().width, bitmap.size().height});
-  for (const Observation& block : observations) view.add(text, inPixels(flipped(block.boundingBox), bitmap.size()));
-  const double around = margin * std::max(text.most.x - text.least.x, text.most.y - text.least.y);
-  const double left = std::max(whole.least.x, text.least.x - around);
-  const double right = std::min(whole.most.x, text.most.x + around);
-  const double top = std::max(whole.least.y, text.least.y - around);
-  const double bottom = std::min(whole.most.y, text.most.y + around);
-  const auto corner = [&](double along, double across) { return view.corner(along, across, bitmap.height()); };
+  for (const double x : {0.0, size.width})
+    for (const double y : {0.0, size.height}) whole.add(along(x, y));
+  for (const Observation& block : observations) {
+    const Rect box = inPixels(flipped(block.boundingBox), size);
+    text.add(along(box.midX(), box.midY()), std::hypot(box.width, box.height) / 2);
+  }
+  const double around = margin * std::max(text.right - text.left, text.bottom - text.top);
+  const double left = std::max(whole.left, text.left - around);
+  const double right = std::min(whole.right, text.right + around);
+  const double top = std::max(whole.top, text.top - around);
+  const double bottom = std::min(whole.bottom, text.bottom + around);
   return parts.preprocessor.straightened(bitmap, {.topLeft = corner(left, top),
                                                   .topRight = corner(right, top),
                                                   .bottomLeft = corner(left, bottom),
