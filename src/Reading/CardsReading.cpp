@@ -11,6 +11,8 @@
 #include "Reading/UprightPicture.h"
 #include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
+#include "Utils/RegexHelper.h"
+#include "Utils/Text.h"
 
 namespace pravik {
 namespace {
@@ -21,6 +23,7 @@ constexpr double farthestInHeights = 4;
 /// A card goes on beyond its text, by this share of the text's extent; an outline may run just inside the edge.
 constexpr double marginOfText = 0.12;
 constexpr double marginOfOutline = 0.015;
+constexpr double marginOfPrint = 0.06;
 /// Cards stand in one row when their middles are closer than this share of a card's height.
 constexpr double sameRow = 0.5;
 
@@ -76,7 +79,7 @@ Quadrilateral grown(const Quadrilateral& area, double share) {
   return {moved(area.topLeft), moved(area.topRight), moved(area.bottomLeft), moved(area.bottomRight)};
 }
 
-/// The text that belongs together by its distances; `texts` is left empty.
+/// The text in parts that belong together by their distances.
 std::vector<Observations> clusters(Observations texts, const Size& picture) {
   const auto boxOf = [&](const Observation& block) { return inPixels(flipped(block.boundingBox), picture); };
   const auto areNear = [&](const Observation& a, const Observation& b) {
@@ -100,29 +103,97 @@ std::vector<Observations> clusters(Observations texts, const Size& picture) {
   return found;
 }
 
-Quadrilateral surroundings(const Observations& texts, const Size& picture) {
+Rect surroundings(const Observations& texts, const Size& picture) {
   Rect area = inPixels(flipped(texts.front().boundingBox), picture);
   for (const Observation& block : texts) area = united(area, inPixels(flipped(block.boundingBox), picture));
-  return cornersOf(grown(area, marginOfText * std::max(area.width, area.height)));
+  return intersection(grown(area, marginOfText * std::max(area.width, area.height)),
+                      {0, 0, picture.width, picture.height});
 }
 
-/// The outlines with text in them, and the text of a document that stands in none. An outline that holds more than one
-/// document is that of a page, and what stands on it is looked at as if it had none.
-std::vector<Region> regionsOf(const std::vector<Quadrilateral>& outlines, Observations texts, const Size& picture) {
-  std::vector<Region> regions;
-  for (const Quadrilateral& outline : outlines) {
-    const auto inside = std::ranges::stable_partition(texts, [&](const Observation& block) {
-      const Rect box = inPixels(flipped(block.boundingBox), picture);
-      return !contains(outline, {box.midX(), box.midY()});
+/// A print whose place on its card is the same on every card: the text, and where it begins and ends and how high its
+/// middle lies, in shares of the card's width and height from its upper left.
+struct FixedPrint {
+  std::string_view pattern;
+  double left;
+  double right;
+  double middle;
+};
+/// GA 448-2013 fixes the layout: the number with and without its label, and the second line of the title.
+constexpr std::array<FixedPrint, 3> fixedPrints{{
+    {R"(^公民身份号码.*\d{17}[\dXx]$)", 0.067, 0.873, 0.876},
+    {R"(^\d{17}[\dXx]$)", 0.322, 0.873, 0.876},
+    {R"(^居民身份证$)", 0.357, 0.834, 0.352},
+}};
+constexpr double cardAspect = 85.6 / 54;
+
+/// The card that a block of text with a fixed place stands on, if it lies level.
+std::optional<Quadrilateral> cardAround(const Observation& block, const Size& picture) {
+  const std::string text = removingAll(block.text, " ");
+  const auto print = std::ranges::find_if(
+      fixedPrints, [&](const FixedPrint& known) { return RegexHelper::matches(known.pattern, text); });
+  if (print == fixedPrints.end()) return std::nullopt;
+  const Rect box = inPixels(flipped(block.boundingBox), picture);
+  const double width = box.width / (print->right - print->left);
+  const double height = width / cardAspect;
+  return cornersOf({box.x - print->left * width, box.midY() - print->middle * height, width, height});
+}
+
+/// Takes the cards off a text, one after the other.
+class Division {
+ public:
+  Division(Observations texts, const Size& picture) : texts_(std::move(texts)), picture_(picture) {}
+
+  /// Takes what stands within the outline as a card, unless there is nothing or the outline is that of a page.
+  void take(const Quadrilateral& outline, double margin) {
+    const Quadrilateral area = grown(outline, margin);
+    const auto inside = std::ranges::stable_partition(texts_, [&](const Observation& block) {
+      const Rect box = inPixels(flipped(block.boundingBox), picture_);
+      return !contains(area, {box.midX(), box.midY()});
     });
-    Region region{grown(outline, marginOfOutline), {inside.begin(), inside.end()}};
-    if (region.texts.empty() || documentsIn(region.texts) > 1) continue;
-    texts.erase(inside.begin(), inside.end());
-    regions.push_back(std::move(region));
+    Observations held(inside.begin(), inside.end());
+    if (held.empty() || documentsIn(held) > 1) return;
+    texts_.erase(inside.begin(), inside.end());
+    regions_.push_back({area, std::move(held)});
   }
-  for (Observations& cluster : clusters(std::move(texts), picture))
-    if (documentsIn(cluster) > 0) regions.push_back({surroundings(cluster, picture), std::move(cluster)});
-  return regions;
+
+  /// What is left, in parts that belong together by their distances; only those with the features of a card.
+  std::vector<Observations> rest() const {
+    std::vector<Observations> parts = clusters(texts_, picture_);
+    std::erase_if(parts, [](const Observations& part) { return documentsIn(part) == 0; });
+    return parts;
+  }
+  const Observations& texts() const { return texts_; }
+  std::vector<Region>& regions() { return regions_; }
+
+ private:
+  Observations texts_;
+  Size picture_;
+  std::vector<Region> regions_;
+};
+
+Quadrilateral moved(Quadrilateral area, double x, double y) {
+  for (Point* corner : {&area.topLeft, &area.topRight, &area.bottomLeft, &area.bottomRight}) {
+    corner->x += x;
+    corner->y += y;
+  }
+  return area;
+}
+
+/// The parts of a picture that may be cards: the outlines with text in them; where text of a card stands in none, those
+/// that are found when one looks closer, the places that its fixed prints tell, and at last what surrounds it.
+std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, Observations texts) {
+  Division division(std::move(texts), picture.size());
+  for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture)) division.take(outline, marginOfOutline);
+  for (const Observations& part : division.rest()) {
+    const PixelRect area = touchedPixels(surroundings(part, picture.size()), picture.size());
+    for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture.crop(area)))
+      division.take(moved(outline, area.x, area.y), marginOfOutline);
+  }
+  for (const Observation& block : Observations(division.texts()))
+    if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint);
+  for (Observations& part : division.rest())
+    division.regions().push_back({cornersOf(surroundings(part, picture.size())), std::move(part)});
+  return std::move(division.regions());
 }
 
 /// From top to bottom, those of a row from left to right.
@@ -157,7 +228,8 @@ CardReading readCard(const ReadingParts& parts, const Image& card) {
   if (!prepared) throw OCRError::invalidImage();
   const Observations texts = parts.recognize(*prepared, TextRecognizer::Options::idCard);
   if (const auto upright = turnedUpright(parts, card, texts)) return readCard(upright->parts, upright->image);
-  const std::optional<OCRScanMode> kind = documentIn(texts);
+  // What has the features of several cards was not told apart, and a record would be made of all.
+  const std::optional<OCRScanMode> kind = documentsIn(texts) > 1 ? std::nullopt : documentIn(texts);
   if (kind == OCRScanMode::bankCard)
     return {.kind = kind, .corners = {}, .reading = readPicture(parts, card, *kind), .text = {}};
   if (kind) return {.kind = kind, .corners = {}, .reading = identityCardIn(parts, card, texts, *kind), .text = {}};
@@ -204,8 +276,7 @@ std::vector<CardReading> readCards(const ReadingParts& parts, const Image& image
   // A small card's print is a small share of the page.
   TextRecognizer::Options options = TextRecognizer::Options::idCard;
   options.minimumTextHeight = 0;
-  std::vector<Region> regions =
-      regionsOf(parts.preprocessor.cardOutlines(picture), parts.recognize(*prepared, options), picture.size());
+  std::vector<Region> regions = regionsOf(parts, picture, parts.recognize(*prepared, options));
   sortInReadingOrder(regions);
   OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", regions.size()); });
   std::vector<CardReading> cards;

@@ -1,6 +1,8 @@
 #include "Reading/SceneValidation.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,7 +19,8 @@ namespace {
 
 constexpr std::array<std::string_view, 7> frontKeywords{"姓名",     "性别",     "民族",      "住址",
                                                         "公民身份", "身份号码", "居民身份证"};
-constexpr std::array<std::string_view, 4> backKeywords{"签发机关", "有效期限", "有效期", "中华人民共和国"};
+constexpr std::string_view officeLabel = "签发机关";
+constexpr std::array<std::string_view, 4> backKeywords{officeLabel, "有效期限", "有效期", "中华人民共和国"};
 
 /// A keyword in capitals is looked for in the text in capitals; one in mixed case only as it is written.
 struct BankKeyword {
@@ -36,6 +39,9 @@ constexpr std::array<BankKeyword, 11> bankKeywords{{{"银行", true},
                                                     {"贷记卡", true},
                                                     {"银联", true}}};
 constexpr const char* validityRangePattern = R"((\d{8})\s*[-—–]\s*(\d{8}|长期))";
+
+/// A block with so many is that of a card's number, whole or nearly so.
+constexpr std::size_t digitsOfACardNumber = 14;
 
 int countContained(std::string_view text, std::span<const std::string_view> words) {
   int count = 0;
@@ -116,8 +122,16 @@ void validateScene(const Observations& observations, SceneType expected) {
 }
 
 int documentsIn(const Observations& observations) {
-  const SceneFeatures found = featuresOf(lineText(observations));
-  return (found.looksFront ? 1 : 0) + (found.looksBack ? 1 : 0) + (found.looksBank ? 1 : 0);
+  const std::string text = lineText(observations);
+  const SceneFeatures found = featuresOf(text);
+  int numbers = 0, offices = 0, cardNumbers = 0;
+  for (const Observation& block : observations) {
+    cardNumbers += asciiDigits(block.text).size() >= digitsOfACardNumber ? 1 : 0;
+    numbers += RegexHelper::matches(citizenNumberPattern, removingAll(block.text, " ")) ? 1 : 0;
+    offices += contains(block.text, officeLabel) ? 1 : 0;
+  }
+  return (found.looksFront ? std::max(1, numbers) : 0) + (found.looksBack ? std::max(1, offices) : 0) +
+         (found.looksBank ? std::max(1, cardNumbers - numbers) : 0);
 }
 
 std::optional<OCRScanMode> documentIn(const Observations& observations) {

@@ -11,7 +11,7 @@ namespace pravik {
 /// kinds, or of none, passes. Throws OCRError::sceneMismatch.
 void validateScene(const Observations& observations, SceneType expected);
 
-/// How many kinds of card a text has the features of.
+/// How many cards a text has the features of, by what each card has once.
 int documentsIn(const Observations& observations);
 /// The kind of card that the text stands on; absent when it has the features of none. Of an identity card's two sides
 /// the text decides for the portrait side, and for either against a bank card.
