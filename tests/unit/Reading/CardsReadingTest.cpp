@@ -1,0 +1,140 @@
+#include <gmock/gmock.h>
+
+#include "Pravik.h"
+#include "support/Fakes.h"
+#include "support/Pictures.h"
+
+namespace pravik {
+namespace {
+
+using Blocks = std::vector<RecognizedText>;
+
+/// A block of a card in shares of the card from its upper left, on a card that lies on a picture in such shares.
+RecognizedText printed(std::string text, const Rect& block, const Rect& card) {
+  const Rect box{card.x + block.x * card.width, card.y + block.y * card.height, block.width * card.width,
+                 block.height * card.height};
+  return {TextCandidate{std::move(text), 0.9F}, flipped(box)};
+}
+
+constexpr Rect wholePicture{0, 0, 1, 1};
+
+Blocks portraitSide(const Rect& card = wholePicture) {
+  return {printed("姓名 张三", {0.067, 0.12, 0.23, 0.07}, card),
+          printed("性别 男 民族 汉", {0.067, 0.24, 0.4, 0.06}, card),
+          printed("住址 北京市东城区景山前街4号", {0.067, 0.49, 0.5, 0.06}, card),
+          printed("公民身份号码", {0.067, 0.84, 0.2, 0.06}, card),
+          printed("11010119900307123X", {0.322, 0.84, 0.551, 0.07}, card)};
+}
+
+Blocks emblemSide(const Rect& card = wholePicture) {
+  return {printed("中华人民共和国", {0.357, 0.13, 0.477, 0.08}, card),
+          printed("居民身份证", {0.357, 0.295, 0.477, 0.115}, card),
+          printed("签发机关 东城分局", {0.24, 0.72, 0.4, 0.06}, card),
+          printed("有效期限 2015.08.26-2035.08.26", {0.24, 0.845, 0.55, 0.06}, card)};
+}
+
+Blocks together(Blocks one, const Blocks& other) {
+  one.insert(one.end(), other.begin(), other.end());
+  return one;
+}
+
+RectangleObservation outlineOf(const Rect& area) {
+  const Rect box = flipped(area);
+  return {{{box.x, box.maxY()}, {box.maxX(), box.maxY()}, {box.x, box.y}, {box.maxX(), box.y}}, box, 0.9F};
+}
+
+constexpr Rect left{0.05, 0.3, 0.4, 0.34}, right{0.55, 0.28, 0.4, 0.34};
+
+/// A picture of 1600 x 1200 pixels, and an engine that reads the whole picture and then one card after the other.
+struct Fixture : test::FakeParts {
+  Image photo{.bitmap = test::plainPicture(1600, 1200, 200, 200, 200)};
+  PravikSDK sdk{makePlatform()};
+
+  std::vector<CardReading> read(const std::vector<Blocks>& readings, ReadingLimits limits = {}) {
+    engine->pictures.clear();
+    engine->script = {readings.begin(), readings.end()};
+    return syncWait(sdk.recognizeCards(photo, std::move(limits))).value();
+  }
+};
+
+std::vector<std::optional<OCRScanMode>> kindsOf(const std::vector<CardReading>& cards) {
+  std::vector<std::optional<OCRScanMode>> kinds;
+  for (const CardReading& card : cards) kinds.push_back(card.kind);
+  return kinds;
+}
+
+using testing::ElementsAre;
+
+TEST(CardsReading, ReadsEachCardWithinItsOutlineFromLeftToRight) {
+  Fixture f;
+  f.rectangles->rectangles = {outlineOf(right), outlineOf(left)};
+  const auto cards = f.read({together(emblemSide(right), portraitSide(left)), portraitSide(), emblemSide()});
+  ASSERT_THAT(kindsOf(cards), ElementsAre(OCRScanMode::idCardFront, OCRScanMode::idCardBack));
+  EXPECT_EQ(std::get<IDCardFrontInfo>(cards[0].reading.record.value()).address, "北京市东城区景山前街4号");
+  EXPECT_EQ(std::get<IDCardBackInfo>(cards[1].reading.record.value()).startDate, "20150826");
+  EXPECT_TRUE(cards[0].isOneOfAPair && cards[1].isOneOfAPair);
+  EXPECT_NEAR(cards[0].corners.topLeft.x, 0.05 * 1600, 15);
+  EXPECT_NEAR(cards[1].corners.bottomRight.y, 0.62 * 1200, 15);
+}
+
+TEST(CardsReading, FindsCardsWithoutOutlinesByTheirPrint) {
+  // So close that the text of both would be taken for one card's.
+  constexpr Rect above{0.2, 0.1, 0.5, 0.42}, below{0.2, 0.53, 0.5, 0.42};
+  const Blocks page = together(portraitSide(above), emblemSide(below));
+  Fixture f;
+  for (const auto& outlines : {std::vector<RectangleObservation>{}, std::vector{outlineOf({0.05, 0.02, 0.9, 0.96})}}) {
+    f.rectangles->rectangles = outlines;
+    const auto cards = f.read({page, portraitSide(), emblemSide()});
+    ASSERT_THAT(kindsOf(cards), ElementsAre(OCRScanMode::idCardFront, OCRScanMode::idCardBack))
+        << "with " << outlines.size() << " outlines, that of a page";
+    EXPECT_NEAR(cards[0].corners.topLeft.x, 0.2 * 1600, 60);
+    EXPECT_NEAR(cards[0].corners.bottomRight.y, 0.52 * 1200, 60);
+  }
+}
+
+TEST(CardsReading, GivesTheTextOfWhatIsNoKnownCard) {
+  Fixture f;
+  f.rectangles->rectangles = {outlineOf(left)};
+  const Blocks ticket{printed("会员卡 No. 0042", {0.1, 0.4, 0.5, 0.1}, wholePicture)};
+  const auto cards = f.read({{printed("会员卡", {0.1, 0.4, 0.5, 0.1}, left)}, ticket});
+  ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
+  EXPECT_EQ(cards[0].text, "会员卡 No. 0042");
+  EXPECT_EQ(cards[0].reading.record.error(), OCRError::insufficientText());
+}
+
+TEST(CardsReading, MakesNoRecordOfTwoCardsTogether) {
+  Fixture f;
+  f.rectangles->rectangles = {outlineOf(left)};
+  const auto cards = f.read({portraitSide(left), together(portraitSide(), emblemSide())});
+  ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
+  EXPECT_FALSE(cards[0].reading.record);
+}
+
+TEST(CardsReading, NamesTheCornersOfATurnedCardAsTheyLookUpright) {
+  Fixture f;
+  f.rectangles->rectangles = {outlineOf(left)};
+  Blocks sideways = portraitSide();
+  for (RecognizedText& block : sideways) block.direction = 90;
+  const auto cards = f.read({portraitSide(left), sideways, portraitSide()});
+  ASSERT_EQ(cards.size(), 1U);
+  EXPECT_EQ(cards[0].reading.report.turned, 270);
+  EXPECT_GT(cards[0].corners.topLeft.x, cards[0].corners.bottomLeft.x) << "its upper edge is the right one";
+}
+
+TEST(CardsReading, HasNoCardOnAPageOfTextAndTellsWhatThereWasNoTimeFor) {
+  Fixture f;
+  EXPECT_TRUE(f.read({{printed("今天天气很好", {0.1, 0.4, 0.5, 0.1}, wholePicture)}}).empty());
+  f.rectangles->rectangles = {outlineOf(left)};
+  const auto cards = f.read({portraitSide(left)}, {.time = std::chrono::milliseconds(0)});
+  ASSERT_EQ(cards.size(), 1U);
+  EXPECT_EQ(cards[0].reading.report.unreadReason, UnreadReason::timeSpent);
+  EXPECT_THROW(
+      {
+        const auto failed = syncWait(f.sdk.recognizeCards(Image{}));
+        if (!failed) throw OCRError(failed.error());
+      },
+      OCRError);
+}
+
+}  // namespace
+}  // namespace pravik
