@@ -13,14 +13,21 @@ namespace pravik::bench {
 namespace {
 
 /// What a caller waits for: straightening, enhancing, reading and parsing a photo that is in memory already.
-void recognizePortraitSide(benchmark::State& state) {
-  const Image photo{.bitmap = photoOfSize(1600, 1200)};
+void recognizePortraitSide(benchmark::State& state, ImageOrientation turn) {
+  const Image photo{.bitmap = uprightBitmap(photoOfSize(1600, 1200), turn)};
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
   if (!syncWait(sdk.recognizeIDCardFront(photo))) return state.SkipWithError("the sample was not recognised");
   for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeIDCardFront(photo)));
 }
-BENCHMARK(recognizePortraitSide)
+BENCHMARK_CAPTURE(recognizePortraitSide, upright, ImageOrientation::up)
     ->Name("recognise/portrait-side/1600x1200")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly();
+/// The same photo on its side, which is read twice.
+BENCHMARK_CAPTURE(recognizePortraitSide, turned, ImageOrientation::right)
+    ->Name("recognise/portrait-side/turned")
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Repetitions(5)

@@ -126,8 +126,9 @@ pravik_status pravik_result_status(const pravik_result* result);
 /*
  * The answer as JSON on one line, {"kind":…,"result":{…},"checks":{…}} or {"kind":…,"error":{"code":…,"message":…,
  * "context":{…}}}, as the command line writes it; the context says more than the message, such as why a file cannot be
- * read, and "report" beside the error why nothing was read. The statuses from PRAVIK_INVALID_INPUT on have neither kind
- * nor context. Never null; valid until the result is freed, as are the next two.
+ * read, and "report" beside the error why nothing was read. "turned" tells by how many degrees clockwise a picture was
+ * turned to stand upright, if it was. The statuses from PRAVIK_INVALID_INPUT on have neither kind nor context. Never
+ * null; valid until the result is freed, as are the next two.
  */
 const char* pravik_result_json(const pravik_result* result);
 /* The error's stable code, such as "scene_mismatch"; "" without an error. */

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <thread>
 
 #include "apps/pravik/PictureCommands.h"
@@ -28,6 +29,9 @@ TEST_P(Samples, AreReadAsTheyWereDrawnAndNotTakenForWhatTheyAreNot) {
   EXPECT_EQ(answer["result"], truth["result"]) << answer;
   const json checks = answer.value("checks", json::object());
   for (const auto& [check, passed] : checks.items()) EXPECT_TRUE(passed == true) << check;
+
+  const int turned = truth.value("turn", 0) + answer.value("turned", 0);
+  EXPECT_NEAR(std::remainder(turned, 360), 0, 5) << "it is turned back, and what is upright is not";
 
   if (kind != "code") {
     EXPECT_EQ(answerOf("code")["error"]["code"], "insufficient_text");

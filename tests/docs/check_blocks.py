@@ -23,6 +23,7 @@ SECONDS = 120
 # What the pages call the reader's own pictures.
 STAND_INS = {
     "card.jpg": "id-front-photo-0019.jpg",
+    "sideways.jpg": "id-front-photo-0036.jpg",
     "back.jpg": "id-back-photo-0006.jpg",
     "a.jpg": "bank-card-worn-photo-0001.jpg",
     "b.jpg": "bank-card-flat-photo-0011.jpg",

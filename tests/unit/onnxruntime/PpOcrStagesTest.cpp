@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -212,6 +213,31 @@ TEST(OnnxTextEngineTest, FindsNothingOnPicturesOfExtremeShapes) {
   for (const auto& [width, height] : {std::pair(1, 1), std::pair(3000, 2), std::pair(2, 3000)}) {
     const Bitmap blank(PixelFormat::grey8, width, height, width, allocatePixels(PixelFormat::grey8, width, height));
     EXPECT_TRUE(engine.recognize(blank, {}).empty()) << width << " x " << height;
+  }
+}
+
+/// The picture turned clockwise, with as much more of its ground as holds it.
+cv::Mat turnedClockwise(const cv::Mat& picture, double degrees) {
+  const cv::Point2f middle(static_cast<float>(picture.cols) / 2, static_cast<float>(picture.rows) / 2);
+  const int side = picture.cols + picture.rows;
+  cv::Mat turn = cv::getRotationMatrix2D(middle, -degrees, 1), turned;
+  turn.col(2) += cv::Mat(cv::Vec2d((side - picture.cols) / 2.0, (side - picture.rows) / 2.0));
+  cv::warpAffine(picture, turned, turn, {side, side}, cv::INTER_CUBIC, cv::BORDER_REPLICATE);
+  return turned;
+}
+
+TEST(OnnxTextEngineTest, TellsInWhichDirectionTextRuns) {
+  cv::Mat page(360, 640, CV_8UC1, cv::Scalar(235));
+  int y = 30;
+  for (const char* line : {"PEOPLE AND PLACES", "Chapter of Tables", "6222 0212 3456 7894"})
+    cv::putText(page, line, {60, y += 80}, cv::FONT_HERSHEY_DUPLEX, 1.4, 30, 2);
+  const OnnxTextEngine engine({.modelDirectory = models});
+  for (const double degrees : {0, 30, 90, 180, 264, 270}) {
+    const auto texts = engine.recognize(toBitmap(turnedClockwise(page, degrees)), {});
+    EXPECT_GE(texts.size(), 3U) << degrees;
+    for (const RecognizedText& text : texts)  // The box of a short word need not lie along it.
+      EXPECT_NEAR(std::remainder(text.direction.value() - degrees, 360), 0, 25)
+          << degrees << ": " << text.topCandidate->text;
   }
 }
 
