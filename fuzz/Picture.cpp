@@ -23,7 +23,10 @@ constexpr std::int64_t maximumPixels = 96 * 96;
 
 std::optional<Image> decoded(std::span<const std::uint8_t> file) {
   try {
-    const PictureHeader header = readPictureHeader(file);
+    const PictureFormat format = formatOf(file);
+    // Other people's decoders, one of them a process.
+    if (format == PictureFormat::heic || format == PictureFormat::pdf) return std::nullopt;
+    const PictureHeader header = readPictureHeader(file, format);
     const std::int64_t pixels = header.width * header.height;
     if (pixels > maximumPixels) return std::nullopt;
     Image image = OpenCvImageCodec().decode(file);

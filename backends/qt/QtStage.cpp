@@ -133,7 +133,7 @@ void QtStage::pickPhoto(std::function<void(std::optional<Image>)> completion) {
   auto* dialog = new QFileDialog(dialogParent());
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setFileMode(QFileDialog::ExistingFile);
-  dialog->setNameFilter(QStringLiteral("*.jpg *.jpeg *.png *.webp *.bmp *.tif *.tiff"));
+  dialog->setNameFilter(QStringLiteral("*.jpg *.jpeg *.png *.webp *.heic *.heif *.bmp *.tif *.tiff *.pdf"));
   dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation));
   QObject::connect(dialog, &QFileDialog::fileSelected, &timers_, [this, answer](const QString& path) {
     loadPhoto(path, [answer](std::optional<Image> photo) { answer->give(std::move(photo)); });

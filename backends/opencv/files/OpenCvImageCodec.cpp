@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <opencv2/core/utils/logger.hpp>
@@ -10,8 +11,10 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "backends/opencv/Mat.h"
+#include "backends/opencv/files/PdfPages.h"
 #include "backends/opencv/files/PictureHeader.h"
 #include "backends/opencv/files/PixelDecoders.h"
 
@@ -37,7 +40,7 @@ void requireSize(std::uintmax_t bytes) {
 cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format) {
   if (format == PictureFormat::jpeg) return jpegPixels(file);
   if (format == PictureFormat::png) return pngPixels(file);
-  if (format == PictureFormat::tiff) return tiffPixels(file);
+  if (format == PictureFormat::heic) return heicPixels(file);
   const cv::Mat bytes(1, static_cast<int>(file.size()), CV_8UC1, const_cast<std::uint8_t*>(file.data()));
   // Only a decoder that is asked for unchanged pixels hands out transparency.
   return cv::imdecode(bytes, cv::IMREAD_UNCHANGED);
@@ -64,10 +67,36 @@ cv::Mat opaqueBgra(const cv::Mat& pixels) {
   return bgra;
 }
 
-Bitmap decodeUpright(std::span<const std::uint8_t> file, const PictureHeader& header) {
-  const cv::Mat pixels = decodePixels(file, header.format);
-  if (pixels.empty()) throw std::runtime_error("the picture is damaged");
-  return uprightBitmap(toBitmap(opaqueBgra(pixels)), header.orientation);
+/// The picture whose pixels are decoded, upright.
+template <class Decode>
+Image uprightImage(ImageOrientation orientation, const Decode& decode) {
+  try {
+    const cv::Mat pixels = decode();
+    if (pixels.empty()) throw std::runtime_error("the picture is damaged");
+    return {.bitmap = uprightBitmap(toBitmap(opaqueBgra(pixels)), orientation)};
+  } catch (const cv::Exception& error) {
+    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
+    throw std::runtime_error("the picture is damaged");
+  }
+}
+
+using FileBytes = std::shared_ptr<const std::vector<std::uint8_t>>;
+
+PictureFile singlePicture(const FileBytes& file, PictureFormat format) {
+  return {1, [file, format](int /*page*/) {
+            const ImageOrientation orientation =
+                format == PictureFormat::heic ? ImageOrientation::up : readPictureHeader(*file, format).orientation;
+            return uprightImage(orientation, [&] { return decodePixels(*file, format); });
+          }};
+}
+
+PictureFile tiffPages(const FileBytes& file) {
+  const std::vector<std::size_t> directories = tiffDirectories(*file);
+  return {static_cast<int>(directories.size()), [file, directories](int page) {
+            const std::size_t directory = directories.at(static_cast<std::size_t>(page));
+            const PictureHeader header = readTiffHeader(*file, directory);
+            return uprightImage(header.orientation, [&] { return tiffPixels(*file, directory); });
+          }};
 }
 
 std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
@@ -92,20 +121,17 @@ std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
 
 }  // namespace
 
-Image OpenCvImageCodec::decode(std::span<const std::uint8_t> file) const {
+PictureFile OpenCvImageCodec::open(std::vector<std::uint8_t> file) const {
   silenceOpenCv();
   requireSize(file.size());
-  const PictureHeader header = readPictureHeader(file);
-  try {
-    return {.bitmap = decodeUpright(file, header)};
-  } catch (const cv::Exception& error) {
-    if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
-    throw std::runtime_error("the picture is damaged");
-  }
+  const PictureFormat format = formatOf(file);
+  if (format == PictureFormat::pdf) return pdfPages(file);
+  const auto bytes = std::make_shared<const std::vector<std::uint8_t>>(std::move(file));
+  return format == PictureFormat::tiff ? tiffPages(bytes) : singlePicture(bytes, format);
 }
 
-Image OpenCvImageCodec::load(const std::filesystem::path& path) const {
-  return decode(readFile(path));
+PictureFile OpenCvImageCodec::open(const std::filesystem::path& path) const {
+  return open(readFile(path));
 }
 
 std::vector<std::uint8_t> OpenCvImageCodec::encode(const Bitmap& bitmap, ImageFileFormat format) const {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -55,7 +56,7 @@ class ByteReader {
   std::endian order_;
 };
 
-/// What the first directory of TIFF data (TIFF 6.0, section 2) says; Exif data has the same form.
+/// What a directory of TIFF data (TIFF 6.0, section 2) says; Exif data has the same form.
 struct TiffDirectory {
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
@@ -63,6 +64,7 @@ struct TiffDirectory {
 };
 
 constexpr std::uint16_t widthTag = 0x100, heightTag = 0x101, orientationTag = 0x112;
+constexpr std::uint16_t subfileTypeTag = 0xFE;
 constexpr std::uint16_t stripOffsetsTag = 0x111, stripLengthsTag = 0x117;
 constexpr std::uint16_t tileOffsetsTag = 0x144, tileLengthsTag = 0x145;
 constexpr std::uint16_t shortType = 3;
@@ -81,11 +83,13 @@ void requirePixels(const ByteReader& bytes, std::size_t offsets, std::size_t len
   for (std::size_t i = 0; i < count; ++i) bytes.part(valueOf(bytes, offsets, i), valueOf(bytes, lengths, i));
 }
 
-/// Throws std::runtime_error when the data end before the directory or before the pixels it tells of.
-TiffDirectory readTiffDirectory(std::span<const std::uint8_t> tiff) {
+ByteReader tiffReader(std::span<const std::uint8_t> tiff) {
   const bool bigEndian = ByteReader(tiff, std::endian::big).matches(0, "MM");
-  const ByteReader bytes(tiff, bigEndian ? std::endian::big : std::endian::little);
-  const std::size_t directory = bytes.u32(4);
+  return {tiff, bigEndian ? std::endian::big : std::endian::little};
+}
+
+/// Throws std::runtime_error when the data end before the directory or before the pixels it tells of.
+TiffDirectory readTiffDirectory(const ByteReader& bytes, std::size_t directory) {
   const std::size_t count = bytes.u16(directory);
   TiffDirectory found;
   std::size_t offsets = 0, lengths = 0;
@@ -114,10 +118,7 @@ constexpr int maximumJpegScans = 500;
 }
 
 void requireSize(const PictureHeader& header) {
-  if (header.width < 1 || header.height < 1) refuse("the picture is damaged");
-  if (header.height > maximumPicturePixels / header.width)
-    throw std::runtime_error("too large: " + std::to_string(header.width) + " x " + std::to_string(header.height) +
-                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
+  requirePictureSize(header.width, header.height);
 }
 
 ByteReader bigEndian(std::span<const std::uint8_t> bytes) {
@@ -130,7 +131,8 @@ ByteReader littleEndian(std::span<const std::uint8_t> bytes) {
 /// Damaged Exif data is no reason to refuse a picture: it stands up then.
 ImageOrientation exifOrientation(std::span<const std::uint8_t> exif) {
   try {
-    return readTiffDirectory(exif).orientation;
+    const ByteReader bytes = tiffReader(exif);
+    return readTiffDirectory(bytes, bytes.u32(4)).orientation;
   } catch (const std::runtime_error&) {
     return ImageOrientation::up;
   }
@@ -151,7 +153,7 @@ std::size_t endOfScan(const ByteReader& bytes, std::size_t at) {
 /// Walks all segments to the end marker, because a decoder fills up what is missing with grey.
 PictureHeader readJpeg(std::span<const std::uint8_t> file) {
   const ByteReader bytes = bigEndian(file);
-  PictureHeader header{.format = PictureFormat::jpeg, .width = 0, .height = 0};
+  PictureHeader header{.width = 0, .height = 0};
   int scans = 0;
   for (std::size_t at = 2;;) {
     if (bytes.u8(at) != 0xFF) refuse("the picture is damaged");
@@ -199,7 +201,7 @@ std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
 
 PictureHeader readPng(std::span<const std::uint8_t> file) {
   const ByteReader bytes = bigEndian(file);
-  PictureHeader header{.format = PictureFormat::png, .width = bytes.u32(16), .height = bytes.u32(20)};
+  PictureHeader header{.width = bytes.u32(16), .height = bytes.u32(20)};
   // Before the rest of a file is walked through.
   requireSize(header);
   for (std::size_t at = 8, length = 0;; at += 12 + length) {
@@ -213,7 +215,7 @@ PictureHeader readPng(std::span<const std::uint8_t> file) {
 
 PictureHeader readBmp(std::span<const std::uint8_t> file) {
   const ByteReader bytes = littleEndian(file);
-  PictureHeader header{.format = PictureFormat::bmp, .width = 0, .height = 0};
+  PictureHeader header{.width = 0, .height = 0};
   if (bytes.u32(14) == 12) {
     header.width = bytes.u16(18);
     header.height = bytes.u16(20);
@@ -236,7 +238,7 @@ PictureHeader readBmp(std::span<const std::uint8_t> file) {
 PictureHeader readWebp(std::span<const std::uint8_t> file) {
   const ByteReader bytes = littleEndian(file);
   bytes.part(8, bytes.u32(4));
-  PictureHeader header{.format = PictureFormat::webp, .width = 0, .height = 0};
+  PictureHeader header{.width = 0, .height = 0};
   if (bytes.matches(12, "VP8X")) {
     constexpr unsigned animated = 2;
     if ((bytes.u8(20) & animated) != 0) refuse("an animated picture cannot be read");
@@ -258,28 +260,77 @@ PictureHeader readWebp(std::span<const std::uint8_t> file) {
   return header;
 }
 
-PictureHeader readTiff(std::span<const std::uint8_t> file) {
-  const TiffDirectory directory = readTiffDirectory(file);
-  return {.format = PictureFormat::tiff,
-          .width = directory.width.value_or(0),
-          .height = directory.height.value_or(0),
-          .orientation = directory.orientation};
+/// libtiff counts no more either.
+constexpr std::size_t mostTiffDirectories = 65'535;
+
+/// Whether a directory says that its picture is a smaller version or a mask of another (TIFF 6.0, section 8). That
+/// comes first in it, for its entries are sorted.
+bool isPage(const ByteReader& bytes, std::size_t directory) {
+  constexpr std::uint32_t thumbnail = 1, mask = 4;
+  const bool tellsType = bytes.u16(directory) > 0 && bytes.u16(directory + 2) == subfileTypeTag;
+  return !tellsType || (valueOf(bytes, directory + 2, 0) & (thumbnail | mask)) == 0;
 }
 
-PictureHeader readByFormat(std::span<const std::uint8_t> file) {
-  const ByteReader bytes = bigEndian(file);
-  if (bytes.matches(0, "\xFF\xD8\xFF"sv)) return readJpeg(file);
-  if (bytes.matches(0, "\x89PNG\r\n\x1A\n"sv)) return readPng(file);
-  if (bytes.matches(0, "RIFF"sv) && bytes.matches(8, "WEBP"sv)) return readWebp(file);
-  if (bytes.matches(0, "II*\0"sv) || bytes.matches(0, "MM\0*"sv)) return readTiff(file);
-  if (bytes.matches(0, "BM"sv) && bytes.size() > 26) return readBmp(file);
-  refuse("not a picture (JPEG, PNG, WebP, BMP and TIFF can be read)");
+/// Still and moving pictures of HEVC (ISO/IEC 23008-12, annex B), and pictures whatever they are coded with.
+constexpr std::array heicBrands{"heic"sv, "heix"sv, "heim"sv, "heis"sv, "hevc"sv, "hevx"sv, "mif1"sv, "msf1"sv};
+
+bool isHeic(const ByteReader& bytes) {
+  return bytes.matches(4, "ftyp"sv) &&
+         std::ranges::any_of(heicBrands, [&](std::string_view brand) { return bytes.matches(8, brand); });
 }
 
 }  // namespace
 
-PictureHeader readPictureHeader(std::span<const std::uint8_t> file) {
-  const PictureHeader header = readByFormat(file);
+PictureFormat formatOf(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = bigEndian(file);
+  if (bytes.matches(0, "\xFF\xD8\xFF"sv)) return PictureFormat::jpeg;
+  if (bytes.matches(0, "\x89PNG\r\n\x1A\n"sv)) return PictureFormat::png;
+  if (bytes.matches(0, "RIFF"sv) && bytes.matches(8, "WEBP"sv)) return PictureFormat::webp;
+  if (bytes.matches(0, "II*\0"sv) || bytes.matches(0, "MM\0*"sv)) return PictureFormat::tiff;
+  if (bytes.matches(0, "BM"sv) && bytes.size() > 26) return PictureFormat::bmp;
+  if (bytes.matches(0, "%PDF-"sv)) return PictureFormat::pdf;
+  if (isHeic(bytes)) return PictureFormat::heic;
+  refuse("not a picture (JPEG, PNG, WebP, HEIC, BMP, TIFF and PDF can be read)");
+}
+
+void requirePictureSize(std::int64_t width, std::int64_t height) {
+  if (width < 1 || height < 1) refuse("the picture is damaged");
+  if (height > maximumPicturePixels / width)
+    throw std::runtime_error("too large: " + std::to_string(width) + " x " + std::to_string(height) +
+                             " pixels, at most " + std::to_string(maximumPicturePixels / 1'000'000) + " megapixels");
+}
+
+PictureHeader readPictureHeader(std::span<const std::uint8_t> file, PictureFormat format) {
+  if (format == PictureFormat::tiff) return readTiffHeader(file, tiffDirectories(file).front());
+  const PictureHeader header = format == PictureFormat::jpeg   ? readJpeg(file)
+                               : format == PictureFormat::png  ? readPng(file)
+                               : format == PictureFormat::webp ? readWebp(file)
+                                                               : readBmp(file);
+  requireSize(header);
+  return header;
+}
+
+std::vector<std::size_t> tiffDirectories(std::span<const std::uint8_t> file) {
+  const ByteReader bytes = tiffReader(file);
+  std::size_t directory = bytes.u32(4);
+  std::vector<std::size_t> pages{directory};
+  // The chain ends with a zero; one that comes back to itself is over too.
+  std::set<std::size_t> seen{0};
+  try {
+    while (seen.size() <= mostTiffDirectories && seen.insert(directory).second) {
+      if (directory != pages.front() && isPage(bytes, directory)) pages.push_back(directory);
+      directory = bytes.u32(directory + 2 + std::size_t{12} * bytes.u16(directory));
+    }
+  } catch (const std::runtime_error&) {
+    if (directory != pages.back()) pages.push_back(directory);
+  }
+  return pages;
+}
+
+PictureHeader readTiffHeader(std::span<const std::uint8_t> file, std::size_t directory) {
+  const TiffDirectory found = readTiffDirectory(tiffReader(file), directory);
+  const PictureHeader header{
+      .width = found.width.value_or(0), .height = found.height.value_or(0), .orientation = found.orientation};
   requireSize(header);
   return header;
 }

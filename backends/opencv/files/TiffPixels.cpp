@@ -50,7 +50,7 @@ Tiff open(MemoryFile& file) {
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keepSilent, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), keepSilent, nullptr);
   return {TIFFClientOpenExt(
-              "", "rm", &file, readPart, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; }, seek,
+              "", "rmh", &file, readPart, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; }, seek,
               [](thandle_t) { return 0; }, [](thandle_t handle) -> toff_t { return fileOf(handle).bytes.size(); },
               nullptr, nullptr, options.get()),
           TIFFClose};
@@ -70,10 +70,10 @@ void composeOverWhite(cv::Mat& rgba) {
 
 }  // namespace
 
-cv::Mat tiffPixels(std::span<const std::uint8_t> file) {
+cv::Mat tiffPixels(std::span<const std::uint8_t> file, std::size_t directory) {
   MemoryFile memory{file};
   const Tiff tiff = open(memory);
-  if (!tiff) return {};
+  if (!tiff || TIFFSetSubDirectory(tiff.get(), directory) == 0) return {};
   std::array<char, 1024> reason{};
   if (TIFFRGBAImageOK(tiff.get(), reason.data()) == 0) throw std::runtime_error("pixels of this kind cannot be read");
   std::uint32_t width = 0, height = 0;

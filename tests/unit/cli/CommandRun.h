@@ -12,20 +12,29 @@
 
 namespace pravik::cli {
 
-/// "Decodes" a file by its name: "bad..." cannot be read, every other one is a grey picture.
+/// "Decodes" a file by its name: "bad..." cannot be read, "pages3..." has three pages of which the second is damaged,
+/// every other one is a grey picture.
 class FakeCodec : public ImageCodec {
  public:
-  Image decode(std::span<const std::uint8_t> file) const override {
+  PictureFile open(std::vector<std::uint8_t> file) const override {
     if (file.empty()) throw std::runtime_error("the file is empty");
-    return {.bitmap = test::plainPicture(40, 30, 200, 200, 200)};
+    return {1, [](int) { return grey(); }};
   }
-  Image load(const std::filesystem::path& path) const override {
-    if (path.filename().string().starts_with("bad")) throw std::runtime_error("not a picture");
-    return {.bitmap = test::plainPicture(40, 30, 200, 200, 200)};
+  PictureFile open(const std::filesystem::path& path) const override {
+    const std::string name = path.filename().string();
+    if (name.starts_with("bad")) throw std::runtime_error("not a picture");
+    if (!name.starts_with("pages")) return open({1});
+    return {std::stoi(name.substr(5)), [](int page) {
+              if (page == 1) throw std::runtime_error("the picture is damaged");
+              return grey();
+            }};
   }
   std::vector<std::uint8_t> encode(const Bitmap& /*bitmap*/, ImageFileFormat /*format*/) const override {
     return {'j', 'p', 'g'};
   }
+
+ private:
+  static Image grey() { return {.bitmap = test::plainPicture(40, 30, 200, 200, 200)}; }
 };
 
 /// Runs the tool in this process on fakes.

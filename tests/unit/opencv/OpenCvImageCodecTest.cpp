@@ -4,12 +4,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <opencv2/imgcodecs.hpp>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "backends/opencv/Mat.h"
@@ -46,10 +51,24 @@ Bitmap decoded(const Bytes& file) {
   return OpenCvImageCodec().decode(file).bitmap.value();
 }
 
-/// A file beside this one: an 8 x 8 JPEG of cyan, magenta, yellow and black, plain red; or a 2 x 1 PNG with a palette,
-/// whose first pixel is red and whose second is wholly transparent.
+/// A file beside this one:
+/// - cmyk.jpg, 8 x 8 pixels of cyan, magenta, yellow and black, plain red;
+/// - palette.png, 2 x 1 pixels, the first red and the second wholly transparent;
+/// - quarters.heic, 96 x 64 pixels, quarters() and a quarter turn to the left; its Exif data tell of another turn,
+/// which
+///   does not count in this format;
+/// - larger-than-promised.heic, the same without a turn, whose coded picture says that it has 16384 x 16384 pixels.
+std::filesystem::path beside(const char* name) {
+  return std::filesystem::path(PRAVIK_TEST_PICTURES_DIRECTORY) / name;
+}
+
 Bitmap loaded(const char* name) {
-  return OpenCvImageCodec().load(std::filesystem::path(PRAVIK_TEST_PICTURES_DIRECTORY) / name).bitmap.value();
+  return OpenCvImageCodec().load(beside(name)).bitmap.value();
+}
+
+Bytes bytesOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Why bytes cannot be decoded or a file cannot be loaded.
@@ -138,6 +157,58 @@ TEST(OpenCvImageCodec, TurnsPicturesUprightAsTheExifTagSays) {
   expectCorners(decoded(withOrientation(file, 9)), expected[0], "an orientation that does not exist");
 }
 
+TEST(OpenCvImageCodec, TurnsHeicPicturesAsTheirOwnPropertySays) {
+  const Bitmap bitmap = loaded("quarters.heic");
+  EXPECT_EQ(bitmap.width(), 64);
+  EXPECT_EQ(bitmap.height(), 96);
+  expectCorners(bitmap, {green, white, red, blue}, "HEIC");
+}
+
+/// A TIFF file of small pictures, one plain grey after the other.
+Bytes tiffOf(const std::vector<int>& greys) {
+  std::vector<cv::Mat> pages;
+  for (const int grey : greys) pages.emplace_back(8, 8, CV_8UC3, cv::Scalar::all(grey));
+  const test::TemporaryFolder folder;
+  const std::string path = folder.path() / "pages.tiff";
+  cv::imwritemulti(path, pages);
+  return bytesOf(path);
+}
+
+TEST(OpenCvImageCodec, DecodesThePagesOfATiffFileOneByOne) {
+  const OpenCvImageCodec codec;
+  const PictureFile file = codec.open(tiffOf({10, 120, 240}));
+  ASSERT_EQ(file.pageCount, 3);
+  for (const auto& [page, grey] : {std::pair{2, 240}, {0, 10}, {1, 120}})
+    expectColor(file.decode(page).bitmap.value(), 1, 1, {grey, grey, grey}, "page " + std::to_string(page));
+  EXPECT_EQ(codec.open(tiffOf(std::vector<int>(maximumPages + 20, 9))).pageCount, maximumPages + 20);
+}
+
+TEST(OpenCvImageCodec, ADamagedPageOfATiffFileLeavesTheOthers) {
+  const Bytes whole = tiffOf({10, 120, 240});
+  // "II", 42, and the place of the first directory; each ends with the place of the next one.
+  const auto number = [](const Bytes& file, std::size_t at) {
+    return file[at] | file[at + 1] << 8U | file[at + 2] << 16U | static_cast<std::size_t>(file[at + 3]) << 24U;
+  };
+  const auto linkBehind = [&](std::size_t directory) {
+    return directory + 2 + std::size_t{12} * (whole[directory] | whole[directory + 1] << 8U);
+  };
+  const std::size_t first = number(whole, 4), second = number(whole, linkBehind(first));
+  const OpenCvImageCodec codec;
+
+  const PictureFile cut = codec.open(patched(whole, linkBehind(second), {0xFF, 0xFF, 0xFF, 0x7F}));
+  ASSERT_EQ(cut.pageCount, 3);
+  EXPECT_EQ(cut.decode(1).bitmap->width(), 8);
+  EXPECT_THROW(cut.decode(2), std::runtime_error);
+
+  const Bytes toFirst(whole.begin() + 4, whole.begin() + 8);
+  EXPECT_EQ(codec.open(patched(whole, linkBehind(second), toFirst)).pageCount, 2) << "a chain that bites its tail";
+
+  // The first entry of a directory; its tag becomes that of the kind of picture, with the kind "thumbnail".
+  const Bytes thumbnail{0xFE, 0, 4, 0, 1, 0, 0, 0, 1, 0, 0, 0};
+  EXPECT_EQ(codec.open(patched(whole, second + 2, thumbnail)).pageCount, 2);
+  EXPECT_EQ(codec.open(patched(whole, first + 2, thumbnail)).pageCount, 3) << "the first is a page whatever it says";
+}
+
 TEST(OpenCvImageCodec, RefusesWhatIsNoWholePicture) {
   const Bytes jpeg = fileOf(quarters(), ".jpg"), png = fileOf(quarters(), ".png");
   const std::string text = "Name,Number\n";
@@ -156,6 +227,10 @@ TEST(OpenCvImageCodec, RefusesWhatIsNoWholePicture) {
       {"WebP cut", shortened(fileOf(quarters(), ".webp"), 0.9), "the file is truncated"},
       {"TIFF cut", shortened(fileOf(quarters(), ".tiff"), 0.5), "the file is truncated"},
       {"PNG with a wrong byte", patched(png, png.size() / 2, {static_cast<std::uint8_t>(~png[png.size() / 2])}),
+       "the picture is damaged"},
+      {"HEIC cut in its pixels", shortened(bytesOf(beside("quarters.heic")), 0.9), "the picture is damaged"},
+      {"HEIC cut in its header", shortened(bytesOf(beside("quarters.heic")), 0.3), "the picture is damaged"},
+      {"HEIC whose coded picture is larger than allowed", bytesOf(beside("larger-than-promised.heic")),
        "the picture is damaged"},
       {"JPEG without pixels", {0xFF, 0xD8, 0xFF, 0xD9}, "the picture is damaged"},
       {"floating point", fileOf(cv::Mat(4, 4, CV_32FC1, cv::Scalar(0.5)), ".tiff"), "cannot be read"},
@@ -177,7 +252,8 @@ TEST(OpenCvImageCodec, LibrariesDoNotWriteToStandardError) {
   for (const Bytes& file :
        {damaged(fileOf(noise, ".jpg")), damaged(fileOf(noise, ".jpg", {cv::IMWRITE_JPEG_PROGRESSIVE, 1})),
         damaged(fileOf(noise, ".tiff", compressed)), damaged(fileOf(noise, ".tiff")), damaged(fileOf(noise, ".webp")),
-        damaged(fileOf(noise, ".bmp"))})
+        damaged(fileOf(noise, ".bmp")), damaged(bytesOf(beside("quarters.heic"))),
+        shortened(bytesOf(beside("quarters.heic")), 0.9)})
     errorOf(file);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -187,6 +263,11 @@ TEST(OpenCvImageCodec, RefusesPicturesThatAreTooLargeBeforeDecodingThem) {
   const Bytes side = {0, 0, 0x4E, 0x20};  // 20,000
   const Bytes png = patched(patched(fileOf(quarters(), ".png"), 16, side), 20, side);
   EXPECT_THAT(errorOf(png), testing::HasSubstr("too large: 20000 x 20000 pixels"));
+  Bytes heic = bytesOf(beside("quarters.heic"));
+  const std::string_view size = "ispe";
+  const auto promise = std::ranges::search(heic, size).begin() + 8;
+  std::ranges::copy(side, promise);
+  EXPECT_THAT(errorOf(heic), testing::HasSubstr("too large"));
   const Bytes bmp = patched(fileOf(quarters(), ".bmp"), 18, {0xFF, 0xFF, 0xFF, 0x7F, 0xFF, 0xFF, 0xFF, 0x7F});
   EXPECT_NE(errorOf(bmp), "no error");
   const Bytes large(static_cast<std::size_t>(maximumPictureFileBytes) + 1, 0xFF);
