@@ -143,15 +143,17 @@ class Division {
  public:
   Division(Observations texts, const Size& picture) : texts_(std::move(texts)), picture_(picture) {}
 
-  /// Takes what stands within the outline as a card, unless there is nothing or the outline is that of a page.
-  void take(const Quadrilateral& outline, double margin) {
+  /// Takes what stands within the outline as a card, unless there is nothing, or what several cards have. Without an
+  /// outline to be seen, only with the features of a card.
+  void take(const Quadrilateral& outline, double margin, bool isSeen = true) {
     const Quadrilateral area = grown(outline, margin);
     const auto inside = std::ranges::stable_partition(texts_, [&](const Observation& block) {
       const Rect box = inPixels(flipped(block.boundingBox), picture_);
       return !contains(area, {box.midX(), box.midY()});
     });
     Observations held(inside.begin(), inside.end());
-    if (held.empty() || documentsIn(held) > 1) return;
+    const int documents = documentsIn(held);
+    if (held.empty() || documents > 1 || (documents == 0 && !isSeen)) return;
     texts_.erase(inside.begin(), inside.end());
     regions_.push_back({area, std::move(held)});
   }
@@ -190,7 +192,7 @@ std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, 
       division.take(moved(outline, area.x, area.y), marginOfOutline);
   }
   for (const Observation& block : Observations(division.texts()))
-    if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint);
+    if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint, false);
   for (Observations& part : division.rest())
     division.regions().push_back({cornersOf(surroundings(part, picture.size())), std::move(part)});
   return std::move(division.regions());
