@@ -143,9 +143,9 @@ class Division {
  public:
   Division(Observations texts, const Size& picture) : texts_(std::move(texts)), picture_(picture) {}
 
-  /// Takes what stands within the outline as a card, unless there is nothing, or what several cards have. Without an
-  /// outline to be seen, only with the features of a card.
-  void take(const Quadrilateral& outline, double margin, bool isSeen = true) {
+  /// Takes what stands within the outline as a card, unless there is nothing, or what several cards have; where the
+  /// outline alone is no proof of a card, only with the features of one.
+  void take(const Quadrilateral& outline, double margin, bool isProof = true) {
     const Quadrilateral area = grown(outline, margin);
     const auto inside = std::ranges::stable_partition(texts_, [&](const Observation& block) {
       const Rect box = inPixels(flipped(block.boundingBox), picture_);
@@ -153,7 +153,7 @@ class Division {
     });
     Observations held(inside.begin(), inside.end());
     const int documents = documentsIn(held);
-    if (held.empty() || documents > 1 || (documents == 0 && !isSeen)) return;
+    if (held.empty() || documents > 1 || (documents == 0 && !isProof)) return;
     texts_.erase(inside.begin(), inside.end());
     regions_.push_back({area, std::move(held)});
   }
@@ -189,7 +189,7 @@ std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, 
   for (const Observations& part : division.rest()) {
     const PixelRect area = touchedPixels(surroundings(part, picture.size()), picture.size());
     for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture.crop(area)))
-      division.take(moved(outline, area.x, area.y), marginOfOutline);
+      division.take(moved(outline, area.x, area.y), marginOfOutline, false);
   }
   for (const Observation& block : Observations(division.texts()))
     if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint, false);
