@@ -10,6 +10,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "accuracy"))
 
 import bankcards  # noqa: E402
+import nocards  # noqa: E402
 import reading  # noqa: E402
 import scanning  # noqa: E402
 
@@ -63,6 +64,17 @@ class BankCardReportTest(unittest.TestCase):
         with contextlib.redirect_stdout(io.StringIO()) as report:
             bankcards.print_doubtless_wrong({("lifelike", "hard"): {"worn": tally, "bare": tally}})
         self.assertEqual(report.getvalue().split()[-5:], ["lifelike", "hard", "2", "of", "10"])
+
+
+class NoCardReportTest(unittest.TestCase):
+    def test_what_is_read_off_a_picture_without_a_number_is_told_by_what_gives_it_away(self):
+        error = {"error": {"code": "no_card_number_found"}}
+        for kind, answer, came in (("bank-card", error, nocards.NOTHING), ("id-front", error, nocards.NOTHING),
+                                   ("bank-card", card_answer(), nocards.PASSING),
+                                   ("bank-card", card_answer(luhn=False), nocards.MARKED),
+                                   ("id-back", {"result": BACK, "checks": {}}, nocards.RECORD)):
+            with self.subTest(kind=kind, answer=answer):
+                self.assertEqual(nocards.outcome(answer, kind), came)
 
 
 class ScanReportTest(unittest.TestCase):

@@ -22,6 +22,7 @@ import embossed_relief  # noqa: E402
 import idcard  # noqa: E402
 import lifelike_card  # noqa: E402
 import messenger  # noqa: E402
+import nocard  # noqa: E402
 import numpy as np  # noqa: E402
 import pasted_groups  # noqa: E402
 import people  # noqa: E402
@@ -149,6 +150,57 @@ class LifelikeTest(unittest.TestCase):
             self.assertEqual(JpegImagePlugin.get_sampling(sent), 2)  # 4:2:0
 
 
+class NoCardTest(unittest.TestCase):
+    def test_numbers_of_bank_cards_are_found_in_rows(self):
+        for row, holds in (
+                ("4111111111111111", True), ("卡号 4111 1111-1111 1111 12/30", True), ("No. 4111 x 1111 11111111", True),
+                ("6222021234567890128 元", True), ("4111111111111112", False), ("94111111111111111", False),
+                ("41111111111111110000", False), ("6222 0212 3456", False), ("", False)):
+            with self.subTest(row=row):
+                self.assertEqual(nocard.holds_card_number(row), holds)
+
+    def test_no_sheet_shows_the_number_of_a_bank_card(self):
+        for name, form in nocard.SHEETS.items():
+            for seed in range(8):
+                sheet = nocard.Printed(form, random.Random(seed)).sheet(10)
+                with self.subTest(scene=name, seed=seed):
+                    self.assertFalse([row for row in sheet.rows() if nocard.holds_card_number(row)])
+                    self.assertGreater(np.ptp(np.asarray(sheet.image)), 50)
+
+    def test_a_sheet_is_drawn_anew_until_it_shows_no_number(self):
+        tries = iter(("4111111111111111", "4111 1111 1111 1111", "9111111111111111"))
+        form = nocard.Form(lambda sheet, _: sheet.text(1, 1, next(tries), "hei", 1, (0, 0, 0)), ((50, 50),), 0, 1, 0)
+        nocard.Printed(form, random.Random(1))
+        self.assertEqual(list(tries), [])
+
+    def test_a_card_without_its_number_does_not_show_it(self):
+        pictures = []
+        for last in "27":
+            card = nocard.FlatCard(False, random.Random(4))
+            card._said = dataclasses.replace(card._said, digits=card._said.digits[:-1] + last)
+            pictures.append(np.asarray(card.draw(8)))
+        self.assertTrue((pictures[0] == pictures[1]).all())
+
+    def test_hidden_digits_are_out_of_sight(self):
+        magenta = (255, 0, 255)
+        for scene_name in ("finger", "covered card"):
+            for seed in range(12):
+                subject = nocard.SCENES[scene_name](random.Random(seed))
+                cells = [(x + nocard.BEYOND, y + nocard.BEYOND) for _, x, y in subject.card.cells()]
+                number = "".join(character for character, _, _ in subject.card.cells())
+                subject.card.draw = lambda scale: Image.new("RGB", [round(s * scale) for s in (85.6, 54)], magenta)
+                drawn = np.asarray(subject.draw(8).convert("RGB"))
+                hidden = [i for i, (x, y) in enumerate(cells) if not
+                          (drawn[round(8 * (y - 1.8)):round(8 * (y + 1.8)), round(8 * (x - 1)):round(8 * (x + 1))]
+                           == magenta).all(axis=2).any()]
+                with self.subTest(scene=scene_name, seed=seed):
+                    self.assertTrue(set(subject.hidden) <= set(hidden))
+                    self.assertTrue(2 <= len(subject.hidden) <= len(number) - 4)
+                    self.assertEqual(bankcard.check_digit(number[:-1]), number[-1])
+                    for rest in (number[:subject.hidden[0]], number[subject.hidden[-1] + 1:]):
+                        self.assertFalse(nocard.is_card_number(rest))
+
+
 class StoryTest(unittest.TestCase):
     def test_the_last_card_of_every_plot_is_held_still_to_the_end(self):
         for variant in story.PLOTS:
@@ -210,6 +262,17 @@ class CommandTest(unittest.TestCase):
             self.assertEqual([line["file"] for line in lines], files)
             self.assertTrue(all(pathlib.Path(scratch, file).exists() for file in files))
             self.assertEqual(draw(scratch, "--kind", "code", "--level", "clean", "--look", "flat"), 2)
+
+    def test_scenes_without_a_number_follow_each_other_and_say_so(self):
+        count = len(nocard.SCENES)
+        with tempfile.TemporaryDirectory() as scratch:
+            self.assertEqual(draw(scratch, "--kind", "no-card", "--level", "photo", "--size", "320x240", "--count",
+                                  str(count), "--first", "1"), 0)
+            lines = [json.loads(line) for line in pathlib.Path(scratch, "truth.jsonl").read_text("utf-8").splitlines()]
+            self.assertTrue(all(pathlib.Path(scratch, line["file"]).stat().st_size > 2000 for line in lines))
+        self.assertEqual({line["scene"] for line in lines}, set(nocard.SCENES))
+        self.assertEqual(lines[0], {"file": "no-card-text-page-photo-0001.jpg", "kind": "no-card", "level": "photo",
+                                    "scene": "text page", "result": None})
 
     def test_a_seed_decides_the_clip_and_its_truth_is_told(self):
         with tempfile.TemporaryDirectory() as scratch:

@@ -101,11 +101,10 @@ KINDS = {
 }
 
 
-def _place(picture, thing, mask, middle, angle, scale, shadow):
-    """Pastes a thing (RGB, drawn at 2 x scale) turned by `angle` degrees, with a soft shadow below it."""
-    half = (max(1, thing.width // 2), max(1, thing.height // 2))
-    thing = thing.resize(half, Image.Resampling.BOX).rotate(angle, Image.Resampling.BICUBIC, expand=True)
-    mask = mask.resize(half, Image.Resampling.BOX).rotate(angle, Image.Resampling.BICUBIC, expand=True)
+def lay(picture, thing, mask, middle, angle, scale, shadow):
+    """Pastes a thing (RGB) turned by `angle` degrees, with a soft shadow below it; `middle` is from the picture's."""
+    thing = thing.rotate(angle, Image.Resampling.BICUBIC, expand=True)
+    mask = mask.rotate(angle, Image.Resampling.BICUBIC, expand=True)
     left = round(picture.width / 2 + middle[0] * scale - thing.width / 2)
     top = round(picture.height / 2 + middle[1] * scale - thing.height / 2)
     reach = max(2, round(shadow * scale))
@@ -114,6 +113,13 @@ def _place(picture, thing, mask, middle, angle, scale, shadow):
     soft = soft.filter(ImageFilter.GaussianBlur(reach * 0.7))
     picture.paste((18, 16, 16), (left - 2 * reach + reach // 2, top - 2 * reach + reach // 2), soft)
     picture.paste(thing, (left, top), mask)
+
+
+def _place(picture, thing, mask, middle, angle, scale, shadow):
+    """Lays a thing that was drawn at 2 x scale."""
+    half = (max(1, thing.width // 2), max(1, thing.height // 2))
+    thing, mask = (drawn.resize(half, Image.Resampling.BOX) for drawn in (thing, mask))
+    lay(picture, thing, mask, middle, angle, scale, shadow)
 
 
 def _blank(width, height, scale, colour):

@@ -106,13 +106,13 @@ class LifelikeCard:
 
     def _print_words(self, canvas, rng):
         used = self._print_issuer(canvas, rng)
-        ink = _ink(canvas, RIGHT - 20, 5, RIGHT, 24, rng)
+        ink = ink_on(canvas, RIGHT - 20, 5, RIGHT, 24, rng)
         if self._said.type_words:
             fits = canvas.text_width(self._said.type_words, "hei-bold", 3.0) + used + 4 < RIGHT - LEFT
             canvas.text(RIGHT, 8.0 if fits else 19.5, self._said.type_words, "hei-bold", 3.0, ink, anchor="r")
         if rng.random() < 0.3:
             canvas.text(RIGHT, 24.5, rng.choice(banks.CLASS_WORDS), "hei", 2.6, ink, spacing=0.3, anchor="r")
-        low = _ink(canvas, LEFT, 44, RIGHT, 53, rng)
+        low = ink_on(canvas, LEFT, 44, RIGHT, 53, rng)
         if self._said.digits.startswith("6") and rng.random() < 0.85:
             canvas.text(RIGHT, 47.2, rng.choice(words.SCHEMES), "hei-bold", rng.uniform(2.8, 3.6), low, anchor="r")
         if rng.random() < 0.5:
@@ -124,12 +124,12 @@ class LifelikeCard:
     def _print_issuer(self, canvas, rng):
         """Prints the issuer beside a neutral mark; returns how much of the width it takes."""
         lines = _issuer_lines(self._said, rng)
-        style, ink = bankcard.pick(rng, NAMES), _ink(canvas, LEFT, 4, 50, 15, rng)
+        style, ink = bankcard.pick(rng, NAMES), ink_on(canvas, LEFT, 4, 50, 15, rng)
         mark = 5.4 if rng.random() < 0.4 else 0.0
         if mark:
             canvas.ellipse(LEFT + 2.1, 8.0, 2.1, 2.1, ink)
             canvas.polygon([(LEFT + 2.1, 6.4), (LEFT + 3.6, 8.0), (LEFT + 2.1, 9.6), (LEFT + 0.6, 8.0)],
-                           _ink(canvas, LEFT + 0.5, 6.5, LEFT + 3.7, 9.5, rng))
+                           ink_on(canvas, LEFT + 0.5, 6.5, LEFT + 3.7, 9.5, rng))
         widest, y = 0.0, 8.0
         for text, size in lines:
             size *= rng.uniform(0.85, 1.1)
@@ -140,7 +140,7 @@ class LifelikeCard:
         return mark + widest
 
     def _emboss(self, canvas, rng):
-        labels = _ink(canvas, 5, self._row + 3, 50, 48, rng)
+        labels = ink_on(canvas, 5, self._row + 3, 50, 48, rng)
         lines = []
         if self._pasted:
             self._paste(canvas)
@@ -181,11 +181,14 @@ class LifelikeCard:
 
     def _print_number(self, canvas, rng):
         style, size = bankcard.pick(rng, PRINTED), rng.uniform(4.6, 6.2)
-        ink = _ink(canvas, LEFT, self._row - 2, RIGHT, self._row + 2, rng)
+        ink = ink_on(canvas, LEFT, self._row - 2, RIGHT, self._row + 2, rng)
         left, spacing = LEFT + rng.uniform(-1.5, 3.0), rng.uniform(0.05, 0.5)
         text = ("  " if rng.random() < 0.6 else " ").join(self._groups)
         size = min(size, size * (RIGHT - left) / canvas.text_width(text, style, size, spacing))
         canvas.text(left, self._row, text, style, size, ink, spacing)
+        self._print_date_and_holder(canvas, ink, rng)
+
+    def _print_date_and_holder(self, canvas, ink, rng):
         if self._said.valid:
             _date_words(canvas, 38, self._row + 6.5, ink, rng)
             canvas.text(39, self._row + 6.5, self._said.valid, rng.choice(("ocr-b", "mono", "sans")), 3.2, ink)
@@ -217,7 +220,7 @@ def _issuer_lines(said, rng):
     return ((name, 4.8),)
 
 
-def _ink(canvas, left, top, right, bottom, rng):
+def ink_on(canvas, left, top, right, bottom, rng):
     """An ink that is read on what lies there already, as printers choose it."""
     box = tuple(round(side * canvas.scale) for side in (left, top, right, bottom))
     level = np.asarray(canvas.image.crop(box).convert("L")).mean()

@@ -2,8 +2,9 @@
 
 A subject is anything flat with `width`, `height`, `corner` and `finest` (its smallest detail that must survive)
 in millimetres, `gloss` in 0..1, `foil` (whether metal on it mirrors lamps) and `draw(pixels_per_mm)`; nothing
-here knows what is printed on it. The steps (`choose_pose`, `choose_light`, `shoot`) are separate so that a clip
-can move the camera over one desk.
+here knows what is printed on it. One whose `corner` is None has its own outline and shadow: it draws an RGBA picture of
+any size around its middle, and its `width` and `height` are those of what the camera looks at. The steps
+(`choose_pose`, `choose_light`, `shoot`) are separate so that a clip can move the camera over one desk.
 """
 
 import dataclasses
@@ -29,6 +30,7 @@ OVERSAMPLING = 1.25
 # Smallest resolution a card is drawn at, so that small text is reduced and not hinted.
 MIN_DRAW_PIXELS_PER_MM = 15.0
 BORDER_MM = 1.0
+LID = (244, 244, 242)
 LIGHT_GRID = (36, 48)
 SHADOW = (12, 11, 12)
 PHOTO_QUALITY = (75, 93)
@@ -57,8 +59,19 @@ LIMITS = {
 def clean(subject):
     """The flat subject filling the picture."""
     flat = subject.draw(CLEAN_PIXELS_PER_MM * CLEAN_SUPERSAMPLING)
+    if subject.corner is None:
+        flat = _seen_by_scanner(flat, subject)
     size = (round(subject.width * CLEAN_PIXELS_PER_MM), round(subject.height * CLEAN_PIXELS_PER_MM))
     return camera.jpeg(flat.resize(size, Image.Resampling.LANCZOS), 92)
+
+
+def _seen_by_scanner(flat, subject):
+    """The middle of an RGBA picture, as large as what is looked at, under the lid of a scanner."""
+    scale = CLEAN_PIXELS_PER_MM * CLEAN_SUPERSAMPLING
+    width, height = round(subject.width * scale), round(subject.height * scale)
+    left, top = (flat.width - width) // 2, (flat.height - height) // 2
+    seen = flat.crop((left, top, left + width, top + height))
+    return Image.alpha_composite(Image.new("RGBA", seen.size, LID), seen).convert("RGB")
 
 
 def choose_size(rng):
@@ -145,6 +158,10 @@ def _draw_subject(subject, matrix):
     edges = [math.dist(corners[i], corners[(i + 1) % 4]) for i in range(4)]
     wanted = OVERSAMPLING * max(max(edges[0], edges[2]) / subject.width, max(edges[1], edges[3]) / subject.height)
     flat = subject.draw(max(wanted, MIN_DRAW_PIXELS_PER_MM))
+    if subject.corner is None:
+        shrink = min(1, wanted / MIN_DRAW_PIXELS_PER_MM)
+        flat = flat.resize([round(side * shrink) for side in flat.size], Image.Resampling.LANCZOS)
+        return flat.convert("RGB"), flat.getchannel("A"), matrix @ _to_mm(flat, wanted)
     if wanted < MIN_DRAW_PIXELS_PER_MM:
         size = (round(subject.width * wanted), round(subject.height * wanted))
         flat = flat.resize(size, Image.Resampling.LANCZOS)
@@ -165,11 +182,15 @@ def draw_desk(kind, matrix, size, rng, subject=None):
     reach = np.abs(camera.project(np.linalg.inv(matrix), frame)).max(axis=0) + 4
     scale = min(desk.MAX_TEXTURE_PIXELS, 1.1 * max(size)) / (2 * reach.max())
     surface = desk.desk(rng, kind, 2 * reach[0], 2 * reach[1], scale)
-    if subject:
+    if subject and subject.corner is not None:
         _cast_shadow(surface, subject, scale, rng)
-    to_mm = np.array([[1 / scale, 0, -surface.width / 2 / scale], [0, 1 / scale, -surface.height / 2 / scale],
-                      [0, 0, 1]])
-    return camera.warp(surface, matrix @ to_mm, size, resample=Image.Resampling.BILINEAR)
+    return camera.warp(surface, matrix @ _to_mm(surface, scale), size, resample=Image.Resampling.BILINEAR)
+
+
+def _to_mm(picture, scale):
+    """The matrix that takes a picture's pixels to millimetres around its middle."""
+    return np.array([[1 / scale, 0, -picture.width / 2 / scale], [0, 1 / scale, -picture.height / 2 / scale],
+                     [0, 0, 1]])
 
 
 def _cast_shadow(surface, subject, scale, rng):
