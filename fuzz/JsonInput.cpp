@@ -14,7 +14,8 @@ void requireInRange(std::string_view json) {
   fuzz::require(blocks || !blocks.error().empty(), "a refusal gives its reason");
   if (!blocks) return;
   const auto within = [](double value) { return 0 <= value && value <= 1 + 1e-9; };
-  for (const auto& [text, confidence, box] : *blocks) {
+  for (const auto& [text, confidence, box, direction] : *blocks) {
+    fuzz::require(!direction, "no direction is told");
     fuzz::require(0 <= confidence && confidence <= 1, "a confidence lies within 0...1");
     fuzz::require(within(box.x) && within(box.y) && within(box.x + box.width) && within(box.y + box.height) &&
                       box.width >= 0 && box.height >= 0,
