@@ -103,7 +103,10 @@ pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_functi
  */
 pravik_status pravik_set_time_limit(pravik_handle* handle, double seconds);
 
-/* Reads the picture in a file (JPEG, PNG, BMP, WebP or TIFF; the orientation that it stores is honoured). */
+/*
+ * Reads the picture in a file: JPEG, PNG, BMP, WebP, HEIC, or the first page of TIFF or PDF; the orientation that it
+ * stores is honoured. A PDF is drawn by pdftoppm of poppler-utils, which runs as a process of its own.
+ */
 pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path);
 /* Reads the picture in the bytes of such a file. */
 pravik_result* pravik_recognize_memory(pravik_handle* handle, int kind, const void* bytes, size_t size);

@@ -4,7 +4,6 @@
 #include <array>
 #include <fstream>
 #include <opencv2/imgproc.hpp>
-#include <set>
 #include <system_error>
 
 #include "Records/DocumentKind.h"
@@ -122,18 +121,14 @@ Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
   return toBitmap(canvas);
 }
 
-std::vector<std::filesystem::path> annotatedPaths(const std::filesystem::path& folder,
-                                                  const std::vector<std::string>& files) {
-  std::vector<std::filesystem::path> paths;
-  std::set<std::string> taken;
-  for (const std::string& file : files) {
-    const std::string stem = file == "-" ? "stdin" : std::filesystem::path(file).stem().string();
-    std::string name = stem + "-annotated.jpg";
-    for (int number = 2; !taken.insert(name).second; ++number)
-      name = stem + "-annotated-" + std::to_string(number) + ".jpg";
-    paths.push_back(folder / name);
-  }
-  return paths;
+std::filesystem::path annotatedPath(const std::filesystem::path& folder, const PicturePage& page,
+                                    std::set<std::string>& taken) {
+  std::string start = page.file == "-" ? "stdin" : std::filesystem::path(page.file).stem().string();
+  if (page.page) start += "-page-" + std::to_string(*page.page);
+  start += "-annotated";
+  std::string name = start + ".jpg";
+  for (int number = 2; !taken.insert(name).second; ++number) name = start + "-" + std::to_string(number) + ".jpg";
+  return folder / name;
 }
 
 std::string problemWithFolder(const std::filesystem::path& folder) {

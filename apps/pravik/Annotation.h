@@ -1,11 +1,12 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Platform/Bitmap.h"
+#include "apps/pravik/Input.h"
 #include "apps/pravik/Recording.h"
 #include "backends/json/Answer.h"
 
@@ -17,10 +18,10 @@ std::string fieldFedBy(std::string_view blockText, const Json& result);
 /// The picture with a box around each block in the colour of the field that it fed, and a legend below.
 Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer);
 
-/// Where the annotated pictures of these files go: names inside the folder, one for each file and no two the same, and
-/// none that a picture handed in is likely to have.
-std::vector<std::filesystem::path> annotatedPaths(const std::filesystem::path& folder,
-                                                  const std::vector<std::string>& files);
+/// Where the annotated picture goes: a name inside the folder like that of the picture, but none that a picture handed
+/// in is likely to have, and not among those that are taken, to which it is added.
+std::filesystem::path annotatedPath(const std::filesystem::path& folder, const PicturePage& page,
+                                    std::set<std::string>& taken);
 
 /// Makes the folder when it is missing and tries to write into it. Returns what is wrong, or nothing.
 std::string problemWithFolder(const std::filesystem::path& folder);

@@ -35,7 +35,7 @@ void AnswerWriter::write(const Answer& answer) {
   }
   out_.flush();
   first_ = false;
-  allRecognized_ = allRecognized_ && isRecognized(answer);
+  allRecognized_ = allRecognized_ && isRecognized(answer) && !answer.contains("warnings");
 }
 
 void AnswerWriter::writeForPeople(const Answer& answer) {

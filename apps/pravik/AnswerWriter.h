@@ -15,7 +15,8 @@ class AnswerWriter {
   AnswerWriter(std::ostream& out, Format format);
 
   void write(const Answer& answer);
-  /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error was among the answers.
+  /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error or a warning was among
+  /// the answers.
   ExitStatus finish();
 
   /// False as soon as the output can take no more.

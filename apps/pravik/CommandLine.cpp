@@ -37,6 +37,7 @@ constexpr const char* examples =
     "  pravik bank-card --same-card a.jpg b.jpg              several photos of one bank card\n"
     "  pravik code --annotate marked label.png               also draw where the code was found\n"
     "  pravik text page.jpg                                  all text\n"
+    "  pravik id-front --recursive cards                     a folder of pictures and those within it\n"
     "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
     "  pravik scan clip.mp4 --mode bankCard                  the live scanner on a video, event by event\n"
     "  pravik doctor                                         what is installed and what is missing\n";
@@ -59,7 +60,7 @@ constexpr const char* observationFormat =
 /// What the words on the command line ask for.
 struct Request {
   Settings settings;
-  std::vector<std::string> files;
+  PictureNames pictures;
   std::string file = "-";
   std::string scene = "idCard";
   bool isLiteral = false;
@@ -161,17 +162,37 @@ void addOwnOptions(CLI::App& command, const PictureCommand& picture, Request& re
   command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");
 }
 
+void addPictureNames(CLI::App& command, PictureNames& names) {
+  command
+      .add_option("IMAGE", names.inputs,
+                  "Pictures (JPEG, PNG, BMP, WebP, HEIC, TIFF, PDF), or folders of them; - for standard input")
+      ->type_name("");
+  command.add_option("--files-from", names.list, "Also read what a file names, one a line; - for standard input")
+      ->type_name("FILE");
+  command.add_flag("--null,-0", names.isListNul, "The names in that file end with a NUL, as find -print0 writes them");
+  command.add_flag("--recursive,-r", names.isRecursive, "Folders also stand for the folders within them");
+}
+
+/// Throws std::runtime_error when nothing is named, or the standard input is asked for twice.
+void requireOneUseOfInput(const PictureNames& names) {
+  if (names.inputs.empty() && names.list.empty())
+    throw std::runtime_error("no pictures are named: give files or folders, or --files-from FILE");
+  const auto uses = std::ranges::count(names.inputs, "-") + (names.list == "-" ? 1 : 0);
+  if (uses > 1) throw std::runtime_error("the standard input can be used once");
+}
+
 void addPictureCommands(CLI::App& app, Request& request) {
   for (const PictureCommand& picture : pictureCommands()) {
     CLI::App& command = addCommand(app, picture.kind, picture.description, request);
-    command.add_option("IMAGE", request.files, "Picture files; - for standard input")->required()->type_name("");
+    addPictureNames(command, request.pictures);
     addOwnOptions(command, picture, request);
     command.footer("Example:\n  pravik " + std::string(picture.kind) + " --format jsonl --jobs 2 pictures/*.jpg");
     setAction(command, request, [&picture](const Request& wanted, const Host& host) {
       PictureOptions options = wanted.options;
       options.scene = sceneNamed(wanted.scene);
       options.limits.stop = host.stop;
-      return answerPictures(picture, wanted.files, options, wanted.settings, host);
+      requireOneUseOfInput(wanted.pictures);
+      return answerPictures(picture, wanted.pictures, options, wanted.settings, host);
     });
   }
 }

@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <fstream>
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "Utils/GuardedCall.h"
 #include "apps/pravik/Annotation.h"
@@ -46,18 +50,23 @@ struct Reader {
 /// cleared when the bar goes away.
 class Progress {
  public:
-  Progress(std::ostream& terminal, std::size_t total, bool shown)
-      : terminal_(terminal), total_(total), shown_(shown && total > 1) {}
+  explicit Progress(const Host& host) : terminal_(host.err), shown_(host.showsProgress) {}
   ~Progress() { hide(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void show(std::size_t done) {
-    if (!shown_) return;
+  /// Without a total, when more pictures may still be named, the number alone.
+  void show(std::size_t done, std::optional<std::size_t> total) {
+    if (!shown_ || total == 1U) return;
     constexpr std::size_t width = 30;
-    const std::size_t filled = width * done / total_;
-    terminal_ << clearLine << '[' << std::string(filled, '#') << std::string(width - filled, '.') << "] " << done
-              << " / " << total_ << std::flush;
+    terminal_ << clearLine;
+    if (total) {
+      const std::size_t filled = width * done / *total;
+      terminal_ << '[' << std::string(filled, '#') << std::string(width - filled, '.') << "] " << done << " / "
+                << *total << std::flush;
+    } else {
+      terminal_ << done << std::flush;
+    }
   }
 
   /// Clears the line, so that something else can be written.
@@ -70,9 +79,14 @@ class Progress {
   static constexpr const char* clearLine = "\r\033[K";
 
   std::ostream& terminal_;
-  std::size_t total_;
   bool shown_;
 };
+
+/// How many pictures are read at the same time. Of a list that may still be written not one is waited for.
+int atOnce(const Settings& settings, PictureQueue& queue) {
+  if (settings.jobs == 1 || !queue.count()) return settings.jobs;
+  return std::max(1, static_cast<int>(queue.countAhead(static_cast<std::size_t>(settings.jobs))));
+}
 
 int threadsEach(const Settings& settings, int jobs) {
   if (settings.threads > 0) return settings.threads;
@@ -85,16 +99,18 @@ void writeAnnotated(const ReadPicture& picture, const Answer& answer, const std:
   const std::vector<std::uint8_t> bytes = codec.encode(annotatedPicture(picture, answer), ImageFileFormat::jpeg);
   std::ofstream file(path, std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+  if (!file.flush()) throw std::runtime_error("cannot write " + path.string() + ": " + std::strerror(errno));
 }
 
 bool engineFailed(const Answer& answer) {
   return answer.contains("error") && answer["error"]["code"] == "recognition_failed";
 }
 
-/// {"file":…,"kind":…} and then the answer.
-Answer withSource(const std::string& file, const PictureCommand& command, const Answer& answer) {
-  Answer whole{{"file", file}, {"kind", command.kind}};
+/// {"file":…,"page":…,"kind":…} and then the answer.
+Answer withSource(const PicturePage& page, const PictureCommand& command, const Answer& answer) {
+  Answer whole{{"file", page.file}};
+  if (page.page) whole["page"] = *page.page;
+  whole["kind"] = command.kind;
   whole.update(answer);
   return whole;
 }
@@ -109,28 +125,49 @@ std::optional<ExitStatus> problemWith(const std::filesystem::path& folder, std::
   return usageError;
 }
 
+/// A picture and where it goes when it is annotated; nowhere without a path.
+struct Item {
+  PicturePage page;
+  std::filesystem::path annotated;
+};
+
 /// What every picture of a batch is answered with.
 struct Batch {
   const PictureCommand& command;
-  const std::vector<std::string>& files;
   const PictureOptions& options;
   const Host& host;
   Platform platform;
-  /// Where each annotated picture goes; empty when none are wanted.
-  std::vector<std::filesystem::path> annotated;
+  PictureQueue& queue;
+  /// Where annotated pictures go, empty for none, and the names that they have there.
+  std::filesystem::path annotate;
+  std::set<std::string> annotated = {};
+
+  std::optional<Item> next() {
+    auto page = queue.next();
+    if (!page) return std::nullopt;
+    Item item{*std::move(page), {}};
+    if (!annotate.empty()) item.annotated = annotatedPath(annotate, item.page, annotated);
+    return item;
+  }
 };
 
-Answer answerOne(const Batch& batch, Reader& reader, std::size_t item) {
-  const auto image = readPicture(batch.files[item], *batch.platform.imageCodec, batch.host.in);
-  if (!image) return answerOf(OCRError::invalidImage(), image.error());
-  Answer result = answerPicture(batch.command, reader.sdk, *image, batch.options);
-  if (const auto picture = reader.recording->take(); picture && !batch.annotated.empty())
-    writeAnnotated(*picture, result, batch.annotated[item], *batch.platform.imageCodec);
+Answer answerOne(const Batch& batch, Reader& reader, const Item& item) {
+  Image image;
+  try {
+    image = item.page.decode();
+  } catch (const std::runtime_error& error) {
+    return answerOf(OCRError::invalidImage(), error.what());
+  }
+  Answer result = answerPicture(batch.command, reader.sdk, image, batch.options);
+  const auto picture = reader.recording->take();
+  if (!picture || item.annotated.empty()) return result;
+  const auto failure = failureOf([&] { writeAnnotated(*picture, result, item.annotated, *batch.platform.imageCodec); });
+  if (failure) result["warnings"].push_back(*failure);
   return result;
 }
 
-/// Whatever happens to one picture, a full disk or no memory for it, the others are still read.
-Answer answerSafely(const Batch& batch, Reader& reader, std::size_t item) {
+/// Whatever happens to one picture, such as no memory for it, the others are still read.
+Answer answerSafely(const Batch& batch, Reader& reader, const Item& item) {
   try {
     return answerOne(batch, reader, item);
   } catch (...) {
@@ -138,28 +175,29 @@ Answer answerSafely(const Batch& batch, Reader& reader, std::size_t item) {
   }
 }
 
-/// An end of a batch: how many pictures were answered, and whether the engine failed on any.
+/// An end of a batch: how many pictures were answered and whether these are all, and whether the engine failed on any.
 struct BatchEnd {
   std::size_t done = 0;
+  bool isComplete = false;
   bool anyEngineFailed = false;
 };
 
-BatchEnd answerEach(const Batch& batch, int jobs, AnswerWriter& writer) {
-  Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
+BatchEnd answerEach(Batch& batch, int jobs, AnswerWriter& writer) {
+  Progress progress(batch.host);
   BatchEnd end;
-  const auto answer = [&](std::size_t item) {
+  const auto answer = [&](const Item& item) {
     Reader reader(batch.platform, batch.options);
-    return answerSafely(batch, reader, item);
+    return withSource(item.page, batch.command, answerSafely(batch, reader, item));
   };
-  const auto take = [&](std::size_t item, const Answer& result) {
+  const auto take = [&](const Answer& result) {
     progress.hide();
-    writer.write(withSource(batch.files[item], batch.command, result));
-    progress.show(item + 1);
+    writer.write(result);
+    progress.show(++end.done, batch.queue.count());
     end.anyEngineFailed = end.anyEngineFailed || engineFailed(result);
     return writer.works();
   };
-  end.done = runInOrder<Answer>(batch.files.size(), jobs, [&] { return batch.host.stopped(); }, answer, take);
-  progress.hide();
+  end.isComplete =
+      runInOrder<Item, Answer>([&] { return batch.next(); }, jobs, [&] { return batch.host.stopped(); }, answer, take);
   return end;
 }
 
@@ -169,35 +207,35 @@ bool isSound(const Answer& answer) {
 
 /// One answer for all pictures: that of the first whose number passes the Luhn check; else what the fragments of the
 /// failed ones give together; else the first number that was read at all; else the last error.
-BatchEnd answerSameCard(const Batch& batch, AnswerWriter& writer) {
+BatchEnd answerSameCard(Batch& batch, AnswerWriter& writer) {
   Reader reader(batch.platform, batch.options);
-  Progress progress(batch.host.err, batch.files.size(), batch.host.showsProgress);
+  Progress progress(batch.host);
   BatchEnd end;
   Answer best;
-  std::string source;
-  for (const std::string& file : batch.files) {
+  Json photos = Json::array(), warnings = Json::array();
+  while (!isSound(best)) {
     if (batch.host.stopped()) return end;
-    const Answer answer = answerSafely(batch, reader, end.done);
+    const auto item = batch.next();
+    if (!item) break;
+    Answer answer = withSource(item->page, batch.command, answerSafely(batch, reader, *item));
+    for (const Json& warning : answer.value("warnings", Json::array())) warnings.push_back(warning);
+    answer.erase("warnings");
+    photos.push_back(item->page.file + (item->page.page ? ", page " + std::to_string(*item->page.page) : ""));
     end.anyEngineFailed = end.anyEngineFailed || engineFailed(answer);
-    progress.show(++end.done);
-    if (best.is_null() || isSound(answer) || !isRecognized(best)) {
-      best = answer;
-      source = file;
-    }
-    if (isSound(answer)) break;
+    progress.show(++end.done, batch.queue.count());
+    if (best.is_null() || isSound(answer) || !isRecognized(best)) best = std::move(answer);
   }
   progress.hide();
-  if (!isSound(best)) {
-    if (const auto fused = reader.sdk.tryCrossAttemptFusion()) {
-      best = recordAnswer(*fused);
-      if (batch.options.tellsStage) best["stage"] = "fusion";
-    }
+  end.isComplete = true;
+  if (best.is_null()) return end;
+  if (const auto fused = isSound(best) ? std::nullopt : reader.sdk.tryCrossAttemptFusion()) {
+    for (const char* replaced : {"result", "checks", "error", "report"}) best.erase(replaced);
+    best.update(recordAnswer(*fused));
+    if (batch.options.tellsStage) best["stage"] = "fusion";
   }
-  Answer whole = withSource(source, batch.command, best);
-  whole["photos"] =
-      std::vector<std::string>(batch.files.begin(), batch.files.begin() + static_cast<std::ptrdiff_t>(end.done));
-  writer.write(whole);
-  end.done = batch.files.size();
+  best["photos"] = photos;
+  if (!warnings.empty()) best["warnings"] = warnings;
+  writer.write(best);
   return end;
 }
 
@@ -224,8 +262,8 @@ Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const 
   return answer;
 }
 
-ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::string>& files,
-                          const PictureOptions& options, const Settings& settings, const Host& host) {
+ExitStatus answerPictures(const PictureCommand& command, const PictureNames& names, const PictureOptions& options,
+                          const Settings& settings, const Host& host) {
   if (command.readsText())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
@@ -236,24 +274,27 @@ ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
   if (const auto problem = problemWith(options.debugImages, "debug pictures", host)) return *problem;
 
-  const int jobs = options.sameCard ? 1 : std::min(settings.jobs, static_cast<int>(files.size()));
+  // Any platform's codec counts the pictures, among which the threads of the one that reads them are shared.
+  const std::shared_ptr<const ImageCodec> codec = host.makePlatform({}).imageCodec;
+  PictureQueue queue(names, *codec, host.in);
+  const int jobs = options.sameCard ? 1 : atOnce(settings, queue);
   Batch batch{.command = command,
-              .files = files,
               .options = options,
               .host = host,
               .platform = host.makePlatform({.modelDirectory = settings.models,
                                              .threads = threadsEach(settings, jobs),
                                              .photoFolder = options.debugImages}),
-              .annotated = {}};
-  if (!settings.annotate.empty()) batch.annotated = annotatedPaths(settings.annotate, files);
+              .queue = queue,
+              .annotate = settings.annotate};
 
   AnswerWriter writer(host.out, settings.format);
   const BatchEnd end = options.sameCard ? answerSameCard(batch, writer) : answerEach(batch, jobs, writer);
   const ExitStatus status = writer.finish();
-  if (host.stopped() && (end.done < files.size() || status != allRecognized)) return interrupted;
+  if (host.stopped() && (!end.isComplete || status != allRecognized)) return interrupted;
   if (command.readsText() && end.anyEngineFailed)
     if (const auto broken = host.brokenModels(settings.models); !broken.empty())
       return reportIncomplete(broken, host.err);
+  if (end.done == 0) throw std::runtime_error("the list names no pictures");
   return status;
 }
 

@@ -4,9 +4,9 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Pravik.h"
+#include "apps/pravik/Input.h"
 #include "apps/pravik/Settings.h"
 #include "backends/json/Answer.h"
 
@@ -43,8 +43,8 @@ std::span<const PictureCommand> pictureCommands();
 Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const Image& image,
                      const PictureOptions& options);
 
-/// Reads every picture and writes the answers in the order of the files, each as soon as its turn comes.
-ExitStatus answerPictures(const PictureCommand& command, const std::vector<std::string>& files,
-                          const PictureOptions& options, const Settings& settings, const Host& host);
+/// Reads every picture and writes the answers in the order of the pictures, each as soon as its turn comes.
+ExitStatus answerPictures(const PictureCommand& command, const PictureNames& names, const PictureOptions& options,
+                          const Settings& settings, const Host& host);
 
 }  // namespace pravik::cli

@@ -174,14 +174,18 @@ std::string padded(std::string_view text, int width) {
 
 std::string asTable(const Answer& answer) {
   if (answer.contains("cards")) return cardsTable(answer);
-  const std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
+  std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
+  for (const Json& warning : answer.value("warnings", Json::array()))
+    rows.push_back({"warning", warning.get<std::string>(), {}});
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {
     fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);
     if (!row.note.empty()) valueWidth = std::max(valueWidth, displayWidth(row.value) + gap);
   }
   std::string table;
-  if (answer.contains("file")) table += printable(answer["file"].get<std::string>(), 0) + "\n";
+  if (answer.contains("file")) table += printable(answer["file"].get<std::string>(), 0);
+  if (answer.contains("page")) table += formatted(", page {}", answer["page"].get<int>());
+  if (answer.contains("file")) table += '\n';
   for (const Row& row : rows) {
     const std::string value = printable(row.value, indent + fieldWidth);
     table += std::string(indent, ' ') + padded(row.field, fieldWidth);

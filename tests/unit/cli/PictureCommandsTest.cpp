@@ -85,6 +85,85 @@ TEST(PictureCommands, AnswersKeepTheOrderOfTheFilesWhenSeveralAreReadAtOnce) {
   EXPECT_EQ(command.options.threads, 3);
 }
 
+/// The answers of `code` for these words, each as "FILE", with its page and its reason where it has them.
+std::vector<std::string> answered(CommandRun& command, std::vector<std::string> words) {
+  command.barcodes->codes = {{"1", {"VNBarcodeSymbologyQR"}, {}}};
+  words.insert(words.begin(), {"code", "--format", "jsonl"});
+  command(words);
+  std::vector<std::string> answers;
+  for (const Json& line : command.lines()) {
+    std::string answer = std::filesystem::path(line["file"].get<std::string>()).filename().string();
+    if (line.contains("page")) answer += " " + std::to_string(line["page"].get<int>());
+    if (line.contains("error")) answer += ": " + line["error"]["context"]["reason"].get<std::string>();
+    answers.push_back(answer);
+  }
+  return answers;
+}
+
+using Answers = std::vector<std::string>;
+
+TEST(PictureCommands, EachPageOfAFileIsAnswered) {
+  for (const char* jobs : {"1", "3"}) {
+    CommandRun command;
+    EXPECT_EQ(answered(command, {"--jobs", jobs, "a.jpg", "pages3.pdf", "b.jpg"}),
+              (Answers{"a.jpg", "pages3.pdf 1", "pages3.pdf 2: the picture is damaged", "pages3.pdf 3", "b.jpg"}))
+        << jobs;
+  }
+  CommandRun command;
+  const Answers many = answered(command, {"--jobs", "4", "pages" + std::to_string(maximumPages + 7)});
+  ASSERT_EQ(many.size(), maximumPages + 1U);
+  EXPECT_EQ(many.back(), "pages107 101: 7 more pages were left out: of a file 100 are read");
+}
+
+TEST(PictureCommands, AFolderStandsForThePicturesInIt) {
+  const TemporaryFolder folder;
+  const std::string inner = (folder.path() / "inner").string();
+  std::filesystem::create_directories(inner + "/folder.jpg");
+  for (const char* name : {"b.PNG", "a.jpg", ".hidden.jpg", "notes.txt", "\xFF.pdf", "inner/c.heic", "inner/bad.tif"})
+    folder.write(name, "");
+  std::filesystem::create_directory_symlink(folder.path(), inner + "/loop");
+  std::filesystem::create_symlink("a.jpg", folder.path() / "link.jpeg");
+  const std::string root = folder.path().string();
+  const Answers flat{"a.jpg", "b.PNG", "link.jpeg", "\uFFFD.pdf"};
+  const Answers deep{"a.jpg", "b.PNG", "bad.tif: not a picture", "c.heic", "link.jpeg", "\uFFFD.pdf"};
+  CommandRun command;
+  EXPECT_EQ(answered(command, {root}), flat);
+  EXPECT_EQ(answered(command, {"--recursive", root + "/"}), deep);
+  EXPECT_EQ(answered(command, {inner + "/folder.jpg"}),
+            (Answers{"folder.jpg: no pictures in this folder (--recursive looks into those within it)"}));
+}
+
+TEST(PictureCommands, AListNamesPictures) {
+  const TemporaryFolder folder;
+  const std::string pictures = folder.path().string() + "/pictures";
+  std::filesystem::create_directory(pictures);
+  folder.write("pictures/c.jpg", "");
+  const std::string lines = "a.jpg\n\nbad.jpg\n-\n" + pictures;
+  const Answers wanted{"first.jpg", "a.jpg", "bad.jpg: not a picture", "-", "c.jpg"};
+  CommandRun command;
+  EXPECT_EQ(answered(command, {"first.jpg", "--files-from", folder.write("list", lines)}), wanted);
+  command.input = lines;
+  EXPECT_EQ(answered(command, {"first.jpg", "--jobs", "3", "--files-from", "-"}), wanted);
+  command.input = std::string("two\nlines.jpg\0b.jpg\0", 20);
+  EXPECT_EQ(answered(command, {"-0", "--files-from", "-"}), (Answers{"two\nlines.jpg", "b.jpg"}));
+}
+
+TEST(PictureCommands, WhatNamesNoPictureIsWrongUsage) {
+  const TemporaryFolder folder;
+  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+           {"code"},
+           {"code", "-", "-"},
+           {"code", "-", "--files-from", "-"},
+           {"code", "--files-from", "-"},
+           {"code", "--files-from", "/no/such/list"},
+           {"code", "--files-from", folder.path().string()}}) {
+    CommandRun command;
+    EXPECT_EQ(command(words), usageError) << testing::PrintToString(words);
+    EXPECT_NE(command.err, "") << testing::PrintToString(words);
+    EXPECT_EQ(command.out, "") << testing::PrintToString(words);
+  }
+}
+
 TEST(PictureCommands, TheStandardInputIsAPictureToo) {
   CommandRun command;
   command.barcodes->codes = {{"1", {"VNBarcodeSymbologyQR"}, {}}};
@@ -130,8 +209,8 @@ TEST(PictureCommands, ProgressIsShownOnATerminalOnly) {
   for (const bool terminal : {true, false}) {
     CommandRun command;
     command.showsProgress = terminal;
-    command({"code", "a.jpg", "b.jpg"});
-    EXPECT_EQ(command.err.find("1 / 2") != std::string::npos, terminal);
+    command({"code", "pages2.pdf", "b.jpg"});
+    EXPECT_EQ(command.err.find("2 / 3") != std::string::npos, terminal);
   }
 }
 
@@ -140,12 +219,33 @@ TEST(Annotation, WritesAPictureForEachInputThatWasReadUnderANameOfItsOwn) {
   CommandRun command;
   command.engine->blocks = portraitSide();
   const std::string marked = (folder.path() / "new").string();
-  EXPECT_EQ(command({"id-front", "--annotate", marked, "x/a.jpg", "y/a.png", "b.jpg", "bad.jpg"}), someNotRecognized);
+  EXPECT_EQ(command({"id-front", "--annotate", marked, "x/a.jpg", "y/a.png", "pages3.pdf", "bad.jpg"}),
+            someNotRecognized);
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(marked))
     names.push_back(entry.path().filename().string());
   std::ranges::sort(names);
-  EXPECT_EQ(names, (std::vector<std::string>{"a-annotated-2.jpg", "a-annotated.jpg", "b-annotated.jpg"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"a-annotated-2.jpg", "a-annotated.jpg", "pages3-page-1-annotated.jpg",
+                                             "pages3-page-3-annotated.jpg"}));
+}
+
+TEST(Annotation, ARecordIsAnsweredThoughItsAnnotationCannotBeWritten) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path() / "a-annotated.jpg");
+  CommandRun command;
+  command.engine->blocks = {textBlock("6222 0212 3456 7894", 0.5, 0.5)};
+  const std::string out = folder.path().string();
+  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{{}, {"--same-card"}}) {
+    std::vector<std::string> all{"bank-card", "--annotate", out, "--format", "jsonl", "a.jpg", "b.jpg"};
+    all.insert(all.end(), words.begin(), words.end());
+    EXPECT_EQ(command(all), someNotRecognized) << command.out;
+    const Json answer = command.lines().at(0);
+    EXPECT_EQ(answer["result"]["rawCardNumber"], "6222021234567894");
+    ASSERT_EQ(answer["warnings"].size(), 1U);
+    EXPECT_NE(answer["warnings"][0].get<std::string>().find(out + "/a-annotated.jpg: "), std::string::npos);
+  }
+  EXPECT_EQ(command({"bank-card", "--annotate", out, "a.jpg"}), someNotRecognized);
+  EXPECT_NE(command.out.find("  warning "), std::string::npos) << command.out;
 }
 
 TEST(Annotation, AFolderThatCannotBeWrittenIsSaidBeforeTheWorkStarts) {
