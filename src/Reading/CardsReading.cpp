@@ -186,8 +186,10 @@ Quadrilateral moved(Quadrilateral area, double x, double y) {
 std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, Observations texts) {
   Division division(std::move(texts), picture.size());
   for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture)) division.take(outline, marginOfOutline);
-  for (const Observations& part : division.rest()) {
-    const PixelRect area = touchedPixels(surroundings(part, picture.size()), picture.size());
+  if (const auto rest = division.rest(); !rest.empty()) {
+    Rect around = surroundings(rest.front(), picture.size());
+    for (const Observations& part : rest) around = united(around, surroundings(part, picture.size()));
+    const PixelRect area = touchedPixels(around, picture.size());
     for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture.crop(area)))
       division.take(moved(outline, area.x, area.y), marginOfOutline, false);
   }

@@ -56,7 +56,8 @@ class BankCardReportTest(unittest.TestCase):
             tally.add(truth, answer)
         shares = {"number exact": 40, bankcards.WRONG_PASSING: 20, bankcards.WRONG_MARKED: 20, "no number": 20,
                   "bank": 80, "type": 80, "holder invented": 20, "whole record": 20, "read by first": 40,
-                  "read by retry": 20, "read by band": 20, "read by fusion": 0, "read by none": 20}
+                  "read by retry": 20, "read by band": 20, "read by fusion": 0, "read by none": 20,
+                  "wrong, unmarked": 40}
         for row in bankcards.ROWS:
             with self.subTest(row=row):
                 self.assertEqual(tally.cell(row).split(), [f"{shares[row]:.1f}", "5"] if row in shares else ["-", "0"])
