@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "apps/pravik/Csv.h"
 #include "apps/pravik/Table.h"
 
 namespace pravik::cli {
@@ -19,7 +20,10 @@ std::string arrayElement(const Answer& answer) {
 
 }  // namespace
 
-AnswerWriter::AnswerWriter(std::ostream& out, Format format) : out_(out), format_(format) {}
+AnswerWriter::AnswerWriter(std::ostream& out, Format format, const DocumentKind* document)
+    : out_(out), format_(format), document_(document) {
+  if (format == Format::csv) out << csvHeader(document);
+}
 
 void AnswerWriter::write(const Answer& answer) {
   switch (format_) {
@@ -31,6 +35,9 @@ void AnswerWriter::write(const Answer& answer) {
       break;
     case Format::jsonl:
       out_ << jsonText(answer) << '\n';
+      break;
+    case Format::csv:
+      out_ << csvRow(document_, answer);
       break;
   }
   out_.flush();

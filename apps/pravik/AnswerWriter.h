@@ -8,11 +8,12 @@
 namespace pravik::cli {
 
 /// Writes answers one after the other as they come, each at once: blocks of a table, elements of one JSON array, or
-/// one JSON object a line. So it does with the events of a scan, {"time":…,"event":…} and what the event has to say, of
-/// which the result comes last; in a table each is a line.
+/// one JSON object a line, or rows of comma-separated values (a header and `csvRow`). So it does with the events of a
+/// scan, {"time":…,"event":…} and what the event has to say, of which the result comes last; in a table each is a line.
 class AnswerWriter {
  public:
-  AnswerWriter(std::ostream& out, Format format);
+  /// The kind of document, null for text, decides the columns of comma-separated values.
+  AnswerWriter(std::ostream& out, Format format, const DocumentKind* document = nullptr);
 
   void write(const Answer& answer);
   /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error or a warning was among
@@ -27,6 +28,7 @@ class AnswerWriter {
 
   std::ostream& out_;
   Format format_;
+  const DocumentKind* document_;
   bool first_ = true;
   bool allRecognized_ = true;
 };

@@ -5,11 +5,12 @@
 #include <chrono>
 #include <cmath>
 #include <exception>
-#include <map>
+#include <iterator>
 #include <ostream>
 #include <stdexcept>
 
 #include "Records/PravikVersion.h"
+#include "apps/pravik/Choice.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/MeasurementCommands.h"
 #include "apps/pravik/ObservationCommands.h"
@@ -25,7 +26,8 @@ constexpr int maximumThreads = 256;
 /// A week.
 constexpr int maximumTimeout = 7 * 24 * 3600;
 
-const std::map<std::string, Format> formats{{"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}};
+const Choices<Format> formats{
+    {"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
 
 constexpr const char* overview =
     "Reads Chinese identity cards, bank cards, codes and text from pictures.\n\n"
@@ -39,7 +41,7 @@ constexpr const char* examples =
     "  pravik text page.jpg                                  all text\n"
     "  pravik id-front --recursive cards                     a folder of pictures and those within it\n"
     "  pravik parse id-front --format jsonl blocks.jsonl     records from text that was read before\n"
-    "  pravik scan clip.mp4 --mode bankCard                  the live scanner on a video, event by event\n"
+    "  pravik scan clip.mp4 --mode bank-card                  the live scanner on a video, event by event\n"
     "  pravik doctor                                         what is installed and what is missing\n";
 constexpr const char* scanNotes =
     "Each event is written with its second: state, hint, outline (as shares of the picture, from its lower left\n"
@@ -48,9 +50,9 @@ constexpr const char* scanNotes =
     "time that --timeout names. A file plays as fast as it can on its own time, on which reading a photo takes none,\n"
     "and gives the same events every time.\n\n"
     "Examples:\n"
-    "  pravik scan clip.mp4 --mode bankCard                  a video file\n"
-    "  pravik scan 0 --mode qrCode --timeout 60              the first camera, for a minute at most\n"
-    "  pravik scan clip.mp4 --mode idCardFront --format jsonl --realtime";
+    "  pravik scan clip.mp4 --mode bank-card                  a video file\n"
+    "  pravik scan 0 --mode code --timeout 60              the first camera, for a minute at most\n"
+    "  pravik scan clip.mp4 --mode id-front --format jsonl --realtime";
 constexpr const char* observationFormat =
     "The input is one JSON object, or with --format jsonl one a line, each answered at once:\n"
     "  {\"observations\":[{\"text\":...,\"confidence\":...,\n"
@@ -62,44 +64,25 @@ struct Request {
   Settings settings;
   PictureNames pictures;
   std::string file = "-";
-  std::string scene = "idCard";
   bool isLiteral = false;
   PictureOptions options;
   ScanOptions scan;
+  /// Whether the command that was named reads pictures, each of which gives a row.
+  bool answersPictures = false;
   /// What to do; set by the command that was named.
   std::function<ExitStatus(const Request&, const Host&)> action;
 };
 
-std::vector<std::string> sceneNames() {
-  std::vector<std::string> names;
-  for (const NamedScene& named : namedScenes()) names.emplace_back(named.name);
-  return names;
+Choices<SceneType> scenes() {
+  Choices<SceneType> choices;
+  for (const NamedScene& named : namedScenes()) choices.emplace_back(named.name, named.scene);
+  return choices;
 }
 
-SceneType sceneNamed(const std::string& name) {
-  return std::ranges::find(namedScenes(), name, &NamedScene::name)->scene;
-}
-
-template <class Value>
-std::string joinedNames(const std::map<std::string, Value>& choices) {
-  std::string names;
-  for (const auto& [name, ignored] : choices) names += (names.empty() ? "" : "|") + name;
-  return names;
-}
-
-/// An option whose value is one of the names of a map.
-template <class Value>
-CLI::Option* addChoice(CLI::App& app, const std::string& option, Value& value,
-                       const std::map<std::string, Value>& choices, const std::string& typeName,
-                       const std::string& description) {
-  std::vector<std::string> names;
-  names.reserve(choices.size());
-  for (const auto& [name, ignored] : choices) names.push_back(name);
-  return app
-      .add_option_function<std::string>(
-          option, [&value, &choices](const std::string& name) { value = choices.at(name); }, description)
-      ->check(CLI::IsMember(names).description(""))
-      ->type_name(typeName);
+Choices<const DocumentKind*> kinds() {
+  Choices<const DocumentKind*> choices;
+  for (const DocumentKind& kind : documentKinds()) choices.emplace_back(kind.commandName, &kind);
+  return choices;
 }
 
 /// Throws CLI::ValidationError for what is no time to wait; also for what is no number, which every range would let by.
@@ -110,12 +93,18 @@ std::chrono::milliseconds timeOf(const char* option, double seconds) {
   return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
+/// From the one that tells least on.
+Choices<OCRLogger::Level> logLevels() {
+  const auto named = OCRLogger::levelsByName();
+  Choices<OCRLogger::Level> levels(named.begin(), named.end());
+  std::ranges::sort(levels, {}, &Choices<OCRLogger::Level>::value_type::second);
+  return levels;
+}
+
 /// The options may stand before the command or behind it.
 void addSharedOptions(CLI::App& app, Settings& settings) {
-  static const auto levels = OCRLogger::levelsByName();
-  addChoice(app, "--format", settings.format, formats, "table|json|jsonl", "How answers are written (table)");
-  addChoice(app, "--log-level", settings.logLevel, levels, "none|error|warning|info|debug|verbose",
-            "Log to standard error (none)");
+  addChoice(app, "--format", settings.format, formats, "How answers are written (table); csv for pictures only");
+  addChoice(app, "--log-level", settings.logLevel, logLevels(), "Log to standard error (none)");
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
       ->type_name("DIR");
   app.add_option("--jobs", settings.jobs, "Pictures to read at the same time (1)")
@@ -136,6 +125,7 @@ void setAction(CLI::App& command, Request& request, const Action& action) {
 
 CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view description, Request& request) {
   CLI::App& command = *app.add_subcommand(std::string(name), std::string(description));
+  if (const std::string other = otherSpelling(name); !other.empty()) command.alias(other);
   addSharedOptions(command, request.settings);
   command.footer("");
   return command;
@@ -152,11 +142,8 @@ void addOwnOptions(CLI::App& command, const PictureCommand& picture, Request& re
   command.add_option("--debug-images", options.debugImages, "Write the pictures of every stage (they show the card)")
       ->type_name("DIR");
   if (picture.document == nullptr)
-    command
-        .add_option("--scene", request.scene,
-                    "The kind of document, which decides how the picture is prepared (idCard)")
-        ->check(CLI::IsMember(sceneNames()).description(""))
-        ->type_name("SCENE");
+    addChoice(command, "--scene", options.scene, scenes(),
+              "The kind of document, which decides how the picture is prepared (id-card)");
   if (picture.document == nullptr || picture.document->mode != OCRScanMode::bankCard) return;
   command.add_flag("--same-card", options.sameCard, "All pictures show one card: one answer for all of them");
   command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");
@@ -185,11 +172,11 @@ void addPictureCommands(CLI::App& app, Request& request) {
   for (const PictureCommand& picture : pictureCommands()) {
     CLI::App& command = addCommand(app, picture.kind, picture.description, request);
     addPictureNames(command, request.pictures);
+    command.parse_complete_callback([&request] { request.answersPictures = true; });
     addOwnOptions(command, picture, request);
     command.footer("Example:\n  pravik " + std::string(picture.kind) + " --format jsonl --jobs 2 pictures/*.jpg");
     setAction(command, request, [&picture](const Request& wanted, const Host& host) {
       PictureOptions options = wanted.options;
-      options.scene = sceneNamed(wanted.scene);
       options.limits.stop = host.stop;
       requireOneUseOfInput(wanted.pictures);
       return answerPictures(picture, wanted.pictures, options, wanted.settings, host);
@@ -216,15 +203,10 @@ void addObservationCommands(CLI::App& app, std::string_view name, std::string_vi
 
 void addScanCommand(CLI::App& app, Request& request) {
   CLI::App& command = addCommand(app, "scan", "Run the live scanner on a video or a camera, without a window", request);
-  static const auto kinds = [] {
-    std::map<std::string, const DocumentKind*> named;
-    for (const DocumentKind& kind : documentKinds()) named.emplace(kind.modeName, &kind);
-    return named;
-  }();
   command.add_option("SOURCE", request.scan.source, "A video file, or the number or device file of a camera")
       ->required()
       ->type_name("");
-  addChoice(command, "--mode", request.scan.kind, kinds, joinedNames(kinds), "What to look for")->required();
+  addChoice(command, "--mode", request.scan.kind, kinds(), "What to look for")->required();
   command.add_flag("--realtime", request.scan.isRealTime, "Play a file at its speed; a camera has no other");
   command.add_flag("--loop", request.scan.loops, "Play a file again and again");
   command.add_flag("--cutout", request.scan.cutsToCutout, "Cut photos to the frame on the screen, if cards lie in it");
@@ -268,6 +250,34 @@ class LogToErrors {
   LogToErrors& operator=(const LogToErrors&) = delete;
 };
 
+/// The command that was named last; the program itself when none was.
+const CLI::App& namedCommand(const CLI::App& app) {
+  const auto named = app.get_subcommands();
+  return named.empty() ? app : namedCommand(*named.front());
+}
+
+/// What is wrong with a word that nothing expects.
+std::string complaintOf(const std::string& word, const CLI::App& command) {
+  std::vector<std::string> names;
+  if (word.starts_with('-')) {
+    for (const CLI::Option* option : command.get_options())
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    return "no option '" + word + "'" + suggestion(word, names);
+  }
+  for (const CLI::App* other : command.get_subcommands([](const CLI::App*) { return true; }))
+    for (const std::string& name : {other->get_name(), otherSpelling(other->get_name())})
+      if (!name.empty()) names.push_back(name);
+  return names.empty() ? "unexpected word '" + word + "'" : "no command '" + word + "'" + suggestion(word, names);
+}
+
+/// An error in the words, for people.
+std::string textOf(const CLI::ParseError& error, const CLI::App& app, const std::vector<std::string>& words) {
+  const std::vector<std::string> unexpected = app.remaining(true);
+  const auto first = std::ranges::find_first_of(words, unexpected);
+  const bool isUnexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && first != words.end();
+  return isUnexpected ? complaintOf(*first, namedCommand(app)) : error.what();
+}
+
 }  // namespace
 
 int run(const std::vector<std::string>& words, const Host& host) {
@@ -286,10 +296,16 @@ int run(const std::vector<std::string>& words, const Host& host) {
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, host.out, host.err) == 0 ? allRecognized : usageError;
+    if (error.get_exit_code() == 0) return app.exit(error, host.out, host.err);
+    host.err << "pravik: " << textOf(error, app, words) << "\nRun with --help for more information.\n";
+    return usageError;
   }
   if (!request.action) {
     host.err << app.help();
+    return usageError;
+  }
+  if (request.settings.format == Format::csv && !request.answersPictures) {
+    host.err << "pravik: --format: csv is for the commands that read pictures\n";
     return usageError;
   }
   const LogToErrors log(request.settings.logLevel, host.err);

@@ -17,9 +17,9 @@ namespace pravik::cli {
 namespace {
 
 std::vector<NamedScene> makeScenes() {
-  std::vector<NamedScene> scenes{{"idCard", "Identity card, either side", SceneType::idCard}};
+  std::vector<NamedScene> scenes{{"id-card", "Identity card, either side", SceneType::idCard}};
   for (const DocumentKind& kind : documentKinds())
-    if (kind.scene) scenes.push_back({kind.modeName, kind.englishName, *kind.scene});
+    if (kind.scene) scenes.push_back({kind.commandName, kind.englishName, *kind.scene});
   return scenes;
 }
 

@@ -22,10 +22,10 @@ struct ObservationCommand {
 
 /// The record of a card: parse id-front and so on.
 std::span<const ObservationCommand> parseCommands();
-/// Whether a text belongs to a kind of document: scene idCard and so on.
+/// Whether a text belongs to a kind of document: scene id-card and so on.
 std::span<const ObservationCommand> sceneCommands();
 
-/// A scene by the name of its case, such as "idCardFront", with what it stands for.
+/// A scene by its name, such as "id-front", with what it stands for.
 struct NamedScene {
   std::string_view name;
   std::string_view description;

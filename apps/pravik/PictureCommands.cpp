@@ -267,8 +267,8 @@ ExitStatus answerPictures(const PictureCommand& command, const PictureNames& nam
   if (command.readsText())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
-  if (command.readsEveryCard && !settings.annotate.empty()) {
-    host.err << "pravik: cards gives the corners of every card and draws no pictures: leave out --annotate\n";
+  if (command.readsEveryCard && (!settings.annotate.empty() || settings.format == Format::csv)) {
+    host.err << "pravik: cards gives the corners of any number of cards: leave out --annotate and --format csv\n";
     return usageError;
   }
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
@@ -287,7 +287,7 @@ ExitStatus answerPictures(const PictureCommand& command, const PictureNames& nam
               .queue = queue,
               .annotate = settings.annotate};
 
-  AnswerWriter writer(host.out, settings.format);
+  AnswerWriter writer(host.out, settings.format, command.document);
   const BatchEnd end = options.sameCard ? answerSameCard(batch, writer) : answerEach(batch, jobs, writer);
   const ExitStatus status = writer.finish();
   if (host.stopped() && (!end.isComplete || status != allRecognized)) return interrupted;

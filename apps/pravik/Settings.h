@@ -24,7 +24,7 @@ enum ExitStatus : std::uint8_t {
 };
 
 /// How answers are written.
-enum class Format : std::uint8_t { table, json, jsonl };
+enum class Format : std::uint8_t { table, json, jsonl, csv };
 
 /// The options that all commands share.
 struct Settings {

@@ -37,6 +37,17 @@ TEST(PictureCommands, APictureIsAnsweredWithItsRecordAndItsChecks) {
   }
 }
 
+TEST(PictureCommands, CommaSeparatedValuesHaveAHeaderAndARowForEachPicture) {
+  CommandRun command;
+  command.engine->blocks = {textBlock("6222 0212 3456 7890", 0.5, 0.5)};
+  EXPECT_EQ(command({"bank-card", "--format", "csv", "a.jpg", "bad.jpg"}), someNotRecognized);
+  EXPECT_EQ(command.out,
+            "file,page,kind,cardNumber,rawCardNumber,bankName,cardType,cardholderName,luhn,error,message,reason,"
+            "warnings\r\n"
+            "a.jpg,,bank-card,6222 0212 3456 7890,6222021234567890,,,,false,,,,\r\n"
+            "bad.jpg,,bank-card,,,,,,,invalid_image,无效的图像，请提供有效的 UIImage,not a picture,\r\n");
+}
+
 TEST(PictureCommands, TheStageOfABankCardIsToldWhenAsked) {
   CommandRun command;
   command.engine->script = {{}, {textBlock("6222 0212 3456 7894", 0.5, 0.5)}};
@@ -150,13 +161,13 @@ TEST(PictureCommands, AListNamesPictures) {
 
 TEST(PictureCommands, WhatNamesNoPictureIsWrongUsage) {
   const TemporaryFolder folder;
-  for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
-           {"code"},
-           {"code", "-", "-"},
-           {"code", "-", "--files-from", "-"},
-           {"code", "--files-from", "-"},
-           {"code", "--files-from", "/no/such/list"},
-           {"code", "--files-from", folder.path().string()}}) {
+  for (const std::vector<std::string>& words :
+       std::vector<std::vector<std::string>>{{"code"},
+                                             {"code", "-", "-"},
+                                             {"code", "-", "--files-from", "-"},
+                                             {"code", "--files-from", "-"},
+                                             {"code", "--files-from", "/no/such/list"},
+                                             {"code", "--files-from", folder.path().string()}}) {
     CommandRun command;
     EXPECT_EQ(command(words), usageError) << testing::PrintToString(words);
     EXPECT_NE(command.err, "") << testing::PrintToString(words);
