@@ -37,6 +37,26 @@ TEST(PictureCommands, APictureIsAnsweredWithItsRecordAndItsChecks) {
   }
 }
 
+TEST(PictureCommands, EveryCardOfAPictureIsAnsweredInOneList) {
+  CommandRun command;
+  const std::vector<RecognizedText> emblemSide{textBlock("签发机关 某市公安局", 0.5, 0.7),
+                                               textBlock("有效期限 2015.03.01-长期", 0.5, 0.8)};
+  command.engine->blocks = emblemSide;
+  EXPECT_EQ(command({"cards", "--format", "jsonl", "a.jpg"}), 0);
+  const Answer card = Json::parse(command.out)["cards"].at(0);
+  EXPECT_EQ(card["kind"], "id-back");
+  EXPECT_EQ(card["result"]["issuingAuthority"], "某市公安局");
+  EXPECT_EQ(card["corners"].size(), 4U);
+  EXPECT_EQ(command({"cards", "a.jpg"}), 0);
+  EXPECT_TRUE(command.out.starts_with("a.jpg\n  1. Identity card, emblem side\n  issuingAuthority  某市公安局\n"))
+      << command.out;
+
+  command.engine->blocks = {textBlock("今天天气很好", 0.5, 0.5)};
+  EXPECT_EQ(command({"cards", "--format", "jsonl", "a.jpg"}), 1);
+  EXPECT_EQ(Json::parse(command.out)["report"]["reason"], "no_card_found");
+  EXPECT_EQ(command({"cards", "--format", "csv", "a.jpg"}), 2);
+}
+
 TEST(PictureCommands, CommaSeparatedValuesHaveAHeaderAndARowForEachPicture) {
   CommandRun command;
   command.engine->blocks = {textBlock("6222 0212 3456 7890", 0.5, 0.5)};
