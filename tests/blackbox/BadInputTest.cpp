@@ -24,7 +24,10 @@ TEST_F(BadInput, EachFileGetsItsErrorAndTheRestOfTheBatchGoesOn) {
       {(folder_.path() / "folder").string(), "no pictures in this folder"},
       {folder_.write("empty.jpg", ""), "empty"},
       {folder_.write("cut.pdf", "%PDF-1.7\n1 0 obj"), "the PDF is damaged"},
-      {folder_.write("cut.heic", std::string("\0\0\0\x18" "ftypheic\0\0\0\0mif1", 20)), "the picture is damaged"},
+      {folder_.write("cut.heic", std::string("\0\0\0\x18"
+                                             "ftypheic\0\0\0\0mif1",
+                                             20)),
+       "the picture is damaged"},
       {folder_.write("text.jpg", "this is no picture"), "not a picture"},
   };
   for (const std::string command : {"id-front", "bank-card", "code", "text"}) {
