@@ -57,8 +57,8 @@ ExitStatus answerMeasurement(const MeasurementCommand& command, const std::strin
   const Platform platform = host.makePlatform({.modelDirectory = settings.models, .threads = 1});
   Answer answer{{"file", file}, {"kind", command.kind}};
   const auto image = readPicture(file, *platform.imageCodec, host.in);
-  answer.update(image ? Answer{{"result", command.measure(*image->bitmap, platform)}}
-                      : answerOf(OCRError::invalidImage(), image.error()));
+  answer.update(image && image->bitmap ? Answer{{"result", command.measure(*image->bitmap, platform)}}
+                                       : answerOf(OCRError::invalidImage(), image ? "" : image.error()));
   AnswerWriter writer(host.out, settings.format);
   writer.write(answer);
   return writer.finish();

@@ -166,7 +166,7 @@ Validity validityByLines(LineTexts lineTexts) {
 
   const Validity validity =
       validityOf(datesIn(RegexHelper::allMatches(digitRunPattern, digits)), contains(text, longTermMark));
-  return validity.end && *validity.end <= *validity.start ? Validity{} : validity;
+  return validity.start && validity.end && *validity.end <= *validity.start ? Validity{} : validity;
 }
 
 }  // namespace

@@ -57,7 +57,8 @@ TEST(SampleSet, IsReadAlikeByThreadsThatShareOneSdk) {
   for (std::size_t first = 0; first < 8; ++first) {
     threads.emplace_back([&sdk, &all, first] {
       for (std::size_t i = first; i < all.size(); i += 8) {
-        const auto& command = *std::ranges::find(pictureCommands(), all[i]["kind"], &PictureCommand::kind);
+        const auto& command =
+            *std::ranges::find(pictureCommands(), all[i]["kind"].get<std::string>(), &PictureCommand::kind);
         const Image photo = realPlatform().imageCodec->load(samples / all[i]["file"].get<std::string>());
         EXPECT_EQ(json(answerPicture(command, sdk, photo, {})["result"]), all[i]["result"]) << all[i]["file"];
       }

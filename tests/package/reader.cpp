@@ -1,4 +1,5 @@
 // A program outside the tree that answers as the command line does: reader KIND PICTURE...
+#include <exception>
 #include <iostream>
 #include <string>
 
@@ -16,7 +17,7 @@ pravik::Answer answer(const pravik::PravikSDK& sdk, const pravik::Image& picture
 
 }  // namespace
 
-int main(int argumentCount, char** arguments) {
+int main(int argumentCount, char** arguments) try {
   const pravik::Platform platform = pravik::makeDefaultPlatform();
   const pravik::PravikSDK sdk(platform);
   for (int i = 2; i < argumentCount; ++i) {
@@ -24,4 +25,7 @@ int main(int argumentCount, char** arguments) {
     line.update(answer(sdk, platform.imageCodec->load(arguments[i]), arguments[1]));
     std::cout << pravik::jsonText(line) << '\n';
   }
+} catch (const std::exception& error) {
+  std::cerr << error.what() << '\n';
+  return 1;
 }

@@ -9,7 +9,7 @@ int main(int argumentCount, char** arguments) {
   // The build lists the tests, for which no application is needed.
   if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication application(argumentCount, arguments);
+  const QApplication application(argumentCount, arguments);
   QApplication::setFont(pravik::interfaceFont());
   QApplication::setQuitOnLastWindowClosed(false);
   return RUN_ALL_TESTS();

@@ -169,7 +169,9 @@ TEST(Edges, WhatHostsThrowCostsNoRecord) {
 
 TEST(Edges, AnEngineMayThrowAnything) {
   struct OddEngine : TextEngine {
-    std::vector<RecognizedText> recognize(const Bitmap&, const TextRequest&) const override { throw 3; }
+    std::vector<RecognizedText> recognize(const Bitmap& /*bitmap*/, const TextRequest& /*request*/) const override {
+      throw 3;
+    }
   };
   Fixture f;
   Platform platform = f.makePlatform();
