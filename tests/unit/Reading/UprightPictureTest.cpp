@@ -2,8 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <span>
+#include <cmath>
+#include <numbers>
+#include <utility>
 
 #include "Pravik.h"
 #include "support/Fakes.h"
@@ -95,15 +96,15 @@ TEST(TurnedPictures, AreCutAroundTheTextWhenTheyAreTurnedByAnotherAngle) {
     for (const ImageFilter& filter : filters)
       if (const auto* cut = std::get_if<PerspectiveCorrection>(&filter)) cuts.push_back(*cut);
   ASSERT_EQ(cuts.size(), 1U);
-  // The block is 100 x 30 pixels around the middle: seen along the diagonal 130 / sqrt(2) either way, and as much
-  // around.
+  // The block is 100 x 30 pixels in the middle, so the text is 104.4 long; around it is a quarter of 300 pixels.
+  const double along = (std::hypot(100, 30) / 2 + 75) / std::numbers::sqrt2, across = 75 / std::numbers::sqrt2;
   const auto& [topLeft, topRight, bottomLeft, bottomRight] = cuts[0].corners;
-  EXPECT_NEAR(topLeft.x, 200, 1e-6);
-  EXPECT_NEAR(topLeft.y, 150 + 130, 1e-6);
-  EXPECT_NEAR(topRight.x, 200 + 130, 1e-6);
-  EXPECT_NEAR(topRight.y, 150, 1e-6);
-  EXPECT_NEAR(bottomLeft.x, 200 - 130, 1e-6);
-  EXPECT_NEAR(bottomRight.y, 150 - 130, 1e-6);
+  EXPECT_NEAR(topLeft.x, 200 - along + across, 1e-6);
+  EXPECT_NEAR(topLeft.y, 150 + along + across, 1e-6);
+  EXPECT_NEAR(topRight.x, 200 + along + across, 1e-6);
+  EXPECT_NEAR(topRight.y, 150 - along + across, 1e-6);
+  EXPECT_NEAR(bottomLeft.x, 200 - along - across, 1e-6);
+  EXPECT_NEAR(bottomRight.y, 150 - along - across, 1e-6);
 
   f.renderer->rendered = [first = true](const Bitmap& bitmap) mutable -> std::optional<Bitmap> {
     return std::exchange(first, false) ? std::optional(bitmap) : std::nullopt;
