@@ -18,9 +18,10 @@ namespace {
 constexpr double sameDirection = 15;
 /// So many degrees off level a picture is read as it lies: the straightening and the reading of lines bear them.
 constexpr double bearableTilt = 10;
-/// What a picture that is turned by an odd angle keeps around its text, as a share of the text's longer side: the
-/// outline of a card of which little was read.
-constexpr double margin = 0.5;
+/// What a picture that is turned by an odd angle keeps around its text, so that the card is whole though only some of
+/// it was read: at least these shares of the text's longer side and of the picture's shorter side.
+constexpr double textMargin = 0.5;
+constexpr double pictureMargin = 0.25;
 
 double apart(double one, double other) {
   return std::remainder(one - other, 360);
@@ -59,7 +60,8 @@ std::optional<Bitmap> turnedBack(const ReadingParts& parts, const Bitmap& bitmap
     const Rect box = inPixels(flipped(block.boundingBox), size);
     text.add(along(box.midX(), box.midY()), std::hypot(box.width, box.height) / 2);
   }
-  const double around = margin * std::max(text.right - text.left, text.bottom - text.top);
+  const double around = std::max(textMargin * std::max(text.right - text.left, text.bottom - text.top),
+                                 pictureMargin * std::min(size.width, size.height));
   const double left = std::max(whole.left, text.left - around);
   const double right = std::min(whole.right, text.right + around);
   const double top = std::max(whole.top, text.top - around);
