@@ -25,6 +25,7 @@ STAND_INS = {
     "card.jpg": "id-front-photo-0019.jpg",
     "sideways.jpg": "id-front-photo-0036.jpg",
     "back.jpg": "id-back-photo-0006.jpg",
+    "desk.jpg": "id-back-photo-0006.jpg",
     "a.jpg": "bank-card-worn-photo-0001.jpg",
     "b.jpg": "bank-card-flat-photo-0011.jpg",
     "label.jpg": "code-photo-0003.jpg",
