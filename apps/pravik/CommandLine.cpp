@@ -30,6 +30,8 @@ constexpr int maximumTimeout = 7 * 24 * 3600;
 const Choices<Format> formats{
     {"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
 
+const Choices<Language> languages{{"zh", Language::chinese}, {"en", Language::english}};
+
 constexpr const char* overview =
     "Reads Chinese identity cards, bank cards, codes and text from pictures.\n\n"
     "Exit status: 0 all recognised, 1 at least one was not, 2 wrong usage, 3 the installation is incomplete.";
@@ -106,6 +108,7 @@ Choices<OCRLogger::Level> logLevels() {
 /// The options may stand before the command or behind it.
 void addSharedOptions(CLI::App& app, Settings& settings) {
   addChoice(app, "--format", settings.format, formats, "How answers are written (table); csv for pictures only");
+  addChoice(app, "--lang", settings.language, languages, "Language of the table's words (that of the environment)");
   addChoice(app, "--log-level", settings.logLevel, logLevels(), "Log to standard error (none)");
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
       ->type_name("DIR");

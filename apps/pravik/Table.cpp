@@ -30,49 +30,46 @@ struct Row {
   std::string note;
 };
 
-std::string valueText(const Json& value) {
+std::string valueText(const Json& value, Language language) {
   if (value.is_null()) return "-";
+  if (value.is_boolean() && language == Language::chinese) return value.get<bool>() ? "是" : "否";
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   if (value.is_string()) return value.get<std::string>().empty() ? "-" : value.get<std::string>();
   return jsonText(value);
 }
 
-std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer) {
+std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer, Language language) {
   std::map<std::string, std::string, std::less<>> failures;
   const auto checks = answer.find("checks");
   if (checks == answer.end()) return failures;
   for (const auto& [check, passed] : checks->items())
     if (const CheckKind* known = checkNamed(check); known != nullptr && passed == false)
-      failures[std::string(known->field)] = formatted("! {}", known->failure);
+      failures[std::string(known->field)] = formatted("! {}", checkText(check, language));
   return failures;
 }
 
 /// A nested object becomes rows of its own, their names joined with a dot.
-void appendRows(const Json& object, const std::string& prefix, std::vector<Row>& rows) {
+void appendRows(const Json& object, const std::string& prefix, Language language, std::vector<Row>& rows) {
   for (const auto& [key, value] : object.items()) {
     if (value.is_object())
-      appendRows(value, prefix + key + ".", rows);
+      appendRows(value, prefix + key + ".", language, rows);
     else
-      rows.push_back({prefix + key, valueText(value), {}});
+      rows.push_back({prefix + key, valueText(value, language), {}});
   }
 }
 
-std::vector<Row> resultRows(const Answer& answer) {
+std::vector<Row> resultRows(const Answer& answer, Language language) {
   std::vector<Row> rows;
-  appendRows(answer["result"], {}, rows);
-  const auto failures = failedChecks(answer);
+  appendRows(answer["result"], {}, language, rows);
+  const auto failures = failedChecks(answer, language);
   for (Row& row : rows)
     if (const auto failure = failures.find(row.field); failure != failures.end()) row.note = failure->second;
   return rows;
 }
 
-std::vector<Row> errorRows(const Answer& answer) {
-  const Json& error = answer["error"];
-  std::vector<Row> rows{{"error", error["message"].get<std::string>(), {}}};
-  if (const auto context = error.find("context"); context != error.end() && context->contains("reason"))
-    rows.push_back({"reason", (*context)["reason"].get<std::string>(), {}});
-  else if (answer.contains("report"))
-    rows.push_back({"reason", answer["report"]["text"].get<std::string>(), {}});
+std::vector<Row> errorRows(const Answer& answer, Language language) {
+  std::vector<Row> rows{{"error", errorText(answer, language), {}}};
+  if (const std::string reason = reasonText(answer, language); !reason.empty()) rows.push_back({"reason", reason, {}});
   return rows;
 }
 
@@ -150,10 +147,10 @@ std::string padded(std::string_view text, int width) {
   return std::string(text) + std::string(static_cast<std::size_t>(std::max(0, width - displayWidth(text))), ' ');
 }
 
-std::string asTable(const Answer& answer) {
-  std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
+std::string asTable(const Answer& answer, Language language) {
+  std::vector<Row> rows = isRecognized(answer) ? resultRows(answer, language) : errorRows(answer, language);
   for (const Json& warning : answer.value("warnings", Json::array()))
-    rows.push_back({"warning", warning.get<std::string>(), {}});
+    rows.push_back({"warning", ownText(warning.get<std::string>(), language), {}});
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {
     fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);
