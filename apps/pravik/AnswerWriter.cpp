@@ -20,9 +20,9 @@ std::string arrayElement(const Answer& answer) {
 
 }  // namespace
 
-AnswerWriter::AnswerWriter(std::ostream& out, Format format, const DocumentKind* document)
-    : out_(out), format_(format), document_(document) {
-  if (format == Format::csv) out << csvHeader(document);
+AnswerWriter::AnswerWriter(std::ostream& out, const Settings& settings, const DocumentKind* document)
+    : out_(out), format_(settings.format), language_(settings.language), document_(document) {
+  if (format_ == Format::csv) out << csvHeader(document);
 }
 
 void AnswerWriter::write(const Answer& answer) {
@@ -47,11 +47,11 @@ void AnswerWriter::write(const Answer& answer) {
 
 void AnswerWriter::writeForPeople(const Answer& answer) {
   if (!answer.contains("event")) {
-    out_ << (first_ ? "" : "\n") << asTable(answer);
+    out_ << (first_ ? "" : "\n") << asTable(answer, language_);
     return;
   }
   out_ << asEventLine(answer);
-  if (answer["event"] == "result") out_ << '\n' << asTable(answer);
+  if (answer["event"] == "result") out_ << '\n' << asTable(answer, language_);
 }
 
 ExitStatus AnswerWriter::finish() {

@@ -13,7 +13,7 @@ namespace pravik::cli {
 class AnswerWriter {
  public:
   /// The kind of document, null for text, decides the columns of comma-separated values.
-  AnswerWriter(std::ostream& out, Format format, const DocumentKind* document = nullptr);
+  AnswerWriter(std::ostream& out, const Settings& settings, const DocumentKind* document = nullptr);
 
   void write(const Answer& answer);
   /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error or a warning was among
@@ -28,6 +28,7 @@ class AnswerWriter {
 
   std::ostream& out_;
   Format format_;
+  Language language_;
   const DocumentKind* document_;
   bool first_ = true;
   bool allRecognized_ = true;

@@ -11,6 +11,7 @@
 
 #include "Records/PravikVersion.h"
 #include "apps/pravik/Choice.h"
+#include "apps/pravik/Description.h"
 #include "apps/pravik/Installation.h"
 #include "apps/pravik/MeasurementCommands.h"
 #include "apps/pravik/ObservationCommands.h"
@@ -28,6 +29,8 @@ constexpr int maximumTimeout = 7 * 24 * 3600;
 
 const Choices<Format> formats{
     {"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
+
+const Choices<Language> languages{{"zh", Language::chinese}, {"en", Language::english}};
 
 constexpr const char* overview =
     "Reads Chinese identity cards, bank cards, codes and text from pictures.\n\n"
@@ -67,6 +70,7 @@ struct Request {
   bool isLiteral = false;
   PictureOptions options;
   ScanOptions scan;
+  std::string (*description)(const CLI::App&) = nullptr;
   /// Whether the command that was named reads pictures, each of which gives a row.
   bool answersPictures = false;
   /// What to do; set by the command that was named.
@@ -104,6 +108,7 @@ Choices<OCRLogger::Level> logLevels() {
 /// The options may stand before the command or behind it.
 void addSharedOptions(CLI::App& app, Settings& settings) {
   addChoice(app, "--format", settings.format, formats, "How answers are written (table); csv for pictures only");
+  addChoice(app, "--lang", settings.language, languages, "Language of the table's words (that of the environment)");
   addChoice(app, "--log-level", settings.logLevel, logLevels(), "Log to standard error (none)");
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
       ->type_name("DIR");
@@ -235,6 +240,19 @@ void addOtherCommands(CLI::App& app, Request& request) {
             [](const Request& wanted, const Host& host) { return doctor(wanted.settings, host); });
 }
 
+/// For whoever builds a package.
+void addDescriptions(CLI::App& app, Request& request) {
+  static const Choices<std::string (*)(const CLI::App&)> forms{
+      {"man", manPage}, {"bash", bashCompletion}, {"zsh", zshCompletion}, {"fish", fishCompletion}};
+  CLI::App& command = *app.add_subcommand("describe", "Write the page for man, or the completion for a shell");
+  command.group("");
+  addChoice(command, "FORM", request.description, forms, "What to write")->required();
+  setAction(command, request, [&app](const Request& wanted, const Host& host) {
+    host.out << wanted.description(app) << std::flush;
+    return allRecognized;
+  });
+}
+
 /// The log goes to the error stream while a command runs.
 class LogToErrors {
  public:
@@ -292,6 +310,7 @@ int run(const std::vector<std::string>& words, const Host& host) {
   addObservationCommands(app, "scene", "Check that a text belongs to a kind of document", sceneCommands(), request);
   addScanCommand(app, request);
   addOtherCommands(app, request);
+  addDescriptions(app, request);
 
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));

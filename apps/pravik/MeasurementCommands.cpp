@@ -59,7 +59,7 @@ ExitStatus answerMeasurement(const MeasurementCommand& command, const std::strin
   const auto image = readPicture(file, *platform.imageCodec, host.in);
   answer.update(image && image->bitmap ? Answer{{"result", command.measure(*image->bitmap, platform)}}
                                        : answerOf(OCRError::invalidImage(), image ? "" : image.error()));
-  AnswerWriter writer(host.out, settings.format);
+  AnswerWriter writer(host.out, settings);
   writer.write(answer);
   return writer.finish();
 }

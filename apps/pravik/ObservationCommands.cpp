@@ -88,7 +88,7 @@ std::span<const NamedScene> namedScenes() {
 
 ExitStatus answerObservations(const ObservationCommand& command, const std::string& file, TextHandling handling,
                               const Settings& settings, const Host& host) {
-  AnswerWriter writer(host.out, settings.format);
+  AnswerWriter writer(host.out, settings);
   std::ifstream opened;
   if (file != "-") {
     opened.open(file, std::ios::binary);

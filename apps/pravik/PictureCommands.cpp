@@ -287,7 +287,7 @@ ExitStatus answerPictures(const PictureCommand& command, const PictureNames& nam
               .queue = queue,
               .annotate = settings.annotate};
 
-  AnswerWriter writer(host.out, settings.format, command.document);
+  AnswerWriter writer(host.out, settings, command.document);
   const BatchEnd end = options.sameCard ? answerSameCard(batch, writer) : answerEach(batch, jobs, writer);
   const ExitStatus status = writer.finish();
   if (host.stopped() && (!end.isComplete || status != allRecognized)) return interrupted;

@@ -244,7 +244,7 @@ ExitStatus scan(const ScanOptions& options, const Settings& settings, const Host
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
 
-  AnswerWriter writer(host.out, settings.format);
+  AnswerWriter writer(host.out, settings);
   const VideoSource source = videoSourceNamed(options.source);
   Size frame;
   try {

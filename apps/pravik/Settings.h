@@ -10,6 +10,7 @@
 
 #include "Platform/Platform.h"
 #include "Utils/OCRLogger.h"
+#include "apps/pravik/Wording.h"
 #include "backends/DefaultPlatform.h"
 
 namespace pravik::cli {
@@ -29,6 +30,8 @@ enum class Format : std::uint8_t { table, json, jsonl, csv };
 /// The options that all commands share.
 struct Settings {
   Format format = Format::table;
+  /// Of the table.
+  Language language = environmentLanguage();
   OCRLogger::Level logLevel = OCRLogger::Level::none;
   /// Where annotated pictures go; empty for none.
   std::filesystem::path annotate;

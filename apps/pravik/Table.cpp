@@ -31,49 +31,46 @@ struct Row {
   std::string note;
 };
 
-std::string valueText(const Json& value) {
+std::string valueText(const Json& value, Language language) {
   if (value.is_null()) return "-";
+  if (value.is_boolean() && language == Language::chinese) return value.get<bool>() ? "是" : "否";
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   if (value.is_string()) return value.get<std::string>().empty() ? "-" : value.get<std::string>();
   return jsonText(value);
 }
 
-std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer) {
+std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer, Language language) {
   std::map<std::string, std::string, std::less<>> failures;
   const auto checks = answer.find("checks");
   if (checks == answer.end()) return failures;
   for (const auto& [check, passed] : checks->items())
     if (const CheckKind* known = checkNamed(check); known != nullptr && passed == false)
-      failures[std::string(known->field)] = formatted("! {}", known->failure);
+      failures[std::string(known->field)] = formatted("! {}", checkText(check, language));
   return failures;
 }
 
 /// A nested object becomes rows of its own, their names joined with a dot.
-void appendRows(const Json& object, const std::string& prefix, std::vector<Row>& rows) {
+void appendRows(const Json& object, const std::string& prefix, Language language, std::vector<Row>& rows) {
   for (const auto& [key, value] : object.items()) {
     if (value.is_object())
-      appendRows(value, prefix + key + ".", rows);
+      appendRows(value, prefix + key + ".", language, rows);
     else
-      rows.push_back({prefix + key, valueText(value), {}});
+      rows.push_back({prefix + key, valueText(value, language), {}});
   }
 }
 
-std::vector<Row> resultRows(const Answer& answer) {
+std::vector<Row> resultRows(const Answer& answer, Language language) {
   std::vector<Row> rows;
-  appendRows(answer["result"], {}, rows);
-  const auto failures = failedChecks(answer);
+  appendRows(answer["result"], {}, language, rows);
+  const auto failures = failedChecks(answer, language);
   for (Row& row : rows)
     if (const auto failure = failures.find(row.field); failure != failures.end()) row.note = failure->second;
   return rows;
 }
 
-std::vector<Row> errorRows(const Answer& answer) {
-  const Json& error = answer["error"];
-  std::vector<Row> rows{{"error", error["message"].get<std::string>(), {}}};
-  if (const auto context = error.find("context"); context != error.end() && context->contains("reason"))
-    rows.push_back({"reason", (*context)["reason"].get<std::string>(), {}});
-  else if (answer.contains("report"))
-    rows.push_back({"reason", answer["report"]["text"].get<std::string>(), {}});
+std::vector<Row> errorRows(const Answer& answer, Language language) {
+  std::vector<Row> rows{{"error", errorText(answer, language), {}}};
+  if (const std::string reason = reasonText(answer, language); !reason.empty()) rows.push_back({"reason", reason, {}});
   return rows;
 }
 
@@ -140,23 +137,28 @@ constexpr std::array<EventText, 8> eventTexts{{{"state", detailsOfState},
                                                {"attempt", detailsOfAttempt}}};
 
 /// "1. Identity card, portrait side, turned 90 degrees".
-std::string cardTitle(std::size_t number, const Json& card) {
+std::string cardTitle(std::size_t number, const Json& card, Language language) {
+  const bool isChinese = language == Language::chinese;
   std::string title = formatted("  {}. ", number);
   const auto kinds = documentKinds();
   const auto kind =
       std::ranges::find_if(kinds, [&](const DocumentKind& known) { return card["kind"] == known.commandName; });
-  title += kind == kinds.end() ? "A card of no known kind" : std::string(kind->englishName);
-  if (const int turned = card["turned"]; turned != 0) title += formatted(", turned {} degrees", turned);
-  if (card.contains("pair")) title += ", of a pair";
+  if (kind == kinds.end())
+    title += isChinese ? "未知类型的卡片" : "A card of no known kind";
+  else
+    title += isChinese ? kind->displayName : kind->englishName;
+  if (const int turned = card["turned"]; turned != 0)
+    title += isChinese ? formatted("，旋转 {} 度", turned) : formatted(", turned {} degrees", turned);
+  if (card.contains("pair")) title += isChinese ? "，成对" : ", of a pair";
   return title + "\n";
 }
 
-std::string cardsTable(const Answer& answer) {
+std::string cardsTable(const Answer& answer, Language language) {
   std::string table;
   if (answer.contains("file")) table += printable(answer["file"].get<std::string>(), 0) + "\n";
-  if (answer["cards"].empty()) return table + "  " + answer["report"]["text"].get<std::string>() + "\n";
+  if (answer["cards"].empty()) return table + "  " + reasonText(answer, language) + "\n";
   std::size_t number = 0;
-  for (const Json& card : answer["cards"]) table += cardTitle(++number, card) + asTable(card);
+  for (const Json& card : answer["cards"]) table += cardTitle(++number, card, language) + asTable(card, language);
   return table;
 }
 
@@ -172,11 +174,11 @@ std::string padded(std::string_view text, int width) {
   return std::string(text) + std::string(static_cast<std::size_t>(std::max(0, width - displayWidth(text))), ' ');
 }
 
-std::string asTable(const Answer& answer) {
-  if (answer.contains("cards")) return cardsTable(answer);
-  std::vector<Row> rows = isRecognized(answer) ? resultRows(answer) : errorRows(answer);
+std::string asTable(const Answer& answer, Language language) {
+  if (answer.contains("cards")) return cardsTable(answer, language);
+  std::vector<Row> rows = isRecognized(answer) ? resultRows(answer, language) : errorRows(answer, language);
   for (const Json& warning : answer.value("warnings", Json::array()))
-    rows.push_back({"warning", warning.get<std::string>(), {}});
+    rows.push_back({"warning", ownText(warning.get<std::string>(), language), {}});
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {
     fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);

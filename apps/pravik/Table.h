@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "apps/pravik/Wording.h"
 #include "backends/json/Answer.h"
 
 namespace pravik::cli {
@@ -13,9 +14,9 @@ int displayWidth(std::string_view text);
 /// The text with spaces behind it up to the width; unchanged when it is wider.
 std::string padded(std::string_view text, int width);
 
-/// An answer for people: the file, then a line for each field with failed checks beside it, or the error in words.
-/// Ends with a line end.
-std::string asTable(const Answer& answer);
+/// An answer for people: the file, then a line for each field with failed checks beside it, or the error in words of
+/// their language. Ends with a line end.
+std::string asTable(const Answer& answer, Language language);
 
 /// An event of a scan for people, on a line: the time in seconds, the event and its details.
 std::string asEventLine(const Json& event);

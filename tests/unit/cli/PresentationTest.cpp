@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "apps/pravik/Annotation.h"
 #include "apps/pravik/Csv.h"
 #include "apps/pravik/Table.h"
@@ -27,15 +29,67 @@ TEST(Table, TellsAnAnswerInAlignedWords) {
        "  isLongTerm  yes\n"},
       {{{"result", {{"cardNumber", "1"}}}, {"checks", {{"luhn", false}}}},
        "  cardNumber  1  ! the check digit is wrong\n"},
-      {answerOf(OCRError::invalidImage(), "no such file"),
-       "  error   无效的图像，请提供有效的 UIImage\n"
-       "  reason  no such file\n"},
       // Control characters do not reach the terminal.
       {{{"result", {{"payload", "a\033[2Jb\nc\u009b"}}}},
        "  payload  a\uFFFD[2Jb\n"
        "           c\uFFFD\n"},
   };
-  for (const auto& [answer, table] : cases) EXPECT_EQ(asTable(answer), table);
+  for (const auto& [answer, table] : cases) EXPECT_EQ(asTable(answer, Language::english), table);
+}
+
+TEST(Table, HasOneLanguageAtATime) {
+  const auto unread = [](const OCRError& error, UnreadReason reason) {
+    return readingAnswer({.record = tl::unexpected(error), .report = {.unreadReason = reason, .stage = {}}});
+  };
+  const struct {
+    Answer answer;
+    std::string chinese, english;
+  } cases[] = {
+      {answerOf(OCRError::invalidImage(), "no such file"), "  error   无法读取图片\n  reason  没有这个文件\n",
+       "  error   there is no picture that can be read\n  reason  no such file\n"},
+      {answerOf(OCRError::invalidImage(), "too large: 20000 x 9000 pixels, at most 100 megapixels"),
+       "  error   无法读取图片\n  reason  太大：20000 x 9000 像素，最多 10000 万像素\n",
+       "  error   there is no picture that can be read\n"
+       "  reason  too large: 20000 x 9000 pixels, at most 100 megapixels\n"},
+      // A picture without a code lacks no text.
+      {unread(OCRError::insufficientText(), UnreadReason::noCodeFound), "  error  没有找到二维码或条形码\n",
+       "  error  no QR code or bar code was found\n"},
+      {unread(OCRError::sceneMismatch("身份证背面", "银行卡"), UnreadReason::wrongDocument),
+       "  error   场景不匹配：期望身份证背面，检测到银行卡\n  reason  图片中是另一种证件，请选择正确的类型\n",
+       "  error   another document was expected: Identity card, emblem side; found: Bank card\n"
+       "  reason  the picture shows another kind of document: choose that\n"},
+      {unread(OCRError::recognitionFailed("x.onnx: no such file"), UnreadReason::engineFailed),
+       "  error   文字识别失败\n  reason  x.onnx: 没有这个文件\n",
+       "  error   the recognition failed\n  reason  x.onnx: no such file\n"},
+      {invalidInputAnswer("line 1 is no JSON"), "  error  line 1 is no JSON\n", "  error  line 1 is no JSON\n"},
+      {{{"result", {{"cardNumber", "1"}, {"isLongTerm", false}}}, {"checks", {{"luhn", false}}}},
+       "  cardNumber  1  ! 校验位错误\n  isLongTerm  否\n",
+       "  cardNumber  1  ! the check digit is wrong\n  isLongTerm  no\n"},
+  };
+  for (const auto& [answer, chinese, english] : cases) {
+    EXPECT_EQ(asTable(answer, Language::chinese), chinese);
+    EXPECT_EQ(asTable(answer, Language::english), english);
+  }
+}
+
+TEST(Language, IsThatOfTheEnvironmentUnlessItIsNamed) {
+  const struct {
+    const char *all, *messages, *lang;
+    Language expected;
+  } cases[] = {
+      {"", "", "", Language::english},
+      {"", "", "zh_CN.UTF-8", Language::chinese},
+      {"", "en_GB.UTF-8", "zh_CN.UTF-8", Language::english},
+      {"zh_TW", "en_GB.UTF-8", "C", Language::chinese},
+      {"C.UTF-8", "zh_CN", "zh_CN", Language::english},
+  };
+  for (const auto& [all, messages, lang, expected] : cases) {
+    ::setenv("LC_ALL", all, 1);
+    ::setenv("LC_MESSAGES", messages, 1);
+    ::setenv("LANG", lang, 1);
+    EXPECT_EQ(environmentLanguage(), expected) << all << messages << lang;
+  }
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) ::unsetenv(name);
 }
 
 TEST(Csv, ARowHasTheColumnsOfItsKindWhateverTheAnswer) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "backends/json/Answer.h"
+
+namespace pravik::cli {
+
+/// What a person reads. Records, errors in JSON and the log have a language of their own.
+enum class Language : std::uint8_t { chinese, english };
+
+/// That of the environment (LC_ALL, LC_MESSAGES, LANG, the first that is set): Chinese, and English for all others.
+Language environmentLanguage();
+
+/// An answer's error, in a sentence: {"error":{"code":…,"message":…},…}.
+std::string errorText(const Answer& answer, Language language);
+/// What there is to add to it; empty for nothing.
+std::string reasonText(const Answer& answer, Language language);
+/// What the failure of a check means; empty for one that is not known.
+std::string checkText(std::string_view check, Language language);
+/// A text of this program's own, "no such file".
+std::string ownText(const std::string& english, Language language);
+
+}  // namespace pravik::cli
