@@ -37,6 +37,28 @@ std::string_view chineseText(UnreadReason reason);
 /// The same in English.
 std::string_view englishText(UnreadReason reason);
 
+/// What makes a record less certain than it looks, or what its card tells about itself.
+enum class ReadingWarning : std::uint8_t {
+  blurred,      ///< out of focus, or moved
+  glare,        ///< light is reflected so that print is gone
+  dark,         ///< print is near the noise of the camera
+  overexposed,  ///< the brightest parts have lost their print
+  tooSmall,     ///< too few dots a millimetre of card
+  cutOff,       ///< the card goes on beyond the picture
+  greyCopy,     ///< a copy without colour
+  screen,       ///< a photo of a display
+  expired,
+  notYetValid,
+  checkFailed,  ///< a check of the record failed
+};
+
+/// A stable name in snake case, such as "cut_off".
+std::string_view codeOf(ReadingWarning warning);
+/// What it means for people, in Chinese.
+std::string_view chineseText(ReadingWarning warning);
+/// The same in English.
+std::string_view englishText(ReadingWarning warning);
+
 /// What is known of a reading beside its record.
 struct ReadingReport {
   /// Absent when there is a record.

@@ -6,14 +6,14 @@
 namespace pravik {
 namespace {
 
-struct ReasonTexts {
+struct CodedTexts {
   std::string_view code;
   std::string_view chinese;
   std::string_view english;
 };
 
 /// In the order of UnreadReason.
-constexpr std::array<ReasonTexts, 11> texts{{
+constexpr std::array<CodedTexts, 11> reasonTexts{{
     {"invalid_picture", "图片没有像素或过大", "the picture has no pixels, or too many"},
     {"too_small", "图片太小，看不清文字，请使用更大的图片或靠近拍摄",
      "the picture is too small to make out the print: use a larger one, or move closer"},
@@ -34,8 +34,27 @@ constexpr std::array<ReasonTexts, 11> texts{{
     {"engine_failed", "识别引擎无法工作，原因见错误信息", "a part of the engine cannot work: the error tells which"},
 }};
 
-const ReasonTexts& textsOf(UnreadReason reason) {
-  return texts.at(static_cast<std::size_t>(reason));
+/// In the order of ReadingWarning.
+constexpr std::array<CodedTexts, 11> warningTexts{{
+    {"blurred", "图片模糊，请对焦并保持静止", "the picture is blurred: focus, and hold still"},
+    {"glare", "卡片有反光，请稍微倾斜", "light is reflected by the card: tilt it a little"},
+    {"dark", "图片偏暗", "the picture is dark"},
+    {"overexposed", "图片过曝", "the picture is overexposed"},
+    {"too_small", "卡片在图片中太小，请靠近拍摄", "the card is small in the picture: move closer"},
+    {"cut_off", "卡片没有完整出现在图片中", "the card goes on beyond the picture"},
+    {"grey_copy", "这是黑白复印件或灰度图片", "this is a copy without colour"},
+    {"screen", "这是从屏幕上翻拍的", "this is a photo of a display"},
+    {"expired", "证件已过有效期", "the card has expired"},
+    {"not_yet_valid", "证件尚未生效", "the card is not yet valid"},
+    {"check_failed", "校验未通过", "a check of the record failed"},
+}};
+
+const CodedTexts& textsOf(UnreadReason reason) {
+  return reasonTexts.at(static_cast<std::size_t>(reason));
+}
+
+const CodedTexts& textsOf(ReadingWarning warning) {
+  return warningTexts.at(static_cast<std::size_t>(warning));
 }
 
 }  // namespace
@@ -50,6 +69,18 @@ std::string_view chineseText(UnreadReason reason) {
 
 std::string_view englishText(UnreadReason reason) {
   return textsOf(reason).english;
+}
+
+std::string_view codeOf(ReadingWarning warning) {
+  return textsOf(warning).code;
+}
+
+std::string_view chineseText(ReadingWarning warning) {
+  return textsOf(warning).chinese;
+}
+
+std::string_view englishText(ReadingWarning warning) {
+  return textsOf(warning).english;
 }
 
 }  // namespace pravik
