@@ -110,6 +110,11 @@ Task<std::string> PravikSDK::recognizeRawText(Image image, SceneType scene, Read
       [image = std::move(image), scene](const ReadingParts& parts) { return readText(parts, image, scene); });
 }
 
+CardCrops PravikSDK::crops(const Image& image, const Reading& reading) const {
+  if (!image.bitmap) return {};
+  return cardCrops(parts_->preprocessor, uprightBitmap(*image.bitmap, image.orientation), reading);
+}
+
 std::optional<BankCardInfo> PravikSDK::tryCrossAttemptFusion() const {
   return parts_->accumulator->tryFusion();
 }

@@ -10,6 +10,7 @@
 #include "Async/OCRScannerDelegate.h"
 #include "Async/Task.h"
 #include "Platform/Platform.h"
+#include "Reading/CardCrops.h"
 #include "Reading/CardReading.h"
 #include "Reading/Reading.h"
 #include "Records/DocumentKind.h"
@@ -61,6 +62,10 @@ class PravikSDK {
   /// All text: blocks of a line joined with a space, lines with a line feed. No check of the scene and no parsing;
   /// the scene only decides how the picture is prepared.
   Task<std::string> recognizeRawText(Image image, SceneType scene, ReadingLimits limits = {}) const;
+
+  /// Cuts out what a reading of the picture found: the card, the portrait, the row of the number. On the calling
+  /// thread.
+  CardCrops crops(const Image& image, const Reading& reading) const;
 
   /// The card whose number the failed photos since the last reset give together; absent when they give none.
   std::optional<BankCardInfo> tryCrossAttemptFusion() const;

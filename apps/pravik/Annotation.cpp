@@ -99,13 +99,13 @@ Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
   return toBitmap(canvas);
 }
 
-std::filesystem::path annotatedPath(const std::filesystem::path& folder, const PicturePage& page,
-                                    std::set<std::string>& taken) {
+std::filesystem::path freePath(const std::filesystem::path& folder, const PicturePage& page, const std::string& suffix,
+                               const std::string& extension, std::set<std::string>& taken) {
   std::string start = page.file == "-" ? "stdin" : std::filesystem::path(page.file).stem().string();
   if (page.page) start += "-page-" + std::to_string(*page.page);
-  start += "-annotated";
-  std::string name = start + ".jpg";
-  for (int number = 2; !taken.insert(name).second; ++number) name = start + "-" + std::to_string(number) + ".jpg";
+  start += suffix;
+  std::string name = start + extension;
+  for (int number = 2; !taken.insert(name).second; ++number) name = start + "-" + std::to_string(number) + extension;
   return folder / name;
 }
 

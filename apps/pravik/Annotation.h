@@ -18,10 +18,10 @@ std::string fieldFedBy(std::string_view block, const Json& result);
 /// The picture with a box around each block in the colour of the field that it fed, and a legend below.
 Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer);
 
-/// Where the annotated picture goes: a name inside the folder like that of the picture, but none that a picture handed
-/// in is likely to have, and not among those that are taken, to which it is added.
-std::filesystem::path annotatedPath(const std::filesystem::path& folder, const PicturePage& page,
-                                    std::set<std::string>& taken);
+/// Where something goes that is made of a picture: a name inside the folder like that of the picture, with what follows
+/// it, and not among those that are taken, to which it is added.
+std::filesystem::path freePath(const std::filesystem::path& folder, const PicturePage& page, const std::string& suffix,
+                               const std::string& extension, std::set<std::string>& taken);
 
 /// Makes the folder when it is missing and tries to write into it. Returns what is wrong, or nothing.
 std::string problemWithFolder(const std::filesystem::path& folder);

@@ -155,6 +155,11 @@ void addReportOptions(CLI::App& command, const PictureCommand& picture, PictureO
     command.add_flag("--report", options.tellsReport,
                      "Also tell of every field how sure it is and where it stands, and where the card is");
   command
+      .add_option(
+          "--crops", options.crops,
+          "Also write the card, the portrait and the row of the number, cut out, into a folder for each picture")
+      ->type_name("DIR");
+  command
       .add_option_function<std::string>(
           "--date", [&options](const std::string& day) { options.limits.date = dayOf(day); },
           "The day by which a card has expired or not (today)")

@@ -94,9 +94,8 @@ int threadsEach(const Settings& settings, int jobs) {
   return std::max(1, cores / jobs);
 }
 
-void writeAnnotated(const ReadPicture& picture, const Answer& answer, const std::filesystem::path& path,
-                    const ImageCodec& codec) {
-  const std::vector<std::uint8_t> bytes = codec.encode(annotatedPicture(picture, answer), ImageFileFormat::jpeg);
+void writePicture(const Bitmap& picture, const std::filesystem::path& path, const ImageCodec& codec) {
+  const std::vector<std::uint8_t> bytes = codec.encode(picture, ImageFileFormat::jpeg);
   std::ofstream file(path, std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   if (!file.flush()) throw std::runtime_error("cannot write " + path.string() + ": " + std::strerror(errno));
@@ -125,10 +124,11 @@ std::optional<ExitStatus> problemWith(const std::filesystem::path& folder, std::
   return usageError;
 }
 
-/// A picture and where it goes when it is annotated; nowhere without a path.
+/// A picture, where it goes when it is annotated, and the folder for what is cut out of it; nowhere without a path.
 struct Item {
   PicturePage page;
   std::filesystem::path annotated;
+  std::filesystem::path crops;
 };
 
 /// What every picture of a batch is answered with.
@@ -141,12 +141,15 @@ struct Batch {
   /// Where annotated pictures go, empty for none, and the names that they have there.
   std::filesystem::path annotate;
   std::set<std::string> annotated = {};
+  /// The names of the folders for what is cut out.
+  std::set<std::string> cropped = {};
 
   std::optional<Item> next() {
     auto page = queue.next();
     if (!page) return std::nullopt;
-    Item item{*std::move(page), {}};
-    if (!annotate.empty()) item.annotated = annotatedPath(annotate, item.page, annotated);
+    Item item{*std::move(page), {}, {}};
+    if (!annotate.empty()) item.annotated = freePath(annotate, item.page, "-annotated", ".jpg", annotated);
+    if (!options.crops.empty()) item.crops = freePath(options.crops, item.page, "", "", cropped);
     return item;
   }
 };
@@ -158,10 +161,17 @@ Answer answerOne(const Batch& batch, Reader& reader, const Item& item) {
   } catch (const std::runtime_error& error) {
     return answerOf(OCRError::invalidImage(), error.what());
   }
-  Answer result = answerPicture(batch.command, reader.sdk, image, batch.options);
+  const ImageCodec& codec = *batch.platform.imageCodec;
+  SaveCrop saveCrop;
+  if (!item.crops.empty())
+    saveCrop = [&](const Bitmap& crop, const std::string& name) {
+      std::filesystem::create_directories(item.crops);
+      writePicture(crop, item.crops / (name + ".jpg"), codec);
+    };
+  Answer result = answerPicture(batch.command, reader.sdk, image, batch.options, saveCrop);
   const auto picture = reader.recording->take();
   if (!picture || item.annotated.empty()) return result;
-  const auto failure = failureOf([&] { writeAnnotated(*picture, result, item.annotated, *batch.platform.imageCodec); });
+  const auto failure = failureOf([&] { writePicture(annotatedPicture(*picture, result), item.annotated, codec); });
   if (failure) result["problems"].push_back(*failure);
   return result;
 }
@@ -249,16 +259,30 @@ std::span<const PictureCommand> pictureCommands() {
 }
 
 Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const Image& image,
-                     const PictureOptions& options) {
+                     const PictureOptions& options, const SaveCrop& saveCrop) {
+  const auto saveCrops = [&](const Reading& reading, const std::string& suffix, Answer& answer) {
+    if (!saveCrop) return;
+    const CardCrops crops = sdk.crops(image, reading);
+    for (const auto& [name, crop] :
+         {std::pair{"card", &crops.card}, {"portrait", &crops.portrait}, {"number", &crops.number}})
+      if (*crop)
+        if (const auto failure = failureOf([&] { saveCrop(**crop, name + suffix); }))
+          answer["problems"].push_back(*failure);
+  };
   if (command.readsEveryCard) {
     const auto cards = syncWait(sdk.recognizeCards(image, options.limits));
-    return cards ? cardsAnswer(*cards) : answerOf(cards.error());
+    if (!cards) return answerOf(cards.error());
+    Answer answer = cardsAnswer(*cards);
+    int number = 0;
+    for (const CardReading& card : *cards) saveCrops(card.reading, "-" + std::to_string(++number), answer);
+    return answer;
   }
   if (command.document == nullptr)
     return textAnswer(syncWait(sdk.recognizeRawText(image, options.scene, options.limits)));
   const auto reading = syncWait(sdk.read(image, command.document->mode, options.limits));
   if (!reading) return answerOf(reading.error());
   Answer answer = readingAnswer(*reading);
+  saveCrops(*reading, "", answer);
   if (const auto stage = reading->report.stage; stage && options.tellsStage)
     answer["stage"] = stageNames.at(static_cast<std::size_t>(*stage));
   if (options.tellsReport && reading->record && command.document->isCard()) answer.update(reportJson(reading->report));
@@ -275,6 +299,7 @@ ExitStatus answerPictures(const PictureCommand& command, const PictureNames& nam
     return usageError;
   }
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;
+  if (const auto problem = problemWith(options.crops, "crops", host)) return *problem;
   if (const auto problem = problemWith(options.debugImages, "debug pictures", host)) return *problem;
 
   // Any platform's codec counts the pictures, among which the threads of the one that reads them are shared.

@@ -22,6 +22,8 @@ struct PictureOptions {
   bool tellsReport = false;
   /// Whether all pictures show the same bank card and give one answer together.
   bool sameCard = false;
+  /// Where what is cut out of the pictures goes; empty for nowhere.
+  std::filesystem::path crops;
   /// Where the pictures of every stage of a reading go; empty for none.
   std::filesystem::path debugImages;
   ReadingLimits limits;
@@ -42,9 +44,12 @@ struct PictureCommand {
 
 std::span<const PictureCommand> pictureCommands();
 
-/// Reads one picture.
+/// Takes a part of a picture under a name such as "portrait", or "portrait-2" for the second of several cards.
+using SaveCrop = std::function<void(const Bitmap& crop, const std::string& name)>;
+
+/// Reads one picture, and hands over what was cut out of it where that is wanted.
 Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const Image& image,
-                     const PictureOptions& options);
+                     const PictureOptions& options, const SaveCrop& saveCrop = {});
 
 /// Reads every picture and writes the answers in the order of the pictures, each as soon as its turn comes.
 ExitStatus answerPictures(const PictureCommand& command, const PictureNames& names, const PictureOptions& options,
