@@ -39,8 +39,7 @@ constexpr std::array<FieldShape, 10> shapes{{
     {OCRScanMode::idCardBack, "issuingAuthority", R"(^\p{Han}+公安\p{Han}*[局处厅所]$)"},
     {OCRScanMode::idCardBack, "validityPeriod", R"(^\d{8}-(\d{8}|长期)$)"},
     {OCRScanMode::bankCard, "cardNumber", R"(^\d[\d ]+$)"},
-    {OCRScanMode::bankCard, "cardholderName",
-     R"(^(?!.*(V ?A ?L ?I ?D|T ?H ?R ?U|MONTH|YEAR|CARD|BANK))(\D{2,})?$)"},
+    {OCRScanMode::bankCard, "cardholderName", R"(^(?!.*(V ?A ?L ?I ?D|T ?H ?R ?U|MONTH|YEAR|CARD|BANK))(\D{2,})?$)"},
 }};
 
 /// Cards are valid for so many years, or for good (Law of the People's Republic of China on Resident Identity Cards,
@@ -51,10 +50,18 @@ constexpr std::string_view leapDay = "0229", dayBeforeLeapDay = "0228", dayAfter
 
 /// A field with no block of its own was taken from another one, or is put together.
 constexpr double confidenceWithoutBlock = 0.5;
-/// What a check that holds makes of a field at least, and one that fails at most.
+/// Embossed letters are read wrong at every confidence but the highest: of 74 names on drawn cards 42 were reported
+/// from 0.8 to 0.99, and 13 of these were wrong; of 31 above none.
+constexpr std::string_view embossedField = "cardholderName";
+constexpr double sureOfEmbossed = 0.99;
+constexpr double overrated = 0.9;
+/// What a check that holds makes of a field at least, and one that fails at most. Luhn raises nothing: it passes one
+/// wrong number in ten, and has decided already which reading of a disputed digit is taken.
 constexpr double confidenceOfChecked = 0.99;
 constexpr double confidenceOfFailed = 0.3;
 constexpr double confidenceOfDoubtful = 0.4;
+/// A field whose reading was less sure is doubtful.
+constexpr double leastConfidence = 0.5;
 /// An outline may run just inside the card's edge, by this share.
 constexpr double marginOfOutline = 0.03;
 
@@ -95,6 +102,7 @@ Rect united(const Observations& blocks) {
 std::optional<bool> checked(const std::vector<RecordCheck>& checks, std::string_view field) {
   const bool isNumberSound = std::ranges::none_of(
       checks, [](const RecordCheck& check) { return check.kind.isOfNumber && check.passed == false; });
+  if (field == "rawCardNumber") return checked(checks, "cardNumber");
   for (const RecordCheck& check : checks)
     if (check.kind.field == field && check.passed)
       return *check.passed ? isNumberSound ? check.passed : std::nullopt : check.passed;
@@ -115,6 +123,12 @@ struct Place {
   }
 };
 
+/// What the engine says, lowered where it overrates itself.
+double confidenceIn(const Observations& sources, std::string_view field) {
+  const double confidence = std::ranges::min_element(sources, {}, &Observation::confidence)->confidence;
+  return field == embossedField && confidence < sureOfEmbossed ? overrated * confidence : confidence;
+}
+
 FieldReport reportOn(const RecordField& field, const Record& record, const Observations& blocks, const Place& place) {
   FieldReport report{.name = field.name, .text = textOf(field.value(record)), .corners = {}};
   const Observations sources = sourcesOf(report.text, blocks);
@@ -122,11 +136,14 @@ FieldReport reportOn(const RecordField& field, const Record& record, const Obser
   report.isDoubtful = isDoubtful(record, field.name) || (report.corners && !place.holds(*report.corners));
   if (report.text.empty()) return report;
 
-  report.confidence = confidenceWithoutBlock;
-  if (!sources.empty()) report.confidence = std::ranges::min_element(sources, {}, &Observation::confidence)->confidence;
-  if (const auto passed = checked(checksOf(record), field.name))
-    report.confidence =
-        *passed ? std::max(report.confidence, confidenceOfChecked) : std::min(report.confidence, confidenceOfFailed);
+  report.confidence = sources.empty() ? confidenceWithoutBlock : confidenceIn(sources, field.name);
+  if (report.confidence < leastConfidence) report.isDoubtful = true;
+  if (const auto passed = checked(checksOf(record), field.name)) {
+    if (!*passed)
+      report.confidence = std::min(report.confidence, confidenceOfFailed);
+    else if (!std::holds_alternative<BankCardInfo>(record))
+      report.confidence = std::max(report.confidence, confidenceOfChecked);
+  }
   if (report.isDoubtful) report.confidence = std::min(report.confidence, confidenceOfDoubtful);
   return report;
 }

@@ -16,11 +16,10 @@ namespace pravik {
 namespace {
 
 /// Luhn passes one wrong number in ten, so the looks must agree besides: on every digit at least half of them, and on
-/// all digits together. Fewer may agree on a single digit, since Luhn finds every single error, when they agree well
-/// on the others: it passes digits that changed places two apart. With an uncommon length nearly all must agree.
+/// all digits together. Fewer may agree on a single digit, since Luhn finds every single error. With an uncommon length
+/// nearly all must agree.
 constexpr double leastAgreement = 0.5;
 constexpr double leastAgreementOfOne = 0.25;
-constexpr double leastAgreementBesideOne = 0.6;
 constexpr double leastAgreementOfUncommonLength = 0.85;
 constexpr double leastMeanAgreement = 0.75;
 /// A digit is disputed when another one, or nothing, has at least this share of its support.
@@ -195,8 +194,7 @@ bool areTrusted(std::vector<double> agreement) {
   const double mean = std::accumulate(agreement.begin(), agreement.end(), 0.0) / static_cast<double>(agreement.size());
   if (mean < leastMeanAgreement) return false;
   if (!isCommonLength(agreement.size())) return agreement.front() >= leastAgreementOfUncommonLength;
-  if (agreement.front() >= leastAgreement) return true;
-  return agreement.front() >= leastAgreementOfOne && agreement[1] >= leastAgreementBesideOne;
+  return agreement.front() >= leastAgreementOfOne && agreement[1] >= leastAgreement;
 }
 
 }  // namespace
