@@ -29,22 +29,22 @@ constexpr double rim = 2;
 constexpr double finestScale = 12;
 /// A window of about a character, in millimetres, and how many of those with the most contrast are measured.
 constexpr int windowSide = 3;
-constexpr std::size_t mostWindows = 60;
+constexpr std::size_t mostWindows = 40;
 constexpr std::size_t fewestWindows = 6;
 /// Levels between print and ground below which noise makes edges.
 constexpr int leastContrast = 30;
 /// An edge is as wide as its contrast divided by its steepest slope. Strokes of small print are 0.2 to 0.3 mm wide.
-constexpr double blurredEdge = 0.42;
+constexpr double blurredEdge = 0.35;
 /// A small picture that is sharp has edges of two dots.
-constexpr double sharpEdgeDots = 3;
+constexpr double sharpEdgeDots = 3.2;
 /// The share of windows that are the sharpest.
 constexpr double sharpest = 0.25;
 
 /// Luma from which on nothing is left of the print.
 constexpr int whiteLevel = 250;
 constexpr double overexposedShare = 0.35;
-/// Square millimetres of a patch of light: about a group of digits.
-constexpr double glareArea = 20;
+/// Square millimetres of a patch of light: a group of four digits.
+constexpr double glareArea = 75;
 /// The brightest hundredth of a card lies above this, with print and ground apart by more than the noise.
 constexpr int darkLevel = 75;
 
@@ -62,25 +62,29 @@ constexpr int stripPlaces = 32;
 constexpr int leastAlike = 8;
 constexpr int mostForeign = 3;
 /// Levels by which the ground differs from strip to strip.
-constexpr int sameGround = 16;
+constexpr int sameGround = 10;
 
 /// Colours differ by at least this share of their luma.
 constexpr double leastChroma = 0.05;
 
 /// Of cells of so many places a side, and of so much light at least, so that noise has no colour.
 constexpr int cellSide = 4;
-constexpr int darkestTint = 32;
+constexpr int darkestTint = 64;
 /// How much a lamp tints what is grey.
 constexpr double strongestLamp = 0.25;
 
 /// Side of the patches that are searched for a grid, in pixels; a power of two.
 constexpr int patchSide = 64;
-constexpr int patchesAcross = 5;
+constexpr int patchesAcross = 3;
 constexpr int patchesDown = 3;
 /// Waves a patch; what is coarser may be print.
-constexpr int coarsestGrid = 8;
+constexpr int coarsestGrid = 10;
+/// A card seen at an angle has its grid at waves that lie so near each other; what surrounds them is held against it.
+constexpr int nearby = 2;
+constexpr int around = 4;
+constexpr float aroundPlaces = (2 * around + 1) * (2 * around + 1) - (2 * nearby + 1) * (2 * nearby + 1);
 /// The mean logarithm of the power of a wave over that of its neighbours: 2 for noise and print. A display's grid is the same all over the card, print is not.
-constexpr double gridPower = 3;
+constexpr double gridPower = 4.5;
 
 double distance(const Point& a, const Point& b) {
   return std::hypot(a.x - b.x, a.y - b.y);
@@ -136,19 +140,6 @@ Colour colourAt(const Bitmap& picture, const Point& place) {
   return {pixel[0], pixel[1], pixel[2]};
 }
 
-float lumaBetween(const Bitmap& picture, const Point& place) {
-  const double x = std::floor(place.x - 0.5);
-  const double y = std::floor(place.y - 0.5);
-  const auto shareX = static_cast<float>(place.x - 0.5 - x);
-  const auto shareY = static_cast<float>(place.y - 0.5 - y);
-  const auto at = [&](double dx, double dy) {
-    return static_cast<float>(colourAt(picture, {x + dx, y + dy}).luma());
-  };
-  const float above = at(0, 0) + shareX * (at(1, 0) - at(0, 0));
-  const float below = at(0, 1) + shareX * (at(1, 1) - at(0, 1));
-  return above + shareY * (below - above);
-}
-
 /// Colours of a part in a raster of `surveyScale`.
 struct Survey {
   int width = 0;
@@ -175,6 +166,10 @@ Value quantile(std::vector<Value> values, double share) {
   const auto place = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
   std::ranges::nth_element(values, place);
   return *place;
+}
+
+double inSquareMillimetres(int places) {
+  return places / (surveyScale * surveyScale);
 }
 
 bool isWhite(const Colour& colour) {
@@ -271,45 +266,58 @@ std::vector<Point> windowsOf(const Survey& survey) {
   return middles;
 }
 
-/// The width of edges along rows, columns and both diagonals of a window around `middle`, in dots of `scale` a
-/// millimetre.
-std::array<float, 4> edgeWidths(const Bitmap& picture, const Part& part, const Point& middle, double scale) {
-  const int side = std::max(4, static_cast<int>(windowSide * scale));
+/// The width of edges along rows, columns and both diagonals around a place of the picture, in steps of `step` pixels;
+/// `side` is that of the window.
+std::array<float, 4> edgeWidths(const Bitmap& picture, const Point& middle, int side, int step) {
   std::vector<float> lumas;
+  lumas.reserve(static_cast<std::size_t>(side * side));
   for (int y = 0; y < side; ++y)
     for (int x = 0; x < side; ++x)
-      lumas.push_back(lumaBetween(picture, part.at(middle.x + (x - side / 2.0) / scale / part.size.width,
-                                                   middle.y + (y - side / 2.0) / scale / part.size.height)));
+      lumas.push_back(static_cast<float>(
+          colourAt(picture, {middle.x + (x - side / 2) * step, middle.y + (y - side / 2) * step}).luma()));
   const auto at = [&](int x, int y) { return lumas[static_cast<std::size_t>(y * side + x)]; };
-  std::array<float, 4> steepest{};
+  std::array<float, 4> widths{};
   for (int y = 0; y + 1 < side; ++y)
     for (int x = 0; x + 1 < side; ++x) {
-      steepest[0] = std::max(steepest[0], std::abs(at(x + 1, y) - at(x, y)));
-      steepest[1] = std::max(steepest[1], std::abs(at(x, y + 1) - at(x, y)));
-      steepest[2] = std::max(steepest[2], std::abs(at(x + 1, y + 1) - at(x, y)) / std::numbers::sqrt2_v<float>);
-      steepest[3] = std::max(steepest[3], std::abs(at(x, y + 1) - at(x + 1, y)) / std::numbers::sqrt2_v<float>);
+      widths[0] = std::max(widths[0], std::abs(at(x + 1, y) - at(x, y)));
+      widths[1] = std::max(widths[1], std::abs(at(x, y + 1) - at(x, y)));
+      widths[2] = std::max(widths[2], std::abs(at(x + 1, y + 1) - at(x, y)) / std::numbers::sqrt2_v<float>);
+      widths[3] = std::max(widths[3], std::abs(at(x, y + 1) - at(x + 1, y)) / std::numbers::sqrt2_v<float>);
     }
   const auto [low, high] = std::ranges::minmax(lumas);
-  for (float& slope : steepest) slope = (high - low) / std::max(slope, 1.0F);
-  return steepest;
+  for (float& width : widths) width = (high - low) / std::max(width, 1.0F);
+  return widths;
 }
 
-/// The width in millimetres of the sharpest edges, in the direction in which they are the widest: a hand that moved
-/// leaves those along its path. Absent with too little print to tell.
+/// The width in pixels of the sharpest edges, in the direction in which they are the widest: a hand that moved leaves
+/// those along its path. `scale` is in dots a millimetre. Absent with too little print to tell.
 std::optional<double> edgeWidth(const Bitmap& picture, const Part& part, const Survey& survey, double scale) {
   const std::vector<Point> windows = windowsOf(survey);
   if (windows.size() < fewestWindows) return std::nullopt;
+  const int step = std::max(1, static_cast<int>(scale / finestScale));
+  const int side = std::max(4, static_cast<int>(windowSide * scale / step));
   std::array<std::vector<float>, 4> widths;
   for (const Point& middle : windows) {
-    const std::array<float, 4> measured = edgeWidths(picture, part, middle, scale);
+    const std::array<float, 4> measured = edgeWidths(picture, part.at(middle.x, middle.y), side, step);
     for (std::size_t i = 0; i < widths.size(); ++i) widths[i].push_back(measured[i]);
   }
-  float widest = 0;
-  for (const std::vector<float>& direction : widths) widest = std::max(widest, quantile(direction, sharpest));
-  return widest / scale;
+  double widest = 0;
+  for (const std::vector<float>& direction : widths)
+    widest = std::max(widest, static_cast<double>(quantile(direction, sharpest)));
+  return widest * step;
 }
 
 using Wave = std::complex<float>;
+
+/// Without the care for infinities that the operator takes.
+Wave product(const Wave& a, const Wave& b) {
+  return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
+}
+
+/// Where a place of a patch or its spectrum is kept; both go on beyond their edges.
+std::size_t placeOf(int x, int y) {
+  return static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)));
+}
 
 /// The discrete Fourier transform of `patchSide` values that lie `step` apart (Cooley and Tukey, 1965).
 void transform(Wave* values, std::ptrdiff_t step) {
@@ -323,8 +331,8 @@ void transform(Wave* values, std::ptrdiff_t step) {
     const Wave turn = std::polar(1.0F, -2 * std::numbers::pi_v<float> / static_cast<float>(length));
     for (int start = 0; start < patchSide; start += length) {
       Wave factor = 1;
-      for (int i = start; i < start + length / 2; ++i, factor *= turn) {
-        const Wave odd = factor * values[(i + length / 2) * step];
+      for (int i = start; i < start + length / 2; ++i, factor = product(factor, turn)) {
+        const Wave odd = product(factor, values[(i + length / 2) * step]);
         values[(i + length / 2) * step] = values[i * step] - odd;
         values[i * step] += odd;
       }
@@ -332,48 +340,56 @@ void transform(Wave* values, std::ptrdiff_t step) {
   }
 }
 
-/// Adds to every wave the logarithm of its power over that around it.
-void addGridPower(const Bitmap& picture, int left, int top, std::vector<float>& powers) {
+/// Adds to every wave the logarithm of its power, or of that nearby, over that around it.
+void addGridPower(const Bitmap& picture, int left, int top, std::vector<float>& sums) {
   std::vector<Wave> waves(patchSide * patchSide);
-  const auto window = [](int i) { return std::sin(std::numbers::pi_v<float> * (static_cast<float>(i) + 0.5F) / patchSide); };
+  const auto hann = [](int i) {
+    return 0.5F - 0.5F * std::cos(2 * std::numbers::pi_v<float> * (static_cast<float>(i) + 0.5F) / patchSide);
+  };
+  std::array<float, patchSide> window{};
+  for (int i = 0; i < patchSide; ++i) window[static_cast<std::size_t>(i)] = hann(i);
   for (int y = 0; y < patchSide; ++y)
     for (int x = 0; x < patchSide; ++x)
-      waves[static_cast<std::size_t>(y * patchSide + x)] =
-          static_cast<float>(colourAt(picture, {left + x + 0.5, top + y + 0.5}).luma()) * window(x) * window(y);
-  for (int i = 0; i < patchSide; ++i) transform(&waves[static_cast<std::size_t>(i * patchSide)], 1);
-  for (int i = 0; i < patchSide; ++i) transform(&waves[static_cast<std::size_t>(i)], patchSide);
-  const auto power = [&](int x, int y) {
-    return std::norm(waves[static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)))]);
-  };
+      waves[placeOf(x, y)] = static_cast<float>(colourAt(picture, {left + x + 0.5, top + y + 0.5}).luma()) *
+                             window[static_cast<std::size_t>(x)] * window[static_cast<std::size_t>(y)];
+  for (int i = 0; i < patchSide; ++i) transform(&waves[placeOf(0, i)], 1);
+  for (int i = 0; i < patchSide; ++i) transform(&waves[placeOf(i, 0)], patchSide);
+  std::vector<float> powers(waves.size());
+  // JPEG codes blocks of 8 pixels, whose borders are a grid too.
+  const auto isOfBlocks = [](int along, int beside) { return ((beside + 1) & (patchSide - 1)) <= 2 && ((along + 1) & 7) <= 2; };
   for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x < patchSide; ++x) {
-      float highest = 0, around = 1;
-      for (int dy = -3; dy <= 3; ++dy)
-        for (int dx = -3; dx <= 3; ++dx) {
-          const float one = power(x + dx, y + dy);
-          if (std::max(std::abs(dx), std::abs(dy)) <= 1) highest = std::max(highest, one);
-          else around += one / 40;
+    for (int x = 0; x < patchSide; ++x)
+      powers[placeOf(x, y)] = isOfBlocks(x, y) || isOfBlocks(y, x) ? 0 : std::norm(waves[placeOf(x, y)]);
+  for (int y = 0; y < patchSide; ++y)
+    for (int x = 0; x <= patchSide / 2; ++x) {
+      float highest = 0;
+      float near = 0;
+      float all = 0;
+      for (int dy = -around; dy <= around; ++dy)
+        for (int dx = -around; dx <= around; ++dx) {
+          const float one = powers[placeOf(x + dx, y + dy)];
+          all += one;
+          if (std::abs(dx) > nearby || std::abs(dy) > nearby) continue;
+          near += one;
+          highest = std::max(highest, one);
         }
-      powers[static_cast<std::size_t>(y * patchSide + x)] += std::log((highest + 1) / around);
+      sums[placeOf(x, y)] += std::log((highest + 1) / ((all - near) / aroundPlaces + 1));
     }
 }
 
 /// How much the strongest grid stands out, as the logarithm of a power.
 float gridOf(const Bitmap& picture, const Part& part) {
   if (picture.width() < patchSide || picture.height() < patchSide) return 0;
-  std::vector<float> powers(patchSide * patchSide);
+  std::vector<float> sums(patchSide * patchSide);
   for (int i = 0; i < patchesAcross * patchesDown; ++i) {
     const Point middle = part.at((i % patchesAcross + 0.5) / patchesAcross, (i / patchesAcross + 0.5) / patchesDown);
     addGridPower(picture, std::clamp(static_cast<int>(middle.x) - patchSide / 2, 0, picture.width() - patchSide),
-                 std::clamp(static_cast<int>(middle.y) - patchSide / 2, 0, picture.height() - patchSide), powers);
+                 std::clamp(static_cast<int>(middle.y) - patchSide / 2, 0, picture.height() - patchSide), sums);
   }
   float highest = 0;
   for (int y = -patchSide / 2; y < patchSide / 2; ++y)
     for (int x = 0; x <= patchSide / 2; ++x) {
-      // JPEG codes blocks of 8 pixels, whose borders are a grid too.
-      const auto isOfBlocks = [](int along, int beside) { return std::abs(beside) <= 2 && (along + 2 & 7) <= 4; };
-      if (std::hypot(x, y) < coarsestGrid || isOfBlocks(x, y) || isOfBlocks(y, x)) continue;
-      highest = std::max(highest, powers[static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)))]);
+      if (std::hypot(x, y) >= coarsestGrid) highest = std::max(highest, sums[placeOf(x, y)]);
     }
   return highest / (patchesAcross * patchesDown);
 }
@@ -432,7 +448,7 @@ bool isCutOff(const Bitmap& picture, const Part& part, const Survey& survey) {
                       groundReachesEdge(picture, {bounds.maxX(), middle.y}, {step, 0}, across, ground) +
                       groundReachesEdge(picture, {middle.x, bounds.y}, {0, -step}, down, ground) +
                       groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground);
-  return reached == 4 ? !isShapeOfCard(picture.size()) : reached > 0;
+  return reached > 0 && !isShapeOfCard(picture.size());
 }
 
 bool touchesEdge(const Quadrilateral& text, const Size& picture) {
@@ -478,20 +494,19 @@ PictureFindings lookedAt(const PicturedCard& card) {
 
   std::vector<int> lumas;
   for (const Colour& colour : survey.colours) lumas.push_back(colour.luma());
-  const auto white = static_cast<double>(std::ranges::count_if(survey.colours, isWhite));
-  const bool isOverexposed = white > overexposedShare * static_cast<double>(lumas.size());
+  const double white = inSquareMillimetres(static_cast<int>(std::ranges::count_if(survey.colours, isWhite)));
+  const bool isOverexposed = white > overexposedShare * cardWidth * cardHeight;
   const bool isDark = quantile(lumas, 0.99) < darkLevel;
   if (!isOverexposed)
     for (const Patch& patch : whitePatches(survey)) {
-      if (patch.places < glareArea * surveyScale * surveyScale) continue;
-      findings.glare.push_back(seenOn(part, survey, patch.bounds));
+      if (inSquareMillimetres(patch.places) >= glareArea)
+        findings.glare.push_back(seenOn(part, survey, patch.bounds));
     }
-  const double finest = std::min(scale, finestScale);
-  const std::optional<double> edge = edgeWidth(card.picture, part, survey, finest);
+  const std::optional<double> edge = edgeWidth(card.picture, part, survey, scale);
   const auto warnIf = [&](bool does, ReadingWarning warning) {
     if (does) findings.warnings.push_back(warning);
   };
-  warnIf(isPlaced && edge && *edge > blurredEdge && *edge * finest > sharpEdgeDots, ReadingWarning::blurred);
+  warnIf(isPlaced && edge && *edge > std::max(blurredEdge * scale, sharpEdgeDots), ReadingWarning::blurred);
   warnIf(!findings.glare.empty(), ReadingWarning::glare);
   warnIf(isDark, ReadingWarning::dark);
   warnIf(isOverexposed, ReadingWarning::overexposed);

@@ -17,7 +17,7 @@ import scene
 # Of a lens out of focus (Gaussian sigma) and of a hand that moved: strokes of small print are 0.2 mm wide.
 DEFOCUS, SHAKE = (0.28, 0.5), (1.0, 2.0)
 # Exposure, and the noise that comes with it.
-DARK_GAIN, DARK_NOISE = (0.07, 0.16), (3.0, 8.0)
+DARK_GAIN, DARK_NOISE = (0.08, 0.2), (3.0, 8.0)
 # Share of the card's levels that become white.
 LOST_SHARE = (45, 75)
 # A lamp's mirror image that hides everything at its middle.
@@ -100,7 +100,9 @@ def _glare(picture, shot, rng):
 
 def _overexposed(picture, shot, rng):
     low, high = shot.corners.min(axis=0), shot.corners.max(axis=0)
-    levels = np.asarray(picture.convert("L").crop([int(v) for v in (*low, *high)]))
+    colours = np.asarray(picture.crop([int(v) for v in (*low, *high)]))
+    # Two channels lost, or strong colours remain what they are.
+    levels = np.sort(colours, axis=2)[..., 1]
     gain = 275 / max(1, np.percentile(levels, 100 - rng.uniform(*LOST_SHARE)))
     return picture.point([min(255, round(gain * level)) for level in range(256)] * 3)
 
