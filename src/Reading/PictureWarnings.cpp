@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
 #include <cstdint>
 #include <numbers>
-#include <numeric>
-#include <span>
+
+#include "Reading/DisplayGrid.h"
+#include "Reading/PicturePart.h"
 
 namespace pravik {
 namespace {
@@ -19,6 +19,8 @@ constexpr double cardHeight = 54;
 constexpr double textHeight = 5;
 /// What is looked at beyond the outermost text when the outline is unknown, in heights of text.
 constexpr double roomAroundText = 0.5;
+/// No part is looked at as if it were longer, in millimetres: that is a page, and specks are no text.
+constexpr double longestPart = 300;
 
 /// Dots a millimetre at which light and colour are looked at: print is not told from its ground, patches of light are.
 constexpr double surveyScale = 2;
@@ -65,7 +67,7 @@ constexpr int mostForeign = 3;
 constexpr int sameGround = 10;
 
 /// Colours differ by at least this share of their luma.
-constexpr double leastChroma = 0.05;
+constexpr double leastChroma = 0.042;
 
 /// Of cells of so many places a side, and of so much light at least, so that noise has no colour.
 constexpr int cellSide = 4;
@@ -73,38 +75,13 @@ constexpr int darkestTint = 64;
 /// How much a lamp tints what is grey.
 constexpr double strongestLamp = 0.25;
 
-/// Side of the patches that are searched for a grid, in pixels; a power of two.
-constexpr int patchSide = 64;
-constexpr int patchesAcross = 3;
-constexpr int patchesDown = 3;
-/// Waves a patch; what is coarser may be print.
-constexpr int coarsestGrid = 10;
-/// A card seen at an angle has its grid at waves that lie so near each other; what surrounds them is held against it.
-constexpr int nearby = 2;
-constexpr int around = 4;
-constexpr float aroundPlaces = (2 * around + 1) * (2 * around + 1) - (2 * nearby + 1) * (2 * nearby + 1);
-/// The mean logarithm of the power of a wave over that of its neighbours: 2 for noise and print. A display's grid is the same all over the card, print is not.
+/// The mean logarithm of the power of a wave over that of its neighbours: 2 for noise and print. A display's grid is
+/// the same all over the card, print is not.
 constexpr double gridPower = 4.5;
 
 double distance(const Point& a, const Point& b) {
   return std::hypot(a.x - b.x, a.y - b.y);
 }
-
-Point between(const Point& a, const Point& b, double share) {
-  return {a.x + share * (b.x - a.x), a.y + share * (b.y - a.y)};
-}
-
-/// The part of the picture that is looked at.
-struct Part {
-  Quadrilateral corners;
-  /// In millimetres; 0 when the scale is not known.
-  Size size;
-
-  Point at(double across, double down) const {
-    return between(between(corners.topLeft, corners.topRight, across),
-                   between(corners.bottomLeft, corners.bottomRight, across), down);
-  }
-};
 
 double shorterSide(const Quadrilateral& text) {
   return std::min(distance(text.topLeft, text.topRight), distance(text.topLeft, text.bottomLeft));
@@ -125,19 +102,9 @@ Rect boundsOf(const Quadrilateral& q) {
   return {left, top, right - left, bottom - top};
 }
 
-struct Colour {
-  int blue;
-  int green;
-  int red;
-  int luma() const { return (29 * blue + 150 * green + 77 * red) >> 8; }
-};
-
-Colour colourAt(const Bitmap& picture, const Point& place) {
-  const int x = std::clamp(static_cast<int>(place.x), 0, picture.width() - 1);
-  const int y = std::clamp(static_cast<int>(place.y), 0, picture.height() - 1);
-  const std::uint8_t* pixel = picture.row(y) + x * bytesPerPixel(picture.format());
-  if (picture.format() == PixelFormat::grey8) return {*pixel, *pixel, *pixel};
-  return {pixel[0], pixel[1], pixel[2]};
+bool reachesEdge(const Rect& bounds, const Size& picture, double room) {
+  return bounds.x < room || bounds.y < room || bounds.maxX() > picture.width - room ||
+         bounds.maxY() > picture.height - room;
 }
 
 /// Colours of a part in a raster of `surveyScale`.
@@ -149,7 +116,7 @@ struct Survey {
   const Colour& at(int x, int y) const { return colours[static_cast<std::size_t>(y * width + x)]; }
 };
 
-Survey surveyed(const Bitmap& picture, const Part& part) {
+Survey surveyed(const Bitmap& picture, const PicturePart& part) {
   Survey survey{std::max(1, static_cast<int>(part.size.width * surveyScale)),
                 std::max(1, static_cast<int>(part.size.height * surveyScale)),
                 {}};
@@ -174,7 +141,8 @@ double inSquareMillimetres(int places) {
 
 bool isWhite(const Colour& colour) {
   // Light that blinds one channel only is coloured print.
-  return (colour.blue >= whiteLevel) + (colour.green >= whiteLevel) + (colour.red >= whiteLevel) >= 2;
+  return std::max(std::min(colour.blue, colour.green), std::min(std::max(colour.blue, colour.green), colour.red)) >=
+         whiteLevel;
 }
 
 /// Patches of white that hang together, in places of the survey.
@@ -189,7 +157,11 @@ std::vector<Patch> whitePatches(const Survey& survey) {
   std::vector<Patch> patches;
   std::vector<int> reached;
   for (int start = 0; start < survey.width * survey.height; ++start) {
-    int left = survey.width, top = survey.height, right = 0, bottom = 0, places = 0;
+    int left = survey.width;
+    int top = survey.height;
+    int right = 0;
+    int bottom = 0;
+    int places = 0;
     const auto reach = [&](int x, int y) {
       if (x < 0 || y < 0 || x >= survey.width || y >= survey.height) return;
       const int place = y * survey.width + x;
@@ -203,8 +175,14 @@ std::vector<Patch> whitePatches(const Survey& survey) {
       const int y = reached.back() / survey.width;
       reached.pop_back();
       ++places;
-      left = std::min(left, x), right = std::max(right, x), top = std::min(top, y), bottom = std::max(bottom, y);
-      reach(x - 1, y), reach(x + 1, y), reach(x, y - 1), reach(x, y + 1);
+      left = std::min(left, x);
+      right = std::max(right, x);
+      top = std::min(top, y);
+      bottom = std::max(bottom, y);
+      reach(x - 1, y);
+      reach(x + 1, y);
+      reach(x, y - 1);
+      reach(x, y + 1);
     }
     if (places > 0) patches.push_back({places, {left, top, right - left + 1, bottom - top + 1}});
   }
@@ -212,7 +190,7 @@ std::vector<Patch> whitePatches(const Survey& survey) {
 }
 
 /// The rectangle on the picture around a patch.
-Rect seenOn(const Part& part, const Survey& survey, const PixelRect& patch) {
+Rect seenOn(const PicturePart& part, const Survey& survey, const PixelRect& patch) {
   const auto at = [&](int x, int y) {
     return part.at(static_cast<double>(x) / survey.width, static_cast<double>(y) / survey.height);
   };
@@ -238,8 +216,8 @@ double chromaOf(const Survey& survey) {
   if (tints[0].empty()) return 1;
   double chroma = 0;
   for (const std::vector<double>& tint : tints)
-    chroma = std::max({chroma, quantile(tint, 0.97) - quantile(tint, 0.03),
-                       std::abs(quantile(tint, 0.5)) - strongestLamp});
+    chroma =
+        std::max({chroma, quantile(tint, 0.97) - quantile(tint, 0.03), std::abs(quantile(tint, 0.5)) - strongestLamp});
   return chroma;
 }
 
@@ -250,14 +228,17 @@ std::vector<Point> windowsOf(const Survey& survey) {
   std::vector<std::pair<int, Point>> windows;
   for (int top = border; top + side + border <= survey.height; top += side)
     for (int left = border; left + side + border <= survey.width; left += side) {
-      int darkest = 255, brightest = 0;
+      int darkest = 255;
+      int brightest = 0;
       for (int i = 0; i < side * side; ++i) {
         const int luma = survey.at(left + i % side, top + i / side).luma();
-        darkest = std::min(darkest, luma), brightest = std::max(brightest, luma);
+        darkest = std::min(darkest, luma);
+        brightest = std::max(brightest, luma);
       }
       // Light runs out softly around what it hides.
       if (brightest < whiteLevel && brightest - darkest >= leastContrast)
-        windows.push_back({darkest - brightest, {(left + side / 2.0) / survey.width, (top + side / 2.0) / survey.height}});
+        windows.push_back(
+            {darkest - brightest, {(left + side / 2.0) / survey.width, (top + side / 2.0) / survey.height}});
     }
   std::ranges::sort(windows, {}, &std::pair<int, Point>::first);
   windows.resize(std::min(windows.size(), mostWindows));
@@ -291,7 +272,7 @@ std::array<float, 4> edgeWidths(const Bitmap& picture, const Point& middle, int 
 
 /// The width in pixels of the sharpest edges, in the direction in which they are the widest: a hand that moved leaves
 /// those along its path. `scale` is in dots a millimetre. Absent with too little print to tell.
-std::optional<double> edgeWidth(const Bitmap& picture, const Part& part, const Survey& survey, double scale) {
+std::optional<double> edgeWidth(const Bitmap& picture, const PicturePart& part, const Survey& survey, double scale) {
   const std::vector<Point> windows = windowsOf(survey);
   if (windows.size() < fewestWindows) return std::nullopt;
   const int step = std::max(1, static_cast<int>(scale / finestScale));
@@ -307,102 +288,12 @@ std::optional<double> edgeWidth(const Bitmap& picture, const Part& part, const S
   return widest * step;
 }
 
-using Wave = std::complex<float>;
-
-/// Without the care for infinities that the operator takes.
-Wave product(const Wave& a, const Wave& b) {
-  return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
-}
-
-/// Where a place of a patch or its spectrum is kept; both go on beyond their edges.
-std::size_t placeOf(int x, int y) {
-  return static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)));
-}
-
-/// The discrete Fourier transform of `patchSide` values that lie `step` apart (Cooley and Tukey, 1965).
-void transform(Wave* values, std::ptrdiff_t step) {
-  for (int i = 1, j = 0; i < patchSide; ++i) {
-    int bit = patchSide >> 1;
-    for (; j & bit; bit >>= 1) j ^= bit;
-    j ^= bit;
-    if (i < j) std::swap(values[i * step], values[j * step]);
-  }
-  for (int length = 2; length <= patchSide; length *= 2) {
-    const Wave turn = std::polar(1.0F, -2 * std::numbers::pi_v<float> / static_cast<float>(length));
-    for (int start = 0; start < patchSide; start += length) {
-      Wave factor = 1;
-      for (int i = start; i < start + length / 2; ++i, factor = product(factor, turn)) {
-        const Wave odd = product(factor, values[(i + length / 2) * step]);
-        values[(i + length / 2) * step] = values[i * step] - odd;
-        values[i * step] += odd;
-      }
-    }
-  }
-}
-
-/// Adds to every wave the logarithm of its power, or of that nearby, over that around it.
-void addGridPower(const Bitmap& picture, int left, int top, std::vector<float>& sums) {
-  std::vector<Wave> waves(patchSide * patchSide);
-  const auto hann = [](int i) {
-    return 0.5F - 0.5F * std::cos(2 * std::numbers::pi_v<float> * (static_cast<float>(i) + 0.5F) / patchSide);
-  };
-  std::array<float, patchSide> window{};
-  for (int i = 0; i < patchSide; ++i) window[static_cast<std::size_t>(i)] = hann(i);
-  for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x < patchSide; ++x)
-      waves[placeOf(x, y)] = static_cast<float>(colourAt(picture, {left + x + 0.5, top + y + 0.5}).luma()) *
-                             window[static_cast<std::size_t>(x)] * window[static_cast<std::size_t>(y)];
-  for (int i = 0; i < patchSide; ++i) transform(&waves[placeOf(0, i)], 1);
-  for (int i = 0; i < patchSide; ++i) transform(&waves[placeOf(i, 0)], patchSide);
-  std::vector<float> powers(waves.size());
-  // JPEG codes blocks of 8 pixels, whose borders are a grid too.
-  const auto isOfBlocks = [](int along, int beside) { return ((beside + 1) & (patchSide - 1)) <= 2 && ((along + 1) & 7) <= 2; };
-  for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x < patchSide; ++x)
-      powers[placeOf(x, y)] = isOfBlocks(x, y) || isOfBlocks(y, x) ? 0 : std::norm(waves[placeOf(x, y)]);
-  for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x <= patchSide / 2; ++x) {
-      float highest = 0;
-      float near = 0;
-      float all = 0;
-      for (int dy = -around; dy <= around; ++dy)
-        for (int dx = -around; dx <= around; ++dx) {
-          const float one = powers[placeOf(x + dx, y + dy)];
-          all += one;
-          if (std::abs(dx) > nearby || std::abs(dy) > nearby) continue;
-          near += one;
-          highest = std::max(highest, one);
-        }
-      sums[placeOf(x, y)] += std::log((highest + 1) / ((all - near) / aroundPlaces + 1));
-    }
-}
-
-/// How much the strongest grid stands out, as the logarithm of a power.
-float gridOf(const Bitmap& picture, const Part& part) {
-  if (picture.width() < patchSide || picture.height() < patchSide) return 0;
-  std::vector<float> sums(patchSide * patchSide);
-  for (int i = 0; i < patchesAcross * patchesDown; ++i) {
-    const Point middle = part.at((i % patchesAcross + 0.5) / patchesAcross, (i / patchesAcross + 0.5) / patchesDown);
-    addGridPower(picture, std::clamp(static_cast<int>(middle.x) - patchSide / 2, 0, picture.width() - patchSide),
-                 std::clamp(static_cast<int>(middle.y) - patchSide / 2, 0, picture.height() - patchSide), sums);
-  }
-  float highest = 0;
-  for (int y = -patchSide / 2; y < patchSide / 2; ++y)
-    for (int x = 0; x <= patchSide / 2; ++x) {
-      if (std::hypot(x, y) >= coarsestGrid) highest = std::max(highest, sums[placeOf(x, y)]);
-    }
-  return highest / (patchesAcross * patchesDown);
-}
-
 /// Whether the outline has a side on the picture's edge without being all of a card: a scan is cut along the card.
 bool isCutOff(const Quadrilateral& outline, const Size& picture) {
-  const Rect bounds = boundsOf(outline);
-  const double reach = atTheEdge * std::max(picture.width, picture.height);
-  const bool touches = bounds.x < reach || bounds.y < reach || bounds.maxX() > picture.width - reach ||
-                       bounds.maxY() > picture.height - reach;
   const double across = distance(outline.topLeft, outline.topRight) + distance(outline.bottomLeft, outline.bottomRight);
   const double down = distance(outline.topLeft, outline.bottomLeft) + distance(outline.topRight, outline.bottomRight);
-  return touches && !isShapeOfCard({across, down});
+  return reachesEdge(boundsOf(outline), picture, atTheEdge * std::max(picture.width, picture.height)) &&
+         !isShapeOfCard({across, down});
 }
 
 /// Whether the ground that text stands on goes on from `start` to the picture's edge by steps of `step`; `side` is half
@@ -433,58 +324,59 @@ bool groundReachesEdge(const Bitmap& picture, Point start, const Point& step, co
 }
 
 /// The same for the part around the text of a card whose outline is unknown.
-bool isCutOff(const Bitmap& picture, const Part& part, const Survey& survey) {
+bool isCutOff(const Bitmap& picture, const PicturePart& part, const Survey& survey) {
   const Rect bounds = boundsOf(part.corners);
-  std::array<std::vector<int>, 3> channels;
-  for (const Colour& colour : survey.colours) {
-    channels[0].push_back(colour.blue), channels[1].push_back(colour.green), channels[2].push_back(colour.red);
-  }
-  const Colour ground{quantile(channels[0], 0.5), quantile(channels[1], 0.5), quantile(channels[2], 0.5)};
+  const auto usual = [&](int Colour::* channel) {
+    std::vector<int> levels;
+    for (const Colour& colour : survey.colours) levels.push_back(colour.*channel);
+    return quantile(std::move(levels), 0.5);
+  };
+  const Colour ground{usual(&Colour::blue), usual(&Colour::green), usual(&Colour::red)};
   const double step = std::max(1.0, stripStep * bounds.width / part.size.width);
   const Point middle{bounds.midX(), bounds.midY()};
   const Point across{0, 0.4 * bounds.height};
   const Point down{0.4 * bounds.width, 0};
-  const int reached = groundReachesEdge(picture, {bounds.x, middle.y}, {-step, 0}, across, ground) +
-                      groundReachesEdge(picture, {bounds.maxX(), middle.y}, {step, 0}, across, ground) +
-                      groundReachesEdge(picture, {middle.x, bounds.y}, {0, -step}, down, ground) +
-                      groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground);
-  return reached > 0 && !isShapeOfCard(picture.size());
+  return !isShapeOfCard(picture.size()) &&
+         (groundReachesEdge(picture, {bounds.x, middle.y}, {-step, 0}, across, ground) ||
+          groundReachesEdge(picture, {bounds.maxX(), middle.y}, {step, 0}, across, ground) ||
+          groundReachesEdge(picture, {middle.x, bounds.y}, {0, -step}, down, ground) ||
+          groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground));
 }
 
-bool touchesEdge(const Quadrilateral& text, const Size& picture) {
-  const Rect bounds = boundsOf(text);
-  const double reach = cutText * shorterSide(text);
-  return bounds.x < reach || bounds.y < reach || bounds.maxX() > picture.width - reach ||
-         bounds.maxY() > picture.height - reach;
-}
-
-Part partOf(const PicturedCard& card) {
+PicturePart partOf(const PicturedCard& card) {
   if (card.outline) {
     const Quadrilateral& corners = *card.outline;
     const bool isUpright = distance(corners.topLeft, corners.topRight) < distance(corners.topLeft, corners.bottomLeft);
     return {corners, isUpright ? Size{cardHeight, cardWidth} : Size{cardWidth, cardHeight}};
   }
-  const Size picture = card.picture.size();
-  Rect part{0, 0, picture.width, picture.height};
-  if (card.texts.empty()) return {cornersOf(part), {cardWidth, cardWidth * picture.height / picture.width}};
+  const Rect picture{0, 0, card.picture.size().width, card.picture.size().height};
   std::vector<double> heights;
-  double left = picture.width, top = picture.height, right = 0, bottom = 0;
+  double left = picture.width;
+  double top = picture.height;
+  double right = 0;
+  double bottom = 0;
   for (const Quadrilateral& text : card.texts) {
     const Rect bounds = boundsOf(text);
-    left = std::min(left, bounds.x), right = std::max(right, bounds.maxX());
-    top = std::min(top, bounds.y), bottom = std::max(bottom, bounds.maxY());
+    left = std::min(left, bounds.x);
+    right = std::max(right, bounds.maxX());
+    top = std::min(top, bounds.y);
+    bottom = std::max(bottom, bounds.maxY());
     heights.push_back(shorterSide(text));
   }
-  const double height = std::max(quantile(heights, 0.5), 1.0);
+  const double height = heights.empty() ? 0 : quantile(std::move(heights), 0.5);
   const double room = roomAroundText * height;
-  part = intersection(part, {left - room, top - room, right - left + 2 * room, bottom - top + 2 * room});
-  return {cornersOf(part), {part.width / height * textHeight, part.height / height * textHeight}};
+  const Rect around =
+      intersection(picture, {left - room, top - room, right - left + 2 * room, bottom - top + 2 * room});
+  if (!(around.area() >= 1 && height > 0))
+    return {cornersOf(picture), {cardWidth, std::min(cardWidth * picture.height / picture.width, longestPart)}};
+  const double scale = std::max(height / textHeight, std::max(around.width, around.height) / longestPart);
+  return {cornersOf(around), {around.width / scale, around.height / scale}};
 }
 
 }  // namespace
 
 PictureFindings lookedAt(const PicturedCard& card) {
-  const Part part = partOf(card);
+  const PicturePart part = partOf(card);
   const Survey survey = surveyed(card.picture, part);
   PictureFindings findings;
   const double scale = std::max(distance(part.corners.topLeft, part.corners.topRight) / part.size.width,
@@ -499,8 +391,7 @@ PictureFindings lookedAt(const PicturedCard& card) {
   const bool isDark = quantile(lumas, 0.99) < darkLevel;
   if (!isOverexposed)
     for (const Patch& patch : whitePatches(survey)) {
-      if (inSquareMillimetres(patch.places) >= glareArea)
-        findings.glare.push_back(seenOn(part, survey, patch.bounds));
+      if (inSquareMillimetres(patch.places) >= glareArea) findings.glare.push_back(seenOn(part, survey, patch.bounds));
     }
   const std::optional<double> edge = edgeWidth(card.picture, part, survey, scale);
   const auto warnIf = [&](bool does, ReadingWarning warning) {
@@ -512,14 +403,18 @@ PictureFindings lookedAt(const PicturedCard& card) {
   warnIf(isOverexposed, ReadingWarning::overexposed);
   warnIf(isPlaced && scale < leastDotsPerMillimetre, ReadingWarning::tooSmall);
   warnIf(card.outline ? isCutOff(*card.outline, card.picture.size())
-                      : std::ranges::any_of(card.texts, [&](const auto& text) {
-                          return touchesEdge(text, card.picture.size());
-                        }) || (isPlaced && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
+                      : std::ranges::any_of(card.texts,
+                                            [&](const auto& text) {
+                                              return reachesEdge(boundsOf(text), card.picture.size(),
+                                                                 cutText * shorterSide(text));
+                                            }) ||
+                            (isPlaced && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
          ReadingWarning::cutOff);
   // What has no colours by its format need not be a copy.
-  warnIf(card.picture.format() != PixelFormat::grey8 && isPlaced && !isDark && !isOverexposed && chromaOf(survey) < leastChroma,
+  warnIf(card.picture.format() != PixelFormat::grey8 && isPlaced && !isDark && !isOverexposed &&
+             chromaOf(survey) < leastChroma,
          ReadingWarning::greyCopy);
-  warnIf(gridOf(card.picture, part) > gridPower, ReadingWarning::screen);
+  warnIf(displayGrid(card.picture, part) > gridPower, ReadingWarning::screen);
   return findings;
 }
 
