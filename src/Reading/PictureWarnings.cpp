@@ -343,18 +343,21 @@ bool isCutOff(const Bitmap& picture, const PicturePart& part, const Survey& surv
           groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground));
 }
 
-PicturePart partOf(const PicturedCard& card) {
+/// Where the card is; absent when neither its outline nor its text tells.
+std::optional<PicturePart> partOf(const PicturedCard& card) {
   if (card.outline) {
     const Quadrilateral& corners = *card.outline;
     const bool isUpright = distance(corners.topLeft, corners.topRight) < distance(corners.topLeft, corners.bottomLeft);
-    return {corners, isUpright ? Size{cardHeight, cardWidth} : Size{cardWidth, cardHeight}};
+    return PicturePart{corners, isUpright ? Size{cardHeight, cardWidth} : Size{cardWidth, cardHeight}};
   }
+  if (card.texts.empty()) return std::nullopt;
   const Rect picture{0, 0, card.picture.size().width, card.picture.size().height};
+  const Rect first = boundsOf(card.texts.front());
   std::vector<double> heights;
-  double left = picture.width;
-  double top = picture.height;
-  double right = 0;
-  double bottom = 0;
+  double left = first.x;
+  double top = first.y;
+  double right = first.maxX();
+  double bottom = first.maxY();
   for (const Quadrilateral& text : card.texts) {
     const Rect bounds = boundsOf(text);
     left = std::min(left, bounds.x);
@@ -363,26 +366,31 @@ PicturePart partOf(const PicturedCard& card) {
     bottom = std::max(bottom, bounds.maxY());
     heights.push_back(shorterSide(text));
   }
-  const double height = heights.empty() ? 0 : quantile(std::move(heights), 0.5);
+  const double height = quantile(std::move(heights), 0.5);
   const double room = roomAroundText * height;
   const Rect around =
       intersection(picture, {left - room, top - room, right - left + 2 * room, bottom - top + 2 * room});
-  if (!(around.area() >= 1 && height > 0))
-    return {cornersOf(picture), {cardWidth, std::min(cardWidth * picture.height / picture.width, longestPart)}};
+  if (!(around.area() >= 1 && height > 0)) return std::nullopt;
   const double scale = std::max(height / textHeight, std::max(around.width, around.height) / longestPart);
-  return {cornersOf(around), {around.width / scale, around.height / scale}};
+  return PicturePart{cornersOf(around), {around.width / scale, around.height / scale}};
+}
+
+/// All of a picture, as if it were as wide as a card.
+PicturePart whole(const Size& picture) {
+  return {cornersOf({0, 0, picture.width, picture.height}),
+          {cardWidth, std::min(cardWidth * picture.height / picture.width, longestPart)}};
 }
 
 }  // namespace
 
 PictureFindings lookedAt(const PicturedCard& card) {
-  const PicturePart part = partOf(card);
+  const std::optional<PicturePart> placed = partOf(card);
+  const PicturePart part = placed.value_or(whole(card.picture.size()));
   const Survey survey = surveyed(card.picture, part);
   PictureFindings findings;
   const double scale = std::max(distance(part.corners.topLeft, part.corners.topRight) / part.size.width,
                                 distance(part.corners.topLeft, part.corners.bottomLeft) / part.size.height);
-  const bool isPlaced = card.outline || !card.texts.empty();
-  if (isPlaced) findings.dotsPerMillimetre = scale;
+  if (placed) findings.dotsPerMillimetre = scale;
 
   std::vector<int> lumas;
   for (const Colour& colour : survey.colours) lumas.push_back(colour.luma());
@@ -397,21 +405,21 @@ PictureFindings lookedAt(const PicturedCard& card) {
   const auto warnIf = [&](bool does, ReadingWarning warning) {
     if (does) findings.warnings.push_back(warning);
   };
-  warnIf(isPlaced && edge && *edge > std::max(blurredEdge * scale, sharpEdgeDots), ReadingWarning::blurred);
+  warnIf(placed && edge && *edge > std::max(blurredEdge * scale, sharpEdgeDots), ReadingWarning::blurred);
   warnIf(!findings.glare.empty(), ReadingWarning::glare);
   warnIf(isDark, ReadingWarning::dark);
   warnIf(isOverexposed, ReadingWarning::overexposed);
-  warnIf(isPlaced && scale < leastDotsPerMillimetre, ReadingWarning::tooSmall);
+  warnIf(placed && scale < leastDotsPerMillimetre, ReadingWarning::tooSmall);
   warnIf(card.outline ? isCutOff(*card.outline, card.picture.size())
                       : std::ranges::any_of(card.texts,
                                             [&](const auto& text) {
                                               return reachesEdge(boundsOf(text), card.picture.size(),
                                                                  cutText * shorterSide(text));
                                             }) ||
-                            (isPlaced && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
+                            (placed && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
          ReadingWarning::cutOff);
   // What has no colours by its format need not be a copy.
-  warnIf(card.picture.format() != PixelFormat::grey8 && isPlaced && !isDark && !isOverexposed &&
+  warnIf(card.picture.format() != PixelFormat::grey8 && placed && !isDark && !isOverexposed &&
              chromaOf(survey) < leastChroma,
          ReadingWarning::greyCopy);
   warnIf(displayGrid(card.picture, part) > gridPower, ReadingWarning::screen);
