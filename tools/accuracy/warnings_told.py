@@ -23,8 +23,14 @@ def _set(fault, number, options):
         yield from zip(truths, reading.read(options.pravik, kind, [truth["path"] for truth in truths], options.jobs))
 
 
-def _share(hits):
-    return f"{100 * sum(hits) / len(hits):8.1f}" if hits else "       -"
+def cells(pictures, code):
+    """What is told of a warning over pictures, each its fault, its path and what was warned of, in percent: the share
+    of the pictures with that fault, then the false alarms on those without any and on those with another."""
+    def share(belongs):
+        hits = [code in told for fault, _, told in pictures if belongs(fault)]
+        return f"{100 * sum(hits) / len(hits):.1f}" if hits else "-"
+    return (share(lambda fault: fault == code), share(lambda fault: fault is None),
+            share(lambda fault: fault not in (None, code) and code not in IMPLIED.get(fault, ())))
 
 
 def report(options):
@@ -38,11 +44,8 @@ def report(options):
     print(f"{'':16}{'right':>8}{'false alarm':>26}")
     print(f"{'':24}{'no fault':>13}{'another fault':>16}")
     for code in CODES:
-        right = [code in told for fault, _, told in pictures if fault == code]
-        sound = [code in told for fault, _, told in pictures if fault is None]
-        other = [code in told for fault, _, told in pictures
-                 if fault not in (None, code) and code not in IMPLIED.get(fault, ())]
-        print(f"  {code:<14}{_share(right)}{_share(sound):>13}{_share(other):>16}")
+        right, sound, other = cells(pictures, code)
+        print(f"  {code:<14}{right:>8}{sound:>13}{other:>16}")
     for fault, path, told in pictures:
         missed = fault is not None and fault not in told
         false = [code for code in told if code in CODES and code != fault and code not in IMPLIED.get(fault, ())]
