@@ -98,11 +98,14 @@ void addGridPower(const Bitmap& picture, int left, int top, std::vector<float>& 
 float displayGrid(const Bitmap& picture, const PicturePart& part) {
   if (picture.width() < patchSide || picture.height() < patchSide) return 0;
   std::vector<float> sums(patchSide * patchSide);
-  for (int i = 0; i < patchesAcross * patchesDown; ++i) {
-    const Point middle = part.at((i % patchesAcross + 0.5) / patchesAcross, (i / patchesAcross + 0.5) / patchesDown);
-    addGridPower(picture, std::clamp(static_cast<int>(middle.x) - patchSide / 2, 0, picture.width() - patchSide),
-                 std::clamp(static_cast<int>(middle.y) - patchSide / 2, 0, picture.height() - patchSide), sums);
-  }
+  for (int row = 0; row < patchesDown; ++row)
+    for (int column = 0; column < patchesAcross; ++column) {
+      const Point middle = part.at((column + 0.5) / patchesAcross, (row + 0.5) / patchesDown);
+      const auto start = [](double place, int length) {
+        return static_cast<int>(std::clamp(place - patchSide / 2.0, 0.0, static_cast<double>(length - patchSide)));
+      };
+      addGridPower(picture, start(middle.x, picture.width()), start(middle.y, picture.height()), sums);
+    }
   float highest = 0;
   for (int y = -patchSide / 2; y < patchSide / 2; ++y)
     for (int x = 0; x <= patchSide / 2; ++x) {

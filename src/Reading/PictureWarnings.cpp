@@ -135,6 +135,14 @@ Value quantile(std::vector<Value> values, double share) {
   return *place;
 }
 
+/// What `level` gives for every place of a survey.
+template <class Level>
+std::vector<int> levelsOf(const Survey& survey, Level level) {
+  std::vector<int> levels(survey.colours.size());
+  std::ranges::transform(survey.colours, levels.begin(), level);
+  return levels;
+}
+
 double inSquareMillimetres(int places) {
   return places / (surveyScale * surveyScale);
 }
@@ -152,8 +160,7 @@ struct Patch {
 };
 
 std::vector<Patch> whitePatches(const Survey& survey) {
-  std::vector<bool> open(survey.colours.size());
-  std::transform(survey.colours.begin(), survey.colours.end(), open.begin(), isWhite);
+  std::vector<int> open = levelsOf(survey, isWhite);
   std::vector<Patch> patches;
   std::vector<int> reached;
   for (int start = 0; start < survey.width * survey.height; ++start) {
@@ -165,8 +172,8 @@ std::vector<Patch> whitePatches(const Survey& survey) {
     const auto reach = [&](int x, int y) {
       if (x < 0 || y < 0 || x >= survey.width || y >= survey.height) return;
       const int place = y * survey.width + x;
-      if (!open[static_cast<std::size_t>(place)]) return;
-      open[static_cast<std::size_t>(place)] = false;
+      if (open[static_cast<std::size_t>(place)] == 0) return;
+      open[static_cast<std::size_t>(place)] = 0;
       reached.push_back(place);
     };
     reach(start % survey.width, start / survey.width);
@@ -243,6 +250,7 @@ std::vector<Point> windowsOf(const Survey& survey) {
   std::ranges::sort(windows, {}, &std::pair<int, Point>::first);
   windows.resize(std::min(windows.size(), mostWindows));
   std::vector<Point> middles;
+  middles.reserve(windows.size());
   for (const auto& [contrast, middle] : windows) middles.push_back(middle);
   return middles;
 }
@@ -250,12 +258,13 @@ std::vector<Point> windowsOf(const Survey& survey) {
 /// The width of edges along rows, columns and both diagonals around a place of the picture, in steps of `step` pixels;
 /// `side` is that of the window.
 std::array<float, 4> edgeWidths(const Bitmap& picture, const Point& middle, int side, int step) {
+  const double first = -0.5 * step * (side - 1);
   std::vector<float> lumas;
   lumas.reserve(static_cast<std::size_t>(side * side));
   for (int y = 0; y < side; ++y)
     for (int x = 0; x < side; ++x)
-      lumas.push_back(static_cast<float>(
-          colourAt(picture, {middle.x + (x - side / 2) * step, middle.y + (y - side / 2) * step}).luma()));
+      lumas.push_back(
+          static_cast<float>(colourAt(picture, {middle.x + first + x * step, middle.y + first + y * step}).luma()));
   const auto at = [&](int x, int y) { return lumas[static_cast<std::size_t>(y * side + x)]; };
   std::array<float, 4> widths{};
   for (int y = 0; y + 1 < side; ++y)
@@ -326,11 +335,7 @@ bool groundReachesEdge(const Bitmap& picture, Point start, const Point& step, co
 /// The same for the part around the text of a card whose outline is unknown.
 bool isCutOff(const Bitmap& picture, const PicturePart& part, const Survey& survey) {
   const Rect bounds = boundsOf(part.corners);
-  const auto usual = [&](int Colour::* channel) {
-    std::vector<int> levels;
-    for (const Colour& colour : survey.colours) levels.push_back(colour.*channel);
-    return quantile(std::move(levels), 0.5);
-  };
+  const auto usual = [&](int Colour::* channel) { return quantile(levelsOf(survey, channel), 0.5); };
   const Colour ground{usual(&Colour::blue), usual(&Colour::green), usual(&Colour::red)};
   const double step = std::max(1.0, stripStep * bounds.width / part.size.width);
   const Point middle{bounds.midX(), bounds.midY()};
@@ -392,11 +397,9 @@ PictureFindings lookedAt(const PicturedCard& card) {
                                 distance(part.corners.topLeft, part.corners.bottomLeft) / part.size.height);
   if (placed) findings.dotsPerMillimetre = scale;
 
-  std::vector<int> lumas;
-  for (const Colour& colour : survey.colours) lumas.push_back(colour.luma());
   const double white = inSquareMillimetres(static_cast<int>(std::ranges::count_if(survey.colours, isWhite)));
   const bool isOverexposed = white > overexposedShare * cardWidth * cardHeight;
-  const bool isDark = quantile(lumas, 0.99) < darkLevel;
+  const bool isDark = quantile(levelsOf(survey, &Colour::luma), 0.99) < darkLevel;
   if (!isOverexposed)
     for (const Patch& patch : whitePatches(survey)) {
       if (inSquareMillimetres(patch.places) >= glareArea) findings.glare.push_back(seenOn(part, survey, patch.bounds));
