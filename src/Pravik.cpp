@@ -30,8 +30,10 @@ template <class T>
 Task<T> runWithin(ReadingLimits limits, std::shared_ptr<Dispatch> dispatch, ReadingParts parts,
                   std::function<T(const ReadingParts& parts)> reading) {
   const StopAtEnd stop(limits.stop);
-  std::function<Result<T>()> work = [reading, parts, time = limits.time, token = stop.token()]() -> Result<T> {
+  std::function<Result<T>()> work = [reading, parts, time = limits.time, date = limits.date,
+                                     token = stop.token()]() -> Result<T> {
     ReadingParts limited = parts;
+    limited.date = date.value_or(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()));
     limited.limit = {.deadline = std::chrono::steady_clock::now() + time, .stop = token};
     if (token.stop_requested()) return tl::unexpected(OCRError::cancelled());
     return reading(limited);

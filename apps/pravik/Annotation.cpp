@@ -6,9 +6,8 @@
 #include <opencv2/imgproc.hpp>
 #include <system_error>
 
+#include "Reading/FieldSources.h"
 #include "Records/DocumentKind.h"
-#include "Utils/RegexHelper.h"
-#include "Utils/Text.h"
 #include "backends/opencv/Mat.h"
 
 namespace pravik::cli {
@@ -22,25 +21,6 @@ const cv::Scalar white = cv::Scalar::all(255), black{0, 0, 0, 255};
 
 /// Side of a swatch of the legend in pixels, at least.
 constexpr int smallestUnit = 8;
-
-/// What is printed on every card beside the values.
-constexpr std::array<std::string_view, 9> labels{"公民身份号码", "签发机关", "有效期限", "姓名", "性别",
-                                                 "民族",         "出生",     "住址",     "："};
-/// A piece of a value that is shorter may stand in any block by chance.
-constexpr std::size_t shortestPiece = 2;
-
-/// What remains of a text when labels, spaces and the separators of dates are gone, and "03月" reads as "3月".
-std::string core(std::string_view text) {
-  std::string rest(text);
-  for (const std::string_view label : labels) rest = removingAll(rest, label);
-  rest = RegexHelper::replace("([年月])0", rest, "$1");
-  return RegexHelper::replace(R"([\s.,/\-—–年月日]+)", rest, "");
-}
-
-bool feeds(const std::string& block, const std::string& value) {
-  if (block.empty() || value.empty()) return false;
-  return contains(block, value) || (characterCount(block) >= shortestPiece && contains(value, block));
-}
 
 bool isHidden(std::string_view name) {
   const auto hides = [&](const RecordField& field) {
@@ -91,17 +71,15 @@ cv::Mat legend(const std::vector<std::string>& fields, const std::set<std::strin
 
 }  // namespace
 
-std::string fieldFedBy(std::string_view blockText, const Json& result) {
-  const std::string block = core(blockText);
+std::string fieldFedBy(std::string_view block, const Json& result) {
   std::string best;
   std::size_t longest = 0;
   for (const std::string& field : shownFields(result)) {
-    const Json& value = result[field];
-    if (!value.is_string()) continue;
-    const std::string wanted = core(value.get<std::string>());
-    if (wanted.size() <= longest || !feeds(block, wanted)) continue;
+    if (!result[field].is_string()) continue;
+    const auto value = result[field].get<std::string>();
+    if (value.size() <= longest || !feeds(block, value)) continue;
     best = field;
-    longest = wanted.size();
+    longest = value.size();
   }
   return best;
 }

@@ -13,7 +13,7 @@
 namespace pravik::cli {
 
 /// The field of the result that a block of text fed, such as "idNumber"; empty when it fed none.
-std::string fieldFedBy(std::string_view blockText, const Json& result);
+std::string fieldFedBy(std::string_view block, const Json& result);
 
 /// The picture with a box around each block in the colour of the field that it fed, and a legend below.
 Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer);

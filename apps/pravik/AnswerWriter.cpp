@@ -21,7 +21,11 @@ std::string arrayElement(const Answer& answer) {
 }  // namespace
 
 AnswerWriter::AnswerWriter(std::ostream& out, const Settings& settings, const DocumentKind* document)
-    : out_(out), format_(settings.format), language_(settings.language), document_(document) {
+    : out_(out),
+      format_(settings.format),
+      language_(settings.language),
+      document_(document),
+      isStrict_(settings.isStrict) {
   if (format_ == Format::csv) out << csvHeader(document);
 }
 
@@ -42,7 +46,8 @@ void AnswerWriter::write(const Answer& answer) {
   }
   out_.flush();
   first_ = false;
-  allRecognized_ = allRecognized_ && isRecognized(answer) && !answer.contains("warnings");
+  allRecognized_ =
+      allRecognized_ && isRecognized(answer) && !answer.contains("problems") && !(isStrict_ && isQuestionable(answer));
 }
 
 void AnswerWriter::writeForPeople(const Answer& answer) {

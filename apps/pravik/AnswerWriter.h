@@ -16,8 +16,8 @@ class AnswerWriter {
   AnswerWriter(std::ostream& out, const Settings& settings, const DocumentKind* document = nullptr);
 
   void write(const Answer& answer);
-  /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error or a warning was among
-  /// the answers.
+  /// Must be called once, at the end. Returns allRecognized, or someNotRecognized when an error or a problem was among
+  /// the answers, or with strict settings something questionable.
   ExitStatus finish();
 
   /// False as soon as the output can take no more.
@@ -30,6 +30,7 @@ class AnswerWriter {
   Format format_;
   Language language_;
   const DocumentKind* document_;
+  bool isStrict_;
   bool first_ = true;
   bool allRecognized_ = true;
 };

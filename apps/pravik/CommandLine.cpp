@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <iterator>
 #include <ostream>
@@ -110,6 +111,7 @@ void addSharedOptions(CLI::App& app, Settings& settings) {
   addChoice(app, "--format", settings.format, formats, "How answers are written (table); csv for pictures only");
   addChoice(app, "--lang", settings.language, languages, "Language of the table's words (that of the environment)");
   addChoice(app, "--log-level", settings.logLevel, logLevels(), "Log to standard error (none)");
+  app.add_flag("--strict", settings.isStrict, "Exit with 1 also when a field is doubtful or a check failed");
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
       ->type_name("DIR");
   app.add_option("--jobs", settings.jobs, "Pictures to read at the same time (1)")
@@ -136,6 +138,29 @@ CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view desc
   return command;
 }
 
+/// Throws CLI::ValidationError for what is no day of the calendar, written as 2026-01-31.
+std::chrono::year_month_day dayOf(const std::string& text) {
+  int year = 0;
+  unsigned month = 0, day = 0;
+  char end = 0;
+  const bool isWritten =
+      text.size() == 10 && std::sscanf(text.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &end) == 3;
+  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+  if (!isWritten || !date.ok()) throw CLI::ValidationError("--date", "must be a day such as 2026-01-31");
+  return date;
+}
+
+void addReportOptions(CLI::App& command, const PictureCommand& picture, PictureOptions& options) {
+  if (!picture.readsEveryCard)
+    command.add_flag("--report", options.tellsReport,
+                     "Also tell of every field how sure it is and where it stands, and where the card is");
+  command
+      .add_option_function<std::string>(
+          "--date", [&options](const std::string& day) { options.limits.date = dayOf(day); },
+          "The day by which a card has expired or not (today)")
+      ->type_name("YYYY-MM-DD");
+}
+
 /// The options that a command has beside those that all share.
 void addOwnOptions(CLI::App& command, const PictureCommand& picture, Request& request) {
   PictureOptions& options = request.options;
@@ -149,6 +174,7 @@ void addOwnOptions(CLI::App& command, const PictureCommand& picture, Request& re
   if (picture.document == nullptr)
     addChoice(command, "--scene", options.scene, scenes(),
               "The kind of document, which decides how the picture is prepared (id-card)");
+  if (picture.readsCards()) addReportOptions(command, picture, options);
   if (picture.document == nullptr || picture.document->mode != OCRScanMode::bankCard) return;
   command.add_flag("--same-card", options.sameCard, "All pictures show one card: one answer for all of them");
   command.add_flag("--stages", options.tellsStage, "Tell the stage that gave the number: first, retry, band or fusion");

@@ -43,7 +43,7 @@ std::vector<Column> columnsOf(const DocumentKind* document) {
   columns.push_back({"error", Json::json_pointer("/error/code")});
   add("/error", "message");
   columns.push_back({"reason", Json::json_pointer("/error/context/reason")});
-  columns.push_back({"warnings", Json::json_pointer("/warnings")});
+  for (const char* name : {"doubtful", "warnings", "problems"}) add("", name);
   return columns;
 }
 

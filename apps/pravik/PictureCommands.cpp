@@ -162,7 +162,7 @@ Answer answerOne(const Batch& batch, Reader& reader, const Item& item) {
   const auto picture = reader.recording->take();
   if (!picture || item.annotated.empty()) return result;
   const auto failure = failureOf([&] { writeAnnotated(*picture, result, item.annotated, *batch.platform.imageCodec); });
-  if (failure) result["warnings"].push_back(*failure);
+  if (failure) result["problems"].push_back(*failure);
   return result;
 }
 
@@ -212,14 +212,14 @@ BatchEnd answerSameCard(Batch& batch, AnswerWriter& writer) {
   Progress progress(batch.host);
   BatchEnd end;
   Answer best;
-  Json photos = Json::array(), warnings = Json::array();
+  Json photos = Json::array(), problems = Json::array();
   while (!isSound(best)) {
     if (batch.host.stopped()) return end;
     const auto item = batch.next();
     if (!item) break;
     Answer answer = withSource(item->page, batch.command, answerSafely(batch, reader, *item));
-    for (const Json& warning : answer.value("warnings", Json::array())) warnings.push_back(warning);
-    answer.erase("warnings");
+    for (const Json& problem : answer.value("problems", Json::array())) problems.push_back(problem);
+    answer.erase("problems");
     photos.push_back(item->page.file + (item->page.page ? ", page " + std::to_string(*item->page.page) : ""));
     end.anyEngineFailed = end.anyEngineFailed || engineFailed(answer);
     progress.show(++end.done, batch.queue.count());
@@ -229,12 +229,14 @@ BatchEnd answerSameCard(Batch& batch, AnswerWriter& writer) {
   end.isComplete = true;
   if (best.is_null()) return end;
   if (const auto fused = isSound(best) ? std::nullopt : reader.sdk.tryCrossAttemptFusion()) {
-    for (const char* replaced : {"result", "checks", "error", "report"}) best.erase(replaced);
+    for (const char* replaced :
+         {"result", "checks", "error", "report", "warnings", "doubtful", "fields", "outline", "dotsPerMillimetre"})
+      best.erase(replaced);
     best.update(recordAnswer(*fused));
     if (batch.options.tellsStage) best["stage"] = "fusion";
   }
   best["photos"] = photos;
-  if (!warnings.empty()) best["warnings"] = warnings;
+  if (!problems.empty()) best["problems"] = problems;
   writer.write(best);
   return end;
 }
@@ -259,6 +261,7 @@ Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const 
   Answer answer = readingAnswer(*reading);
   if (const auto stage = reading->report.stage; stage && options.tellsStage)
     answer["stage"] = stageNames.at(static_cast<std::size_t>(*stage));
+  if (options.tellsReport && reading->record && command.document->isCard()) answer.update(reportJson(reading->report));
   return answer;
 }
 

@@ -18,6 +18,8 @@ struct PictureOptions {
   SceneType scene = SceneType::idCard;
   /// Whether the answer for a bank card tells the stage that gave its number.
   bool tellsStage = false;
+  /// Whether the answer tells how each field was read.
+  bool tellsReport = false;
   /// Whether all pictures show the same bank card and give one answer together.
   bool sameCard = false;
   /// Where the pictures of every stage of a reading go; empty for none.
@@ -33,6 +35,7 @@ struct PictureCommand {
   const DocumentKind* document;
   bool readsEveryCard = false;
 
+  bool readsCards() const { return readsEveryCard || (document != nullptr && document->isCard()); }
   /// Whether it needs the text models.
   bool readsText() const { return document == nullptr || document->isCard(); }
 };

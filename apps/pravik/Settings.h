@@ -33,6 +33,8 @@ struct Settings {
   /// Of the table.
   Language language = environmentLanguage();
   OCRLogger::Level logLevel = OCRLogger::Level::none;
+  /// Whether a doubtful field, or a check that failed, counts as not recognised.
+  bool isStrict = false;
   /// Where annotated pictures go; empty for none.
   std::filesystem::path annotate;
   /// Pictures that are read at the same time, at least 1.

@@ -63,8 +63,15 @@ std::vector<Row> resultRows(const Answer& answer, Language language) {
   std::vector<Row> rows;
   appendRows(answer["result"], {}, language, rows);
   const auto failures = failedChecks(answer, language);
+  const Json doubtful = answer.value("doubtful", Json::array());
+  const auto isDoubtful = [&](const std::string& field) {
+    return std::ranges::find(doubtful, Json(field)) != doubtful.end();
+  };
   for (Row& row : rows)
-    if (const auto failure = failures.find(row.field); failure != failures.end()) row.note = failure->second;
+    if (const auto failure = failures.find(row.field); failure != failures.end())
+      row.note = failure->second;
+    else if (isDoubtful(row.field))
+      row.note = language == Language::chinese ? "? 存疑" : "? doubtful";
   return rows;
 }
 
@@ -178,7 +185,9 @@ std::string asTable(const Answer& answer, Language language) {
   if (answer.contains("cards")) return cardsTable(answer, language);
   std::vector<Row> rows = isRecognized(answer) ? resultRows(answer, language) : errorRows(answer, language);
   for (const Json& warning : answer.value("warnings", Json::array()))
-    rows.push_back({"warning", ownText(warning.get<std::string>(), language), {}});
+    rows.push_back({"warning", warningText(warning.get<std::string>(), language), {}});
+  for (const Json& problem : answer.value("problems", Json::array()))
+    rows.push_back({"problem", ownText(problem.get<std::string>(), language), {}});
   int fieldWidth = 0, valueWidth = 0;
   for (const Row& row : rows) {
     fieldWidth = std::max(fieldWidth, displayWidth(row.field) + gap);

@@ -138,6 +138,13 @@ std::string checkText(std::string_view check, Language language) {
   return std::string(language == Language::chinese && chinese != nullptr ? chinese->chinese : known->failure);
 }
 
+std::string warningText(std::string_view code, Language language) {
+  for (int i = 0; i <= static_cast<int>(ReadingWarning::checkFailed); ++i)
+    if (const auto warning = static_cast<ReadingWarning>(i); codeOf(warning) == code)
+      return std::string(language == Language::chinese ? chineseText(warning) : englishText(warning));
+  return std::string(code);
+}
+
 std::string ownText(const std::string& english, Language language) {
   std::string text = english;
   if (language == Language::chinese)

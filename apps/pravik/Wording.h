@@ -20,6 +20,8 @@ std::string errorText(const Answer& answer, Language language);
 std::string reasonText(const Answer& answer, Language language);
 /// What the failure of a check means; empty for one that is not known.
 std::string checkText(std::string_view check, Language language);
+/// What a warning with this code means; the code of one that is not known.
+std::string warningText(std::string_view code, Language language);
 /// A text of this program's own, "no such file".
 std::string ownText(const std::string& english, Language language);
 

@@ -1,6 +1,7 @@
 #include "backends/json/Answer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <variant>
 
 #include "Reading/RecordChecks.h"
@@ -18,10 +19,15 @@ Json jsonOf(UnreadReason reason) {
   return {{"reason", codeOf(reason)}, {"text", chineseText(reason)}};
 }
 
+/// With three digits behind the point: more would say nothing.
+double rounded(double value) {
+  return std::round(value * 1000) / 1000;
+}
+
 Json jsonOf(const Quadrilateral& corners) {
   Json points = Json::array();
   for (const Point& corner : {corners.topLeft, corners.topRight, corners.bottomRight, corners.bottomLeft})
-    points.push_back({corner.x, corner.y});
+    points.push_back({rounded(corner.x), rounded(corner.y)});
   return points;
 }
 
@@ -31,6 +37,7 @@ Answer cardAnswer(const CardReading& card) {
                 {"turned", card.reading.report.turned}};
   if (card.isOneOfAPair) answer["pair"] = true;
   answer.update(readingAnswer(card.reading));
+  if (card.reading.record) answer.update(reportJson(card.reading.report));
   if (!card.kind) answer["text"] = card.text;
   return answer;
 }
@@ -46,10 +53,31 @@ Answer recordAnswer(const Record& record) {
   return answer;
 }
 
+Json reportJson(const ReadingReport& report) {
+  const auto cornersOrNull = [](const std::optional<Quadrilateral>& corners) {
+    return corners ? jsonOf(*corners) : Json(nullptr);
+  };
+  Json json{
+      {"fields", Json::object()},
+      {"outline", cornersOrNull(report.outline)},
+      {"dotsPerMillimetre", report.dotsPerMillimetre > 0 ? Json(rounded(report.dotsPerMillimetre)) : Json(nullptr)}};
+  for (const FieldReport& field : report.fields) {
+    Json& entry = json["fields"][std::string(field.name)];
+    entry = {
+        {"text", field.text}, {"confidence", rounded(field.confidence)}, {"corners", cornersOrNull(field.corners)}};
+    if (field.isDoubtful) entry["doubtful"] = true;
+    if (field.hasGlare) entry["glare"] = true;
+  }
+  return json;
+}
+
 Answer readingAnswer(const Reading& reading) {
   Answer answer = reading.record ? recordAnswer(*reading.record) : answerOf(reading.record.error());
   if (const auto reason = reading.report.unreadReason) answer["report"] = jsonOf(*reason);
   if (const int degrees = reading.report.turned) answer["turned"] = degrees;
+  for (const ReadingWarning warning : reading.report.warnings) answer["warnings"].push_back(codeOf(warning));
+  for (const FieldReport& field : reading.report.fields)
+    if (field.isDoubtful) answer["doubtful"].push_back(field.name);
   return answer;
 }
 
@@ -78,6 +106,15 @@ Answer withKind(std::string_view kind, const Answer& answer) {
   Answer whole{{"kind", kind}};
   whole.update(answer);
   return whole;
+}
+
+bool isQuestionable(const Answer& answer) {
+  const auto cards = answer.find("cards");
+  if (cards != answer.end()) return std::ranges::any_of(*cards, isQuestionable);
+  const auto warnings = answer.find("warnings");
+  return answer.contains("doubtful") ||
+         (warnings != answer.end() &&
+          std::ranges::find(*warnings, Json(codeOf(ReadingWarning::checkFailed))) != warnings->end());
 }
 
 bool isRecognized(const Answer& answer) {

@@ -21,12 +21,15 @@ using Answer = Json;
 /// {"result":…,"checks":…}: the record's fields by name and what it tells about itself; an absent field and a check
 /// with nothing to compare are null. Without "checks" for a kind that has none.
 Answer recordAnswer(const Record& record);
-/// The record, or {"error":…,"report":{"reason":…,"text":…}}: the error and why nothing was read, which "text" tells a
-/// person.
+/// {"fields":{NAME:{"text":…,"confidence":…,"corners":[[x,y],…]},…},"outline":[[x,y],…],"dotsPerMillimetre":…}: how the
+/// record was read; what is not known is null. A field also has "doubtful" and "glare" where they are true.
+Json reportJson(const ReadingReport& report);
+/// The record, with the codes of its "warnings" and the names of its "doubtful" fields where there are any; or
+/// {"error":…,"report":{"reason":…,"text":…}}: the error and why nothing was read, which "text" tells a person.
 Answer readingAnswer(const Reading& reading);
-/// {"cards":[{"kind":…,"corners":[[x,y],…],"turned":…,"pair":…} and what readingAnswer() gives, …]}: the corners
-/// clockwise from the card's own upper left; "pair" only for the two sides of one identity card; a card without a kind
-/// has null for it, and "text". No card also has the "report" why.
+/// {"cards":[{"kind":…,"corners":[[x,y],…],"turned":…,"pair":…} and what readingAnswer() and reportJson() give, …]}:
+/// the corners clockwise from the card's own upper left; "pair" only for the two sides of one identity card; a card
+/// without a kind has null for it, and "text". No card also has the "report" why.
 Answer cardsAnswer(const std::vector<CardReading>& cards);
 
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
@@ -40,6 +43,8 @@ Answer invalidInputAnswer(const std::string& message);
 /// {"kind":…} and then the answer.
 Answer withKind(std::string_view kind, const Answer& answer);
 
+/// Whether a field of the record is doubtful, or a check of it failed; for cards whether one of them is so.
+bool isQuestionable(const Answer& answer);
 /// Whether the answer is a result, or cards of which each is one.
 bool isRecognized(const Answer& answer);
 

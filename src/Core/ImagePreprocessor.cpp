@@ -244,7 +244,10 @@ bool ImagePreprocessor::showsRectangle(const Image& image) const {
 
 std::optional<Bitmap> ImagePreprocessor::straightened(const Bitmap& bitmap, const Quadrilateral& corners) const {
   if (!renderer_) return std::nullopt;
-  const std::array<ImageFilter, 1> correction{PerspectiveCorrection{corners}};
+  const auto fromLowerLeft = [&](const Point& corner) { return Point{corner.x, bitmap.height() - corner.y}; };
+  const std::array<ImageFilter, 1> correction{
+      PerspectiveCorrection{{fromLowerLeft(corners.topLeft), fromLowerLeft(corners.topRight),
+                             fromLowerLeft(corners.bottomLeft), fromLowerLeft(corners.bottomRight)}}};
   return renderer_->render(bitmap, correction);
 }
 
@@ -280,7 +283,7 @@ std::optional<Image> ImagePreprocessor::corrected(const Bitmap& bitmap, const Re
     return std::nullopt;
   }
 
-  const std::optional<Bitmap> result = straightened(bitmap, inPixels(card.corners, bitmap.size()));
+  const std::optional<Bitmap> result = straightened(bitmap, inPixels(flipped(card.corners), bitmap.size()));
   if (!result) {
     OCRLogger::debug([] { return std::string("透视矫正: 渲染失败，跳过"); });
     return std::nullopt;

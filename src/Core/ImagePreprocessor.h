@@ -80,8 +80,8 @@ class ImagePreprocessor {
   /// frame already, or gave an implausible result.
   std::optional<Image> attemptPerspectiveCorrection(const Image& image) const { return findCard(image).straightened; }
 
-  /// The part of a bitmap within a quadrilateral, straightened to a rectangle; pixels, origin at the lower left. Beyond
-  /// the bitmap its edge is repeated. Nothing when the rendering fails.
+  /// The part of a bitmap within a quadrilateral, straightened to a rectangle; pixels from the top left. Beyond the
+  /// bitmap its edge is repeated. Nothing when the rendering fails.
   std::optional<Bitmap> straightened(const Bitmap& bitmap, const Quadrilateral& corners) const;
 
   /// Whether a rectangle that may be a card is seen in the photo; false when the detector fails.

@@ -33,11 +33,21 @@ SourceMap sourceMap(ImageOrientation orientation, int lastX, int lastY) {
   return {0, 1, 0, 0, 0, 1};
 }
 
+bool isQuarterTurn(ImageOrientation orientation) {
+  return orientation >= ImageOrientation::leftMirrored;
+}
+
 }  // namespace
+
+Size uprightSize(const Image& image) {
+  if (!image.bitmap) return {};
+  const Size size = image.bitmap->size();
+  return isQuarterTurn(image.orientation) ? Size{size.height, size.width} : size;
+}
 
 Bitmap uprightBitmap(const Bitmap& bitmap, ImageOrientation orientation) {
   if (orientation == ImageOrientation::up) return bitmap;
-  const bool quarterTurn = orientation >= ImageOrientation::leftMirrored;
+  const bool quarterTurn = isQuarterTurn(orientation);
   const int width = quarterTurn ? bitmap.height() : bitmap.width();
   const int height = quarterTurn ? bitmap.width() : bitmap.height();
   const SourceMap map = sourceMap(orientation, bitmap.width() - 1, bitmap.height() - 1);

@@ -29,6 +29,8 @@ struct Image {
   double scale = 1;
 };
 
+/// The size of the upright picture in pixels; nothing without pixels.
+Size uprightSize(const Image& image);
 /// The pixels turned upright: the bitmap itself when it stands upright already, else a turned copy.
 Bitmap uprightBitmap(const Bitmap& bitmap, ImageOrientation orientation);
 

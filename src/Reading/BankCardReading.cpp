@@ -13,6 +13,7 @@
 #include "Parsers/CardNumber.h"
 #include "Parsers/CardNumberFusion.h"
 #include "Parsers/CardText.h"
+#include "Reading/CardReport.h"
 #include "Reading/NumberRow.h"
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
@@ -29,10 +30,10 @@ constexpr double numberRowThreshold = 0.03;
 constexpr std::size_t numberRowDigits = 6;
 /// So many variants of the band that agree end the stage.
 constexpr int decidingVotes = 2;
-/// Of a number that was put together from pieces every digit was seen by so many of the looks at its row; of one with
-/// an uncommon length by more.
+/// Of a number that was put together from pieces every digit was seen by so many of the looks at its row; of one that
+/// was repaired, or has an uncommon length, by more, since a repair always ends with a number that passes Luhn.
 constexpr double leastSupport = 0.3;
-constexpr double leastSupportOfUncommonLength = 0.5;
+constexpr double leastSupportOfUnlikely = 0.6;
 /// A look that saw fewer digits may have seen another row.
 constexpr std::size_t leastTellingDigits = 12;
 
@@ -92,23 +93,8 @@ bool isBorneOut(const BankCardInfo& info, const Findings& findings) {
   if (!findings.votedNumber.empty() && digits != findings.votedNumber) return false;
   const double support = supportFor(digits, findings.looks);
   OCRLogger::debug([&] { return formatted("卡号 {} 的读取支持度={:.2f}", digits, support); });
-  return support >= (isCommonLength(digits.size()) ? leastSupport : leastSupportOfUncommonLength);
-}
-
-/// A card to be read.
-struct Card {
-  /// The photo, straightened if need be.
-  Image image;
-  /// Where the card lies on it, in pixels from the top left; absent when it fills the image, or was not found.
-  std::optional<Quadrilateral> outline;
-};
-
-Card cardOn(const ReadingParts& parts, const Image& image) {
-  parts.debugSaveImage(image, "银行卡-原图");
-  ImagePreprocessor::FoundCard found = parts.preprocessor.findCard(image);
-  if (!found.straightened) return {image, found.outline};
-  parts.debugSaveImage(*found.straightened, "银行卡-透视矫正");
-  return {*std::move(found.straightened), std::nullopt};
+  const bool isLikely = isCommonLength(digits.size()) && digits == asciiDigits(info.rawCardNumber);
+  return support >= (isLikely ? leastSupport : leastSupportOfUnlikely);
 }
 
 std::optional<Bitmap> preparedFor(const WholeCardStage& stage, const ReadingParts& parts, const Image& card) {
@@ -261,16 +247,19 @@ std::optional<BankCardInfo> fused(const ReadingParts& parts, const Findings& fin
 }
 
 /// The card and the stage that gave its number; absent when none did.
-std::optional<Reading> readInStages(const ReadingParts& parts, const Card& card, Findings& findings) {
+std::optional<Reading> readInStages(const CardOnPicture& card, Findings& findings) {
+  const ReadingParts& parts = card.parts;
+  Observations observations;
   const auto reading = [&](BankCardInfo info, BankCardStage stage) {
-    return Reading{.record = std::move(info),
-                   .report = {.unreadReason = std::nullopt, .stage = stage, .turned = parts.turned}};
+    Reading found = withReport(parts, card.size(), observations, std::move(info));
+    found.report.stage = stage;
+    return found;
   };
   for (const WholeCardStage& stage : wholeCardStages) {
     if (!parts.goesOn()) break;
     const std::optional<Bitmap> prepared = preparedFor(stage, parts, card.image);
     if (!prepared) continue;
-    Observations observations = blocksOn(parts, *prepared);
+    observations = blocksOn(parts, *prepared);
     if (const auto upright = turnedUpright(parts, card.image, observations))
       return readBankCard(upright->parts, upright->image);
     if (const auto row = readNumberRow(parts, *prepared, card.outline, observations)) {
@@ -294,7 +283,7 @@ std::optional<Reading> readInStages(const ReadingParts& parts, const Card& card,
 Reading readBankCard(const ReadingParts& parts, const Image& image) {
   if (image.bitmap && !isUsable(image)) throw OCRError::invalidImage();
   Findings findings;
-  if (auto reading = readInStages(parts, cardOn(parts, image), findings)) return *std::move(reading);
+  if (auto reading = readInStages(cardOn(parts, image, "银行卡"), findings)) return *std::move(reading);
   OCRLogger::error([] { return std::string("银行卡号提取失败"); });
   const bool hasText = findings.hasText;
   if (parts.accumulator) parts.accumulator->add(std::move(findings.pieces), findings.partialInfo);

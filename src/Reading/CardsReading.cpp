@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "Platform/Projection.h"
 #include "Reading/SceneValidation.h"
 #include "Reading/UprightPicture.h"
 #include "Utils/Format.h"
@@ -31,34 +32,12 @@ constexpr double sameRow = 0.5;
 struct Region {
   Quadrilateral corners;
   Observations texts;
+  /// Whether the corners are those of an outline, and not of what surrounds the text.
+  bool isOutlined = false;
 };
-
-double cross(const Point& origin, const Point& a, const Point& b) {
-  return (a.x - origin.x) * (b.y - origin.y) - (a.y - origin.y) * (b.x - origin.x);
-}
-
-bool contains(const Quadrilateral& area, const Point& point) {
-  const std::array<Point, 4> corners{area.topLeft, area.topRight, area.bottomRight, area.bottomLeft};
-  bool anyLeft = false, anyRight = false;
-  for (std::size_t i = 0; i < corners.size(); ++i) {
-    const double side = cross(corners.at(i), corners.at((i + 1) % 4), point);
-    anyLeft = anyLeft || side < 0;
-    anyRight = anyRight || side > 0;
-  }
-  return !(anyLeft && anyRight);
-}
-
-Point middleOf(const Quadrilateral& area) {
-  return {(area.topLeft.x + area.topRight.x + area.bottomLeft.x + area.bottomRight.x) / 4,
-          (area.topLeft.y + area.topRight.y + area.bottomLeft.y + area.bottomRight.y) / 4};
-}
 
 double heightOf(const Quadrilateral& area) {
   return std::max(area.bottomLeft.y, area.bottomRight.y) - std::min(area.topLeft.y, area.topRight.y);
-}
-
-Quadrilateral cornersOf(const Rect& area) {
-  return {{area.x, area.y}, {area.maxX(), area.y}, {area.x, area.maxY()}, {area.maxX(), area.maxY()}};
 }
 
 Rect united(const Rect& a, const Rect& b) {
@@ -69,14 +48,6 @@ Rect united(const Rect& a, const Rect& b) {
 
 Rect grown(const Rect& area, double by) {
   return {area.x - by, area.y - by, area.width + 2 * by, area.height + 2 * by};
-}
-
-Quadrilateral grown(const Quadrilateral& area, double share) {
-  const Point middle = middleOf(area);
-  const auto moved = [&](const Point& corner) {
-    return Point{corner.x + share * (corner.x - middle.x), corner.y + share * (corner.y - middle.y)};
-  };
-  return {moved(area.topLeft), moved(area.topRight), moved(area.bottomLeft), moved(area.bottomRight)};
 }
 
 /// The text in parts that belong together by their distances.
@@ -145,7 +116,7 @@ class Division {
 
   /// Takes what stands within the outline as a card, unless there is nothing, or what several cards have; where the
   /// outline alone is no proof of a card, only with the features of one.
-  void take(const Quadrilateral& outline, double margin, bool isProof = true) {
+  void take(const Quadrilateral& outline, double margin, bool isOutline, bool isProof) {
     const Quadrilateral area = grown(outline, margin);
     const auto inside = std::ranges::stable_partition(texts_, [&](const Observation& block) {
       const Rect box = inPixels(flipped(block.boundingBox), picture_);
@@ -155,7 +126,7 @@ class Division {
     const int documents = documentsIn(held);
     if (held.empty() || documents > 1 || (documents == 0 && !isProof)) return;
     texts_.erase(inside.begin(), inside.end());
-    regions_.push_back({area, std::move(held)});
+    regions_.push_back({area, std::move(held), isOutline});
   }
 
   /// What is left, in parts that belong together by their distances; only those with the features of a card.
@@ -185,18 +156,19 @@ Quadrilateral moved(Quadrilateral area, double x, double y) {
 /// that are found when one looks closer, the places that its fixed prints tell, and at last what surrounds it.
 std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, Observations texts) {
   Division division(std::move(texts), picture.size());
-  for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture)) division.take(outline, marginOfOutline);
+  for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture))
+    division.take(outline, marginOfOutline, true, true);
   if (const auto rest = division.rest(); !rest.empty()) {
     Rect around = surroundings(rest.front(), picture.size());
     for (const Observations& part : rest) around = united(around, surroundings(part, picture.size()));
     const PixelRect area = touchedPixels(around, picture.size());
     for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture.crop(area)))
-      division.take(moved(outline, area.x, area.y), marginOfOutline, false);
+      division.take(moved(outline, area.x, area.y), marginOfOutline, true, false);
   }
   for (const Observation& block : Observations(division.texts()))
-    if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint, false);
+    if (const auto card = cardAround(block, picture.size())) division.take(*card, marginOfPrint, false, false);
   for (Observations& part : division.rest())
-    division.regions().push_back({cornersOf(surroundings(part, picture.size())), std::move(part)});
+    division.regions().push_back({cornersOf(surroundings(part, picture.size())), std::move(part), false});
   return std::move(division.regions());
 }
 
@@ -211,19 +183,6 @@ void sortInReadingOrder(std::vector<Region>& regions) {
               [](const Region& a, const Region& b) { return middleOf(a.corners).x < middleOf(b.corners).x; });
     first = end;
   }
-}
-
-Quadrilateral fromLowerLeft(const Quadrilateral& corners, double height) {
-  const auto flippedOver = [&](const Point& corner) { return Point{corner.x, height - corner.y}; };
-  return {flippedOver(corners.topLeft), flippedOver(corners.topRight), flippedOver(corners.bottomLeft),
-          flippedOver(corners.bottomRight)};
-}
-
-/// The corners as they are named when the picture is turned clockwise by so many degrees.
-Quadrilateral renamed(Quadrilateral corners, int turned) {
-  for (int quarter = static_cast<int>(std::lround(turned / 90.0)) % 4; quarter > 0; --quarter)
-    corners = {corners.bottomLeft, corners.topLeft, corners.bottomRight, corners.topRight};
-  return corners;
 }
 
 /// A card that fills the picture, read as what its text says it is.
@@ -251,9 +210,11 @@ CardReading readRegion(const ReadingParts& parts, const Bitmap& picture, const R
                        .text = joinedText(region.texts, textLineThreshold)};
   };
   if (!parts.goesOn()) return unread(OCRError::insufficientText(), UnreadReason::timeSpent);
-  const auto card = parts.preprocessor.straightened(picture, fromLowerLeft(region.corners, picture.height()));
+  const auto card = parts.preprocessor.straightened(picture, region.corners);
   if (!card) return unread(OCRError::invalidImage(), UnreadReason::engineFailed);
-  CardReading found = readCard(parts, {.bitmap = card});
+  ReadingParts within = parts.onPart(region.corners, card->size());
+  if (region.isOutlined) within.origin.outline = region.corners;
+  CardReading found = readCard(within, {.bitmap = card});
   found.corners = renamed(region.corners, found.reading.report.turned);
   return found;
 }
@@ -271,10 +232,12 @@ void markPair(std::vector<CardReading>& cards) {
 
 }  // namespace
 
-std::vector<CardReading> readCards(const ReadingParts& parts, const Image& image) {
+std::vector<CardReading> readCards(const ReadingParts& given, const Image& image) {
   if (!isUsable(image)) throw OCRError::invalidImage();
-  parts.debugSaveImage(image, "多卡-原图");
+  given.debugSaveImage(image, "多卡-原图");
   const Bitmap picture = uprightBitmap(*image.bitmap, image.orientation);
+  ReadingParts parts = given;
+  parts.origin = {.picture = picture};
   const auto prepared = parts.preprocessor.preprocessForIDCard(image);
   if (!prepared) throw OCRError::invalidImage();
   // A small card's print is a small share of the page.

@@ -16,9 +16,12 @@ namespace pravik {
 namespace {
 
 /// Luhn passes one wrong number in ten, so the looks must agree besides: on every digit at least half of them, and on
-/// all digits together. Fewer may agree on a single digit, since Luhn finds every single error.
+/// all digits together. Fewer may agree on a single digit, since Luhn finds every single error, when they agree well
+/// on the others: it passes digits that changed places two apart. With an uncommon length nearly all must agree.
 constexpr double leastAgreement = 0.5;
 constexpr double leastAgreementOfOne = 0.25;
+constexpr double leastAgreementBesideOne = 0.6;
+constexpr double leastAgreementOfUncommonLength = 0.85;
 constexpr double leastMeanAgreement = 0.75;
 /// A digit is disputed when another one, or nothing, has at least this share of its support.
 constexpr double disputedShare = 0.5;
@@ -33,9 +36,8 @@ constexpr std::size_t shortestNumber = 16;
 constexpr std::size_t mostDisputes = 3;
 /// Neighbours this many digit widths apart belong to two groups.
 constexpr double groupGap = 1.6;
-/// No card prints a shorter group, but for the last.
-constexpr std::size_t shortestGroup = 4;
-constexpr std::size_t shortestLastGroup = 3;
+/// How cards print their numbers: where a group begins, behind so many digits.
+constexpr std::array<std::array<std::size_t, 4>, 3> layouts{{{4, 8, 12, 16}, {6, 6, 6, 6}, {5, 9, 14, 14}}};
 
 std::size_t likeliest(const std::array<float, 10>& probabilities) {
   return static_cast<std::size_t>(std::ranges::max_element(probabilities) - probabilities.begin());
@@ -155,19 +157,19 @@ std::vector<Choice> disputes(const Place& place, std::size_t looks) {
   return choices;
 }
 
-/// Whether the digits stand in groups as on a card: a digit lost or made up at an end leaves groups that no card has.
+/// Whether the digits stand in groups as on a card; a gap between two may be unseen. A digit lost or made up moves the
+/// gaps behind it.
 bool standInGroups(const std::vector<double>& positions) {
   SeenDigits digits;
   for (const double position : positions) digits.push_back({.position = position, .probabilities = {}});
   const auto pitch = pitchOf(digits);
   if (!pitch) return false;
-  std::size_t group = 1;
-  for (std::size_t i = 1; i < positions.size(); ++i, ++group) {
-    if (positions[i] - positions[i - 1] < groupGap * *pitch) continue;
-    if (group < shortestGroup) return false;
-    group = 0;
-  }
-  return group >= shortestLastGroup;
+  std::vector<std::size_t> gaps;
+  for (std::size_t i = 1; i < positions.size(); ++i)
+    if (positions[i] - positions[i - 1] >= groupGap * *pitch) gaps.push_back(i);
+  return std::ranges::any_of(layouts, [&](const auto& layout) {
+    return std::ranges::all_of(gaps, [&](std::size_t gap) { return std::ranges::find(layout, gap) != layout.end(); });
+  });
 }
 
 /// The choices with the one disputed digit changed that makes a card number of them; absent when there is none, or
@@ -188,11 +190,13 @@ std::optional<std::vector<Choice>> decided(const std::vector<Choice>& choices, c
   return disputed <= mostDisputes ? deciding : std::nullopt;
 }
 
-bool areTrusted(const std::vector<double>& agreement) {
-  const auto weak = std::ranges::count_if(agreement, [](double share) { return share < leastAgreement; });
+bool areTrusted(std::vector<double> agreement) {
+  std::ranges::sort(agreement);
   const double mean = std::accumulate(agreement.begin(), agreement.end(), 0.0) / static_cast<double>(agreement.size());
-  return weak <= (isCommonLength(agreement.size()) ? 1 : 0) && std::ranges::min(agreement) >= leastAgreementOfOne &&
-         mean >= leastMeanAgreement;
+  if (mean < leastMeanAgreement) return false;
+  if (!isCommonLength(agreement.size())) return agreement.front() >= leastAgreementOfUncommonLength;
+  if (agreement.front() >= leastAgreement) return true;
+  return agreement.front() >= leastAgreementOfOne && agreement[1] >= leastAgreementBesideOne;
 }
 
 }  // namespace

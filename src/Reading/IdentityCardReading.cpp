@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Reading/CardReport.h"
 #include "Reading/PostCorrection.h"
 #include "Reading/SceneValidation.h"
 #include "Reading/TextToRecord.h"
@@ -10,14 +11,6 @@
 
 namespace pravik {
 namespace {
-
-Image straightened(const ReadingParts& parts, const Image& image) {
-  parts.debugSaveImage(image, "身份证-原图");
-  std::optional<Image> corrected = parts.preprocessor.attemptPerspectiveCorrection(image);
-  if (!corrected) return image;
-  parts.debugSaveImage(*corrected, "身份证-透视矫正");
-  return *std::move(corrected);
-}
 
 /// Throws invalidImage when there is nothing to prepare.
 Bitmap prepared(const ReadingParts& parts, const Image& card) {
@@ -29,11 +22,12 @@ Bitmap prepared(const ReadingParts& parts, const Image& card) {
 
 }  // namespace
 
-Reading readIdentityCard(const ReadingParts& parts, const Image& image, OCRScanMode side) {
+Reading readIdentityCard(const ReadingParts& given, const Image& image, OCRScanMode side) {
   if (!isUsable(image)) throw OCRError::invalidImage();
-  const Image card = straightened(parts, image);
-  const Observations observations = parts.recognize(prepared(parts, card), TextRecognizer::Options::idCard);
-  if (const auto upright = turnedUpright(parts, card, observations))
+  const CardOnPicture card = cardOn(given, image, "身份证");
+  const ReadingParts& parts = card.parts;
+  const Observations observations = parts.recognize(prepared(parts, card.image), TextRecognizer::Options::idCard);
+  if (const auto upright = turnedUpright(parts, card.image, observations))
     return readIdentityCard(upright->parts, upright->image, side);
   if (observations.empty()) {
     OCRLogger::warning([] { return std::string("身份证识别返回 0 个文本块"); });
@@ -42,15 +36,16 @@ Reading readIdentityCard(const ReadingParts& parts, const Image& image, OCRScanM
   // NOLINTNEXTLINE(bugprone-unchecked-optional-access): a side of a card has a scene.
   const SceneType scene = *documentKind(side).scene;
   validateScene(postCorrected(observations, scene), scene);
-  return identityCardIn(parts, image, observations, side);
+  return identityCardIn(parts, card.image, observations, side);
 }
 
 Reading identityCardIn(const ReadingParts& parts, const Image& card, const Observations& observations,
                        OCRScanMode side) {
-  std::optional<Record> record = recordIn(observations, side);
+  // NOLINTNEXTLINE(bugprone-unchecked-optional-access): a side of a card has a scene.
+  const Observations corrected = postCorrected(observations, *documentKind(side).scene);
+  std::optional<Record> record = recordInCorrected(corrected, side);
   if (!record) return withoutRecord(parts, card, true);
-  return {.record = *std::move(record),
-          .report = {.unreadReason = std::nullopt, .stage = std::nullopt, .turned = parts.turned}};
+  return withReport(parts, uprightSize(card), corrected, *std::move(record));
 }
 
 }  // namespace pravik

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "Platform/Projection.h"
 #include "Utils/Format.h"
 #include "Utils/OCRLogger.h"
 #include "Utils/Text.h"
@@ -134,11 +135,6 @@ std::vector<Strip> waysToLie(const PieceRow& row) {
   return strips;
 }
 
-/// The outline of a card that fills the picture.
-Quadrilateral cornersOf(const Size& picture) {
-  return {{0, 0}, {picture.width, 0}, {0, picture.height}, {picture.width, picture.height}};
-}
-
 Point between(const Point& from, const Point& to, double share) {
   return {from.x + share * (to.x - from.x), from.y + share * (to.y - from.y)};
 }
@@ -249,7 +245,7 @@ std::optional<NumberRow> readNumberRow(const ReadingParts& parts, const Bitmap& 
   const auto ofPieces = rowOfPieces(pieces, picture.size());
   if (ofPieces)
     if (auto row = confirmedRow(parts, picture, *ofPieces)) return row;
-  std::vector<Strip> strips = windows(outline.value_or(cornersOf(picture.size())));
+  std::vector<Strip> strips = windows(outline.value_or(cornersOf({0, 0, picture.size().width, picture.size().height})));
   if (ofPieces)
     for (const double height : {0.65, 0.85}) {
       strips.push_back(strips.front());

@@ -39,7 +39,10 @@ UnreadReason reasonOf(const OCRError& error) {
 
 Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode mode) {
   try {
-    return readAs(mode, parts, image);
+    ReadingParts onPicture = parts;
+    if (!parts.origin.picture && documentKind(mode).isCard() && isUsable(image))
+      onPicture.origin.picture = uprightBitmap(*image.bitmap, image.orientation);
+    return readAs(mode, onPicture, image);
   } catch (const OCRError& error) {
     return failed(error, reasonOf(error));
   } catch (const std::bad_alloc&) {

@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "Platform/Geometry.h"
 #include "Records/DocumentKind.h"
 #include "Records/OCRError.h"
 
@@ -59,6 +62,23 @@ std::string_view chineseText(ReadingWarning warning);
 /// The same in English.
 std::string_view englishText(ReadingWarning warning);
 
+/// How a field of a record was read.
+struct FieldReport {
+  /// As in the record, such as "idNumber".
+  std::string_view name;
+  /// The field's text; empty for an absent one.
+  std::string text;
+  /// How likely it is right, 0 to 1; 0 for an absent field.
+  double confidence = 0;
+  /// Where it stands on the upright picture that was handed in, in pixels from the top left, named as the text is read;
+  /// absent when no block of text gave it by itself.
+  std::optional<Quadrilateral> corners;
+  /// The field cannot be as it is: a card of the kind always has it, or never so.
+  bool isDoubtful = false;
+  /// Light is reflected from it.
+  bool hasGlare = false;
+};
+
 /// What is known of a reading beside its record.
 struct ReadingReport {
   /// Absent when there is a record.
@@ -68,6 +88,15 @@ struct ReadingReport {
   /// By how many degrees clockwise, 1 to 359, the picture was turned so that its text is upright. 0 when it was read as
   /// it lay, but for what the straightening of the card evens out.
   int turned = 0;
+  /// In the order of the record, without those that only say what another does; empty without a record, and for codes.
+  std::vector<FieldReport> fields = {};
+  /// In the order of the enumeration, each once.
+  std::vector<ReadingWarning> warnings = {};
+  /// The card on the upright picture that was handed in, in pixels from the top left, named as the card is upright;
+  /// absent when no outline was found, and without a record.
+  std::optional<Quadrilateral> outline = {};
+  /// The picture's resolution on the card; 0 when it is not known.
+  double dotsPerMillimetre = 0;
 };
 
 /// What a picture gave.
@@ -82,6 +111,8 @@ struct ReadingLimits {
   std::chrono::milliseconds time{10'000};
   /// Ends the reading with `cancelled` before its next stage, and the stage under way as soon as its engine can.
   std::stop_token stop = {};
+  /// The day by which a card has expired or not, or is not yet valid; absent for today (UTC).
+  std::optional<std::chrono::year_month_day> date = {};
 };
 
 }  // namespace pravik

@@ -27,6 +27,12 @@ UnreadReason reasonOfMissingRecord(const ReadingParts& parts, const Image& image
 
 }  // namespace
 
+ReadingParts ReadingParts::onPart(const Quadrilateral& corners, const Size& size) const {
+  ReadingParts part = *this;
+  part.origin.projection = origin.projection * Projection::onto(corners, size);
+  return part;
+}
+
 Observations ReadingParts::recognize(const Bitmap& bitmap, TextRecognizer::Options options) const {
   options.limit = limit;
   Observations observations = recognizer.recognizeNow(bitmap, options);
@@ -45,6 +51,20 @@ void ReadingParts::debugSaveImage(const Image& image, std::string_view label) co
 bool ReadingParts::goesOn() const {
   if (limit.stop.stop_requested()) throw OCRError::cancelled();
   return !limit.isSpent();
+}
+
+CardOnPicture cardOn(const ReadingParts& parts, const Image& image, std::string_view name) {
+  parts.debugSaveImage(image, formatted("{}-原图", name));
+  ImagePreprocessor::FoundCard found = parts.preprocessor.findCard(image);
+  CardOnPicture card{image, found.outline, parts};
+  if (!found.outline) return card;
+  if (!parts.origin.outline) card.parts.origin.outline = parts.origin.projection(*found.outline);
+  if (!found.straightened) return card;
+  parts.debugSaveImage(*found.straightened, formatted("{}-透视矫正", name));
+  card.parts.origin.projection = parts.onPart(*found.outline, uprightSize(*found.straightened)).origin.projection;
+  card.image = *std::move(found.straightened);
+  card.outline.reset();
+  return card;
 }
 
 bool isUsable(const Image& image) {

@@ -43,16 +43,13 @@ struct Extent {
   }
 };
 
-/// The surroundings of the text in a picture, turned by so many degrees against the clock.
-std::optional<Bitmap> turnedBack(const ReadingParts& parts, const Bitmap& bitmap, double degrees,
-                                 const Observations& observations) {
-  const Size size = bitmap.size();
+/// The surroundings of the text in a picture, which runs so many degrees clockwise from level: the corners of a
+/// rectangle along it, in pixels from the top left.
+Quadrilateral surroundings(const Size& size, double degrees, const Observations& observations) {
   const double cosine = std::cos(degrees * std::numbers::pi / 180);
   const double sine = std::sin(degrees * std::numbers::pi / 180);
   const auto along = [&](double x, double y) { return Point{x * cosine + y * sine, y * cosine - x * sine}; };
-  const auto corner = [&](double x, double y) {
-    return Point{x * cosine - y * sine, size.height - (x * sine + y * cosine)};
-  };
+  const auto corner = [&](double x, double y) { return Point{x * cosine - y * sine, x * sine + y * cosine}; };
   Extent whole, text;
   for (const double x : {0.0, size.width})
     for (const double y : {0.0, size.height}) whole.add(along(x, y));
@@ -66,10 +63,10 @@ std::optional<Bitmap> turnedBack(const ReadingParts& parts, const Bitmap& bitmap
   const double right = std::min(whole.right, text.right + around);
   const double top = std::max(whole.top, text.top - around);
   const double bottom = std::min(whole.bottom, text.bottom + around);
-  return parts.preprocessor.straightened(bitmap, {.topLeft = corner(left, top),
-                                                  .topRight = corner(right, top),
-                                                  .bottomLeft = corner(left, bottom),
-                                                  .bottomRight = corner(right, bottom)});
+  return {.topLeft = corner(left, top),
+          .topRight = corner(right, top),
+          .bottomLeft = corner(left, bottom),
+          .bottomRight = corner(right, bottom)};
 }
 
 }  // namespace
@@ -112,14 +109,17 @@ std::optional<TurnedPicture> turnedUpright(const ReadingParts& parts, const Imag
   const bool isRightAngle = std::abs(std::remainder(*direction, 90)) <= bearableTilt;
   constexpr std::array turns{ImageOrientation::up, ImageOrientation::right, ImageOrientation::down,
                              ImageOrientation::left};
+  const Quadrilateral corners =
+      isRightAngle ? renamed(cornersOf({0, 0, bitmap.size().width, bitmap.size().height}), 90 * quarters)
+                   : surroundings(bitmap.size(), *direction, observations);
   const std::optional<Bitmap> turned = isRightAngle
                                            ? uprightBitmap(bitmap, turns.at(static_cast<std::size_t>(quarters)))
-                                           : turnedBack(parts, bitmap, *direction, observations);
+                                           : parts.preprocessor.straightened(bitmap, corners);
   if (!turned) return std::nullopt;
-  TurnedPicture upright{.image = {.bitmap = turned}, .parts = parts};
-  upright.parts.turned = isRightAngle ? 90 * quarters : static_cast<int>(std::lround(360 - *direction)) % 360;
-  OCRLogger::info([&] { return formatted("图片方向矫正: 顺时针旋转 {} 度", upright.parts.turned); });
-  return upright;
+  ReadingParts onTurned = parts.onPart(corners, turned->size());
+  onTurned.turned = isRightAngle ? 90 * quarters : static_cast<int>(std::lround(360 - *direction)) % 360;
+  OCRLogger::info([&] { return formatted("图片方向矫正: 顺时针旋转 {} 度", onTurned.turned); });
+  return TurnedPicture{.image = {.bitmap = turned}, .parts = std::move(onTurned)};
 }
 
 }  // namespace pravik

@@ -94,31 +94,31 @@ TEST(Language, IsThatOfTheEnvironmentUnlessItIsNamed) {
 
 TEST(Csv, ARowHasTheColumnsOfItsKindWhateverTheAnswer) {
   const DocumentKind* code = &documentKind(OCRScanMode::qrCode);
-  EXPECT_EQ(csvHeader(code), "file,page,kind,payload,symbology,error,message,reason,warnings\r\n");
+  EXPECT_EQ(csvHeader(code), "file,page,kind,payload,symbology,error,message,reason,doubtful,warnings,problems\r\n");
   EXPECT_EQ(csvHeader(&documentKind(OCRScanMode::bankCard)),
             "file,page,kind,cardNumber,rawCardNumber,bankName,cardType,cardholderName,luhn,error,message,reason,"
-            "warnings\r\n");
-  EXPECT_EQ(csvHeader(nullptr), "file,page,kind,text,error,message,reason,warnings\r\n");
+            "doubtful,warnings,problems\r\n");
+  EXPECT_EQ(csvHeader(nullptr), "file,page,kind,text,error,message,reason,doubtful,warnings,problems\r\n");
 
   const auto ofPayload = [](const std::string& payload) -> Answer {
     return {{"file", "a.jpg"}, {"kind", "code"}, {"result", {{"payload", payload}, {"symbology", "QR Code"}}}};
   };
   const std::pair<Answer, std::string> rows[] = {
-      {ofPayload("1"), "a.jpg,,code,1,QR Code,,,,"},
-      {ofPayload("a, \"b\"\nc"), "a.jpg,,code,\"a, \"\"b\"\"\nc\",QR Code,,,,"},
+      {ofPayload("1"), "a.jpg,,code,1,QR Code,,,,,,"},
+      {ofPayload("a, \"b\"\nc"), "a.jpg,,code,\"a, \"\"b\"\"\nc\",QR Code,,,,,,"},
       // What a spreadsheet would run.
-      {ofPayload("=HYPERLINK(\"x\")"), "a.jpg,,code,\"'=HYPERLINK(\"\"x\"\")\",QR Code,,,,"},
-      {ofPayload("+86 10"), "a.jpg,,code,'+86 10,QR Code,,,,"},
-      {ofPayload("-"), "a.jpg,,code,-,QR Code,,,,"},
-      {ofPayload("\xFF"), "a.jpg,,code,\uFFFD,QR Code,,,,"},
+      {ofPayload("=HYPERLINK(\"x\")"), "a.jpg,,code,\"'=HYPERLINK(\"\"x\"\")\",QR Code,,,,,,"},
+      {ofPayload("+86 10"), "a.jpg,,code,'+86 10,QR Code,,,,,,"},
+      {ofPayload("-"), "a.jpg,,code,-,QR Code,,,,,,"},
+      {ofPayload("\xFF"), "a.jpg,,code,\uFFFD,QR Code,,,,,,"},
       {{{"file", "a,b.pdf"},
         {"page", 3},
         {"kind", "code"},
         {"error", {{"code", "insufficient_text"}, {"message", "m"}, {"context", {{"error_code", "x"}}}}},
         {"report", {{"reason", "no_code_found"}, {"text", "r"}}}},
-       "\"a,b.pdf\",3,code,,,insufficient_text,m,r,"},
+       "\"a,b.pdf\",3,code,,,insufficient_text,m,r,,,"},
       {{{"file", "a"}, {"kind", "code"}, {"result", {{"payload", nullptr}}}, {"warnings", {"one", "two"}}},
-       "a,,code,,,,,,\"one\ntwo\""},
+       "a,,code,,,,,,,\"one\ntwo\","},
   };
   for (const auto& [answer, row] : rows) EXPECT_EQ(csvRow(code, answer), row + "\r\n");
 }
