@@ -28,6 +28,15 @@ inline Colour colourAt(const Bitmap& picture, const Point& place) {
   return {pixel[0], pixel[1], pixel[2]};
 }
 
+/// The rectangle around four corners.
+inline Rect surrounding(const Quadrilateral& corners) {
+  const auto [left, right] =
+      std::minmax({corners.topLeft.x, corners.topRight.x, corners.bottomLeft.x, corners.bottomRight.x});
+  const auto [top, bottom] =
+      std::minmax({corners.topLeft.y, corners.topRight.y, corners.bottomLeft.y, corners.bottomRight.y});
+  return {left, top, right - left, bottom - top};
+}
+
 /// A part of a picture, such as a card.
 struct PicturePart {
   /// In pixels from the top left.

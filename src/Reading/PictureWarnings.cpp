@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <numbers>
 
+#include "Platform/Projection.h"
 #include "Reading/DisplayGrid.h"
 #include "Reading/PicturePart.h"
 
@@ -87,19 +88,9 @@ double shorterSide(const Quadrilateral& text) {
   return std::min(distance(text.topLeft, text.topRight), distance(text.topLeft, text.bottomLeft));
 }
 
-Quadrilateral cornersOf(const Rect& rect) {
-  return {{rect.x, rect.y}, {rect.maxX(), rect.y}, {rect.x, rect.maxY()}, {rect.maxX(), rect.maxY()}};
-}
-
 bool isShapeOfCard(const Size& size) {
   const double ratio = std::max(size.width, size.height) / std::max(1.0, std::min(size.width, size.height));
   return std::abs(ratio * cardHeight / cardWidth - 1) < shapeTolerance;
-}
-
-Rect boundsOf(const Quadrilateral& q) {
-  const auto [left, right] = std::minmax({q.topLeft.x, q.topRight.x, q.bottomLeft.x, q.bottomRight.x});
-  const auto [top, bottom] = std::minmax({q.topLeft.y, q.topRight.y, q.bottomLeft.y, q.bottomRight.y});
-  return {left, top, right - left, bottom - top};
 }
 
 bool reachesEdge(const Rect& bounds, const Size& picture, double room) {
@@ -203,7 +194,7 @@ Rect seenOn(const PicturePart& part, const Survey& survey, const PixelRect& patc
   };
   const int right = patch.x + patch.width;
   const int bottom = patch.y + patch.height;
-  return boundsOf({at(patch.x, patch.y), at(right, patch.y), at(patch.x, bottom), at(right, bottom)});
+  return surrounding({at(patch.x, patch.y), at(right, patch.y), at(patch.x, bottom), at(right, bottom)});
 }
 
 /// How much the colours of a part differ, or differ from grey under a lamp, as a share of their luma.
@@ -301,7 +292,7 @@ std::optional<double> edgeWidth(const Bitmap& picture, const PicturePart& part, 
 bool isCutOff(const Quadrilateral& outline, const Size& picture) {
   const double across = distance(outline.topLeft, outline.topRight) + distance(outline.bottomLeft, outline.bottomRight);
   const double down = distance(outline.topLeft, outline.bottomLeft) + distance(outline.topRight, outline.bottomRight);
-  return reachesEdge(boundsOf(outline), picture, atTheEdge * std::max(picture.width, picture.height)) &&
+  return reachesEdge(surrounding(outline), picture, atTheEdge * std::max(picture.width, picture.height)) &&
          !isShapeOfCard({across, down});
 }
 
@@ -334,7 +325,7 @@ bool groundReachesEdge(const Bitmap& picture, Point start, const Point& step, co
 
 /// The same for the part around the text of a card whose outline is unknown.
 bool isCutOff(const Bitmap& picture, const PicturePart& part, const Survey& survey) {
-  const Rect bounds = boundsOf(part.corners);
+  const Rect bounds = surrounding(part.corners);
   const auto usual = [&](int Colour::* channel) { return quantile(levelsOf(survey, channel), 0.5); };
   const Colour ground{usual(&Colour::blue), usual(&Colour::green), usual(&Colour::red)};
   const double step = std::max(1.0, stripStep * bounds.width / part.size.width);
@@ -357,14 +348,14 @@ std::optional<PicturePart> partOf(const PicturedCard& card) {
   }
   if (card.texts.empty()) return std::nullopt;
   const Rect picture{0, 0, card.picture.size().width, card.picture.size().height};
-  const Rect first = boundsOf(card.texts.front());
+  const Rect first = surrounding(card.texts.front());
   std::vector<double> heights;
   double left = first.x;
   double top = first.y;
   double right = first.maxX();
   double bottom = first.maxY();
   for (const Quadrilateral& text : card.texts) {
-    const Rect bounds = boundsOf(text);
+    const Rect bounds = surrounding(text);
     left = std::min(left, bounds.x);
     right = std::max(right, bounds.maxX());
     top = std::min(top, bounds.y);
@@ -416,7 +407,7 @@ PictureFindings lookedAt(const PicturedCard& card) {
   warnIf(card.outline ? isCutOff(*card.outline, card.picture.size())
                       : std::ranges::any_of(card.texts,
                                             [&](const auto& text) {
-                                              return reachesEdge(boundsOf(text), card.picture.size(),
+                                              return reachesEdge(surrounding(text), card.picture.size(),
                                                                  cutText * shorterSide(text));
                                             }) ||
                             (placed && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
