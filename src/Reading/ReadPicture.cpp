@@ -55,11 +55,13 @@ Reading readOrFailed(const ReadingParts& parts, const Image& image, OCRScanMode 
 Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode mode) {
   ReadingParts onPicture = parts;
   if (!parts.origin.picture && documentKind(mode).isCard() && isUsable(image)) {
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): what is usable has pixels.
     onPicture.origin.picture = uprightBitmap(*image.bitmap, image.orientation);
     onPicture.seenTexts = std::make_shared<std::vector<Quadrilateral>>();
   }
   Reading reading = readOrFailed(onPicture, image, mode);
   if (!reading.record && onPicture.seenTexts && !parts.limit.stop.stop_requested()) {
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): it stands where text is looked for.
     const Bitmap& picture = *onPicture.origin.picture;
     const auto outline = parts.preprocessor.findCard({.bitmap = picture}).outline;
     reading.report.warnings = lookedAt({picture, outline, *onPicture.seenTexts}).warnings;
