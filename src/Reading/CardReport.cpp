@@ -10,6 +10,7 @@
 
 #include "Platform/Projection.h"
 #include "Reading/FieldSources.h"
+#include "Reading/PicturePart.h"
 #include "Reading/PictureWarnings.h"
 #include "Reading/RecordChecks.h"
 #include "Utils/Format.h"
@@ -78,14 +79,6 @@ bool lastsAsCardsDo(const IDCardBackInfo& info) {
       start.substr(4) == end.substr(4) ||
       (start.substr(4) == leapDay && (end.substr(4) == dayBeforeLeapDay || end.substr(4) == dayAfterLeapDay));
   return isSameDay && std::ranges::find(validYears, years) != validYears.end();
-}
-
-Rect surrounding(const Quadrilateral& corners) {
-  const auto [left, right] =
-      std::minmax({corners.topLeft.x, corners.topRight.x, corners.bottomLeft.x, corners.bottomRight.x});
-  const auto [top, bottom] =
-      std::minmax({corners.topLeft.y, corners.topRight.y, corners.bottomLeft.y, corners.bottomRight.y});
-  return {left, top, right - left, bottom - top};
 }
 
 Rect united(const Observations& blocks) {

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <complex>
 #include <cstdint>
 #include <numbers>
-#include <numeric>
-#include <span>
+
+#include "Platform/Projection.h"
+#include "Reading/DisplayGrid.h"
+#include "Reading/PicturePart.h"
 
 namespace pravik {
 namespace {
@@ -19,6 +20,8 @@ constexpr double cardHeight = 54;
 constexpr double textHeight = 5;
 /// What is looked at beyond the outermost text when the outline is unknown, in heights of text.
 constexpr double roomAroundText = 0.5;
+/// No part is looked at as if it were longer, in millimetres: that is a page, and specks are no text.
+constexpr double longestPart = 300;
 
 /// Dots a millimetre at which light and colour are looked at: print is not told from its ground, patches of light are.
 constexpr double surveyScale = 2;
@@ -29,22 +32,22 @@ constexpr double rim = 2;
 constexpr double finestScale = 12;
 /// A window of about a character, in millimetres, and how many of those with the most contrast are measured.
 constexpr int windowSide = 3;
-constexpr std::size_t mostWindows = 60;
+constexpr std::size_t mostWindows = 40;
 constexpr std::size_t fewestWindows = 6;
 /// Levels between print and ground below which noise makes edges.
 constexpr int leastContrast = 30;
 /// An edge is as wide as its contrast divided by its steepest slope. Strokes of small print are 0.2 to 0.3 mm wide.
-constexpr double blurredEdge = 0.42;
+constexpr double blurredEdge = 0.35;
 /// A small picture that is sharp has edges of two dots.
-constexpr double sharpEdgeDots = 3;
+constexpr double sharpEdgeDots = 3.2;
 /// The share of windows that are the sharpest.
 constexpr double sharpest = 0.25;
 
 /// Luma from which on nothing is left of the print.
 constexpr int whiteLevel = 250;
 constexpr double overexposedShare = 0.35;
-/// Square millimetres of a patch of light: about a group of digits.
-constexpr double glareArea = 20;
+/// Square millimetres of a patch of light: a group of four digits.
+constexpr double glareArea = 75;
 /// The brightest hundredth of a card lies above this, with print and ground apart by more than the noise.
 constexpr int darkLevel = 75;
 
@@ -62,52 +65,27 @@ constexpr int stripPlaces = 32;
 constexpr int leastAlike = 8;
 constexpr int mostForeign = 3;
 /// Levels by which the ground differs from strip to strip.
-constexpr int sameGround = 16;
+constexpr int sameGround = 10;
 
 /// Colours differ by at least this share of their luma.
-constexpr double leastChroma = 0.05;
+constexpr double leastChroma = 0.042;
 
 /// Of cells of so many places a side, and of so much light at least, so that noise has no colour.
 constexpr int cellSide = 4;
-constexpr int darkestTint = 32;
+constexpr int darkestTint = 64;
 /// How much a lamp tints what is grey.
 constexpr double strongestLamp = 0.25;
 
-/// Side of the patches that are searched for a grid, in pixels; a power of two.
-constexpr int patchSide = 64;
-constexpr int patchesAcross = 5;
-constexpr int patchesDown = 3;
-/// Waves a patch; what is coarser may be print.
-constexpr int coarsestGrid = 8;
-/// The mean logarithm of the power of a wave over that of its neighbours: 2 for noise and print. A display's grid is the same all over the card, print is not.
-constexpr double gridPower = 3;
+/// The mean logarithm of the power of a wave over that of its neighbours: 2 for noise and print. A display's grid is
+/// the same all over the card, print is not.
+constexpr double gridPower = 4.5;
 
 double distance(const Point& a, const Point& b) {
   return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-Point between(const Point& a, const Point& b, double share) {
-  return {a.x + share * (b.x - a.x), a.y + share * (b.y - a.y)};
-}
-
-/// The part of the picture that is looked at.
-struct Part {
-  Quadrilateral corners;
-  /// In millimetres; 0 when the scale is not known.
-  Size size;
-
-  Point at(double across, double down) const {
-    return between(between(corners.topLeft, corners.topRight, across),
-                   between(corners.bottomLeft, corners.bottomRight, across), down);
-  }
-};
-
 double shorterSide(const Quadrilateral& text) {
   return std::min(distance(text.topLeft, text.topRight), distance(text.topLeft, text.bottomLeft));
-}
-
-Quadrilateral cornersOf(const Rect& rect) {
-  return {{rect.x, rect.y}, {rect.maxX(), rect.y}, {rect.x, rect.maxY()}, {rect.maxX(), rect.maxY()}};
 }
 
 bool isShapeOfCard(const Size& size) {
@@ -115,38 +93,9 @@ bool isShapeOfCard(const Size& size) {
   return std::abs(ratio * cardHeight / cardWidth - 1) < shapeTolerance;
 }
 
-Rect boundsOf(const Quadrilateral& q) {
-  const auto [left, right] = std::minmax({q.topLeft.x, q.topRight.x, q.bottomLeft.x, q.bottomRight.x});
-  const auto [top, bottom] = std::minmax({q.topLeft.y, q.topRight.y, q.bottomLeft.y, q.bottomRight.y});
-  return {left, top, right - left, bottom - top};
-}
-
-struct Colour {
-  int blue;
-  int green;
-  int red;
-  int luma() const { return (29 * blue + 150 * green + 77 * red) >> 8; }
-};
-
-Colour colourAt(const Bitmap& picture, const Point& place) {
-  const int x = std::clamp(static_cast<int>(place.x), 0, picture.width() - 1);
-  const int y = std::clamp(static_cast<int>(place.y), 0, picture.height() - 1);
-  const std::uint8_t* pixel = picture.row(y) + x * bytesPerPixel(picture.format());
-  if (picture.format() == PixelFormat::grey8) return {*pixel, *pixel, *pixel};
-  return {pixel[0], pixel[1], pixel[2]};
-}
-
-float lumaBetween(const Bitmap& picture, const Point& place) {
-  const double x = std::floor(place.x - 0.5);
-  const double y = std::floor(place.y - 0.5);
-  const auto shareX = static_cast<float>(place.x - 0.5 - x);
-  const auto shareY = static_cast<float>(place.y - 0.5 - y);
-  const auto at = [&](double dx, double dy) {
-    return static_cast<float>(colourAt(picture, {x + dx, y + dy}).luma());
-  };
-  const float above = at(0, 0) + shareX * (at(1, 0) - at(0, 0));
-  const float below = at(0, 1) + shareX * (at(1, 1) - at(0, 1));
-  return above + shareY * (below - above);
+bool reachesEdge(const Rect& bounds, const Size& picture, double room) {
+  return bounds.x < room || bounds.y < room || bounds.maxX() > picture.width - room ||
+         bounds.maxY() > picture.height - room;
 }
 
 /// Colours of a part in a raster of `surveyScale`.
@@ -158,7 +107,7 @@ struct Survey {
   const Colour& at(int x, int y) const { return colours[static_cast<std::size_t>(y * width + x)]; }
 };
 
-Survey surveyed(const Bitmap& picture, const Part& part) {
+Survey surveyed(const Bitmap& picture, const PicturePart& part) {
   Survey survey{std::max(1, static_cast<int>(part.size.width * surveyScale)),
                 std::max(1, static_cast<int>(part.size.height * surveyScale)),
                 {}};
@@ -177,9 +126,22 @@ Value quantile(std::vector<Value> values, double share) {
   return *place;
 }
 
+/// What `level` gives for every place of a survey.
+template <class Level>
+std::vector<int> levelsOf(const Survey& survey, Level level) {
+  std::vector<int> levels(survey.colours.size());
+  std::ranges::transform(survey.colours, levels.begin(), level);
+  return levels;
+}
+
+double inSquareMillimetres(int places) {
+  return places / (surveyScale * surveyScale);
+}
+
 bool isWhite(const Colour& colour) {
   // Light that blinds one channel only is coloured print.
-  return (colour.blue >= whiteLevel) + (colour.green >= whiteLevel) + (colour.red >= whiteLevel) >= 2;
+  return std::max(std::min(colour.blue, colour.green), std::min(std::max(colour.blue, colour.green), colour.red)) >=
+         whiteLevel;
 }
 
 /// Patches of white that hang together, in places of the survey.
@@ -189,17 +151,20 @@ struct Patch {
 };
 
 std::vector<Patch> whitePatches(const Survey& survey) {
-  std::vector<bool> open(survey.colours.size());
-  std::transform(survey.colours.begin(), survey.colours.end(), open.begin(), isWhite);
+  std::vector<int> open = levelsOf(survey, isWhite);
   std::vector<Patch> patches;
   std::vector<int> reached;
   for (int start = 0; start < survey.width * survey.height; ++start) {
-    int left = survey.width, top = survey.height, right = 0, bottom = 0, places = 0;
+    int left = survey.width;
+    int top = survey.height;
+    int right = 0;
+    int bottom = 0;
+    int places = 0;
     const auto reach = [&](int x, int y) {
       if (x < 0 || y < 0 || x >= survey.width || y >= survey.height) return;
       const int place = y * survey.width + x;
-      if (!open[static_cast<std::size_t>(place)]) return;
-      open[static_cast<std::size_t>(place)] = false;
+      if (open[static_cast<std::size_t>(place)] == 0) return;
+      open[static_cast<std::size_t>(place)] = 0;
       reached.push_back(place);
     };
     reach(start % survey.width, start / survey.width);
@@ -208,8 +173,14 @@ std::vector<Patch> whitePatches(const Survey& survey) {
       const int y = reached.back() / survey.width;
       reached.pop_back();
       ++places;
-      left = std::min(left, x), right = std::max(right, x), top = std::min(top, y), bottom = std::max(bottom, y);
-      reach(x - 1, y), reach(x + 1, y), reach(x, y - 1), reach(x, y + 1);
+      left = std::min(left, x);
+      right = std::max(right, x);
+      top = std::min(top, y);
+      bottom = std::max(bottom, y);
+      reach(x - 1, y);
+      reach(x + 1, y);
+      reach(x, y - 1);
+      reach(x, y + 1);
     }
     if (places > 0) patches.push_back({places, {left, top, right - left + 1, bottom - top + 1}});
   }
@@ -217,13 +188,13 @@ std::vector<Patch> whitePatches(const Survey& survey) {
 }
 
 /// The rectangle on the picture around a patch.
-Rect seenOn(const Part& part, const Survey& survey, const PixelRect& patch) {
+Rect seenOn(const PicturePart& part, const Survey& survey, const PixelRect& patch) {
   const auto at = [&](int x, int y) {
     return part.at(static_cast<double>(x) / survey.width, static_cast<double>(y) / survey.height);
   };
   const int right = patch.x + patch.width;
   const int bottom = patch.y + patch.height;
-  return boundsOf({at(patch.x, patch.y), at(right, patch.y), at(patch.x, bottom), at(right, bottom)});
+  return surrounding({at(patch.x, patch.y), at(right, patch.y), at(patch.x, bottom), at(right, bottom)});
 }
 
 /// How much the colours of a part differ, or differ from grey under a lamp, as a share of their luma.
@@ -243,8 +214,8 @@ double chromaOf(const Survey& survey) {
   if (tints[0].empty()) return 1;
   double chroma = 0;
   for (const std::vector<double>& tint : tints)
-    chroma = std::max({chroma, quantile(tint, 0.97) - quantile(tint, 0.03),
-                       std::abs(quantile(tint, 0.5)) - strongestLamp});
+    chroma =
+        std::max({chroma, quantile(tint, 0.97) - quantile(tint, 0.03), std::abs(quantile(tint, 0.5)) - strongestLamp});
   return chroma;
 }
 
@@ -255,138 +226,74 @@ std::vector<Point> windowsOf(const Survey& survey) {
   std::vector<std::pair<int, Point>> windows;
   for (int top = border; top + side + border <= survey.height; top += side)
     for (int left = border; left + side + border <= survey.width; left += side) {
-      int darkest = 255, brightest = 0;
+      int darkest = 255;
+      int brightest = 0;
       for (int i = 0; i < side * side; ++i) {
         const int luma = survey.at(left + i % side, top + i / side).luma();
-        darkest = std::min(darkest, luma), brightest = std::max(brightest, luma);
+        darkest = std::min(darkest, luma);
+        brightest = std::max(brightest, luma);
       }
       // Light runs out softly around what it hides.
       if (brightest < whiteLevel && brightest - darkest >= leastContrast)
-        windows.push_back({darkest - brightest, {(left + side / 2.0) / survey.width, (top + side / 2.0) / survey.height}});
+        windows.push_back(
+            {darkest - brightest, {(left + side / 2.0) / survey.width, (top + side / 2.0) / survey.height}});
     }
   std::ranges::sort(windows, {}, &std::pair<int, Point>::first);
   windows.resize(std::min(windows.size(), mostWindows));
   std::vector<Point> middles;
+  middles.reserve(windows.size());
   for (const auto& [contrast, middle] : windows) middles.push_back(middle);
   return middles;
 }
 
-/// The width of edges along rows, columns and both diagonals of a window around `middle`, in dots of `scale` a
-/// millimetre.
-std::array<float, 4> edgeWidths(const Bitmap& picture, const Part& part, const Point& middle, double scale) {
-  const int side = std::max(4, static_cast<int>(windowSide * scale));
+/// The width of edges along rows, columns and both diagonals around a place of the picture, in steps of `step` pixels;
+/// `side` is that of the window.
+std::array<float, 4> edgeWidths(const Bitmap& picture, const Point& middle, int side, int step) {
+  const double first = -0.5 * step * (side - 1);
   std::vector<float> lumas;
+  lumas.reserve(static_cast<std::size_t>(side * side));
   for (int y = 0; y < side; ++y)
     for (int x = 0; x < side; ++x)
-      lumas.push_back(lumaBetween(picture, part.at(middle.x + (x - side / 2.0) / scale / part.size.width,
-                                                   middle.y + (y - side / 2.0) / scale / part.size.height)));
+      lumas.push_back(
+          static_cast<float>(colourAt(picture, {middle.x + first + x * step, middle.y + first + y * step}).luma()));
   const auto at = [&](int x, int y) { return lumas[static_cast<std::size_t>(y * side + x)]; };
-  std::array<float, 4> steepest{};
+  std::array<float, 4> widths{};
   for (int y = 0; y + 1 < side; ++y)
     for (int x = 0; x + 1 < side; ++x) {
-      steepest[0] = std::max(steepest[0], std::abs(at(x + 1, y) - at(x, y)));
-      steepest[1] = std::max(steepest[1], std::abs(at(x, y + 1) - at(x, y)));
-      steepest[2] = std::max(steepest[2], std::abs(at(x + 1, y + 1) - at(x, y)) / std::numbers::sqrt2_v<float>);
-      steepest[3] = std::max(steepest[3], std::abs(at(x, y + 1) - at(x + 1, y)) / std::numbers::sqrt2_v<float>);
+      widths[0] = std::max(widths[0], std::abs(at(x + 1, y) - at(x, y)));
+      widths[1] = std::max(widths[1], std::abs(at(x, y + 1) - at(x, y)));
+      widths[2] = std::max(widths[2], std::abs(at(x + 1, y + 1) - at(x, y)) / std::numbers::sqrt2_v<float>);
+      widths[3] = std::max(widths[3], std::abs(at(x, y + 1) - at(x + 1, y)) / std::numbers::sqrt2_v<float>);
     }
   const auto [low, high] = std::ranges::minmax(lumas);
-  for (float& slope : steepest) slope = (high - low) / std::max(slope, 1.0F);
-  return steepest;
+  for (float& width : widths) width = (high - low) / std::max(width, 1.0F);
+  return widths;
 }
 
-/// The width in millimetres of the sharpest edges, in the direction in which they are the widest: a hand that moved
-/// leaves those along its path. Absent with too little print to tell.
-std::optional<double> edgeWidth(const Bitmap& picture, const Part& part, const Survey& survey, double scale) {
+/// The width in pixels of the sharpest edges, in the direction in which they are the widest: a hand that moved leaves
+/// those along its path. `scale` is in dots a millimetre. Absent with too little print to tell.
+std::optional<double> edgeWidth(const Bitmap& picture, const PicturePart& part, const Survey& survey, double scale) {
   const std::vector<Point> windows = windowsOf(survey);
   if (windows.size() < fewestWindows) return std::nullopt;
+  const int step = std::max(1, static_cast<int>(scale / finestScale));
+  const int side = std::max(4, static_cast<int>(windowSide * scale / step));
   std::array<std::vector<float>, 4> widths;
   for (const Point& middle : windows) {
-    const std::array<float, 4> measured = edgeWidths(picture, part, middle, scale);
+    const std::array<float, 4> measured = edgeWidths(picture, part.at(middle.x, middle.y), side, step);
     for (std::size_t i = 0; i < widths.size(); ++i) widths[i].push_back(measured[i]);
   }
-  float widest = 0;
-  for (const std::vector<float>& direction : widths) widest = std::max(widest, quantile(direction, sharpest));
-  return widest / scale;
-}
-
-using Wave = std::complex<float>;
-
-/// The discrete Fourier transform of `patchSide` values that lie `step` apart (Cooley and Tukey, 1965).
-void transform(Wave* values, std::ptrdiff_t step) {
-  for (int i = 1, j = 0; i < patchSide; ++i) {
-    int bit = patchSide >> 1;
-    for (; j & bit; bit >>= 1) j ^= bit;
-    j ^= bit;
-    if (i < j) std::swap(values[i * step], values[j * step]);
-  }
-  for (int length = 2; length <= patchSide; length *= 2) {
-    const Wave turn = std::polar(1.0F, -2 * std::numbers::pi_v<float> / static_cast<float>(length));
-    for (int start = 0; start < patchSide; start += length) {
-      Wave factor = 1;
-      for (int i = start; i < start + length / 2; ++i, factor *= turn) {
-        const Wave odd = factor * values[(i + length / 2) * step];
-        values[(i + length / 2) * step] = values[i * step] - odd;
-        values[i * step] += odd;
-      }
-    }
-  }
-}
-
-/// Adds to every wave the logarithm of its power over that around it.
-void addGridPower(const Bitmap& picture, int left, int top, std::vector<float>& powers) {
-  std::vector<Wave> waves(patchSide * patchSide);
-  const auto window = [](int i) { return std::sin(std::numbers::pi_v<float> * (static_cast<float>(i) + 0.5F) / patchSide); };
-  for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x < patchSide; ++x)
-      waves[static_cast<std::size_t>(y * patchSide + x)] =
-          static_cast<float>(colourAt(picture, {left + x + 0.5, top + y + 0.5}).luma()) * window(x) * window(y);
-  for (int i = 0; i < patchSide; ++i) transform(&waves[static_cast<std::size_t>(i * patchSide)], 1);
-  for (int i = 0; i < patchSide; ++i) transform(&waves[static_cast<std::size_t>(i)], patchSide);
-  const auto power = [&](int x, int y) {
-    return std::norm(waves[static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)))]);
-  };
-  for (int y = 0; y < patchSide; ++y)
-    for (int x = 0; x < patchSide; ++x) {
-      float highest = 0, around = 1;
-      for (int dy = -3; dy <= 3; ++dy)
-        for (int dx = -3; dx <= 3; ++dx) {
-          const float one = power(x + dx, y + dy);
-          if (std::max(std::abs(dx), std::abs(dy)) <= 1) highest = std::max(highest, one);
-          else around += one / 40;
-        }
-      powers[static_cast<std::size_t>(y * patchSide + x)] += std::log((highest + 1) / around);
-    }
-}
-
-/// How much the strongest grid stands out, as the logarithm of a power.
-float gridOf(const Bitmap& picture, const Part& part) {
-  if (picture.width() < patchSide || picture.height() < patchSide) return 0;
-  std::vector<float> powers(patchSide * patchSide);
-  for (int i = 0; i < patchesAcross * patchesDown; ++i) {
-    const Point middle = part.at((i % patchesAcross + 0.5) / patchesAcross, (i / patchesAcross + 0.5) / patchesDown);
-    addGridPower(picture, std::clamp(static_cast<int>(middle.x) - patchSide / 2, 0, picture.width() - patchSide),
-                 std::clamp(static_cast<int>(middle.y) - patchSide / 2, 0, picture.height() - patchSide), powers);
-  }
-  float highest = 0;
-  for (int y = -patchSide / 2; y < patchSide / 2; ++y)
-    for (int x = 0; x <= patchSide / 2; ++x) {
-      // JPEG codes blocks of 8 pixels, whose borders are a grid too.
-      const auto isOfBlocks = [](int along, int beside) { return std::abs(beside) <= 2 && (along + 2 & 7) <= 4; };
-      if (std::hypot(x, y) < coarsestGrid || isOfBlocks(x, y) || isOfBlocks(y, x)) continue;
-      highest = std::max(highest, powers[static_cast<std::size_t>((y & (patchSide - 1)) * patchSide + (x & (patchSide - 1)))]);
-    }
-  return highest / (patchesAcross * patchesDown);
+  double widest = 0;
+  for (const std::vector<float>& direction : widths)
+    widest = std::max(widest, static_cast<double>(quantile(direction, sharpest)));
+  return widest * step;
 }
 
 /// Whether the outline has a side on the picture's edge without being all of a card: a scan is cut along the card.
 bool isCutOff(const Quadrilateral& outline, const Size& picture) {
-  const Rect bounds = boundsOf(outline);
-  const double reach = atTheEdge * std::max(picture.width, picture.height);
-  const bool touches = bounds.x < reach || bounds.y < reach || bounds.maxX() > picture.width - reach ||
-                       bounds.maxY() > picture.height - reach;
   const double across = distance(outline.topLeft, outline.topRight) + distance(outline.bottomLeft, outline.bottomRight);
   const double down = distance(outline.topLeft, outline.bottomLeft) + distance(outline.topRight, outline.bottomRight);
-  return touches && !isShapeOfCard({across, down});
+  return reachesEdge(surrounding(outline), picture, atTheEdge * std::max(picture.width, picture.height)) &&
+         !isShapeOfCard({across, down});
 }
 
 /// Whether the ground that text stands on goes on from `start` to the picture's edge by steps of `step`; `side` is half
@@ -417,94 +324,99 @@ bool groundReachesEdge(const Bitmap& picture, Point start, const Point& step, co
 }
 
 /// The same for the part around the text of a card whose outline is unknown.
-bool isCutOff(const Bitmap& picture, const Part& part, const Survey& survey) {
-  const Rect bounds = boundsOf(part.corners);
-  std::array<std::vector<int>, 3> channels;
-  for (const Colour& colour : survey.colours) {
-    channels[0].push_back(colour.blue), channels[1].push_back(colour.green), channels[2].push_back(colour.red);
-  }
-  const Colour ground{quantile(channels[0], 0.5), quantile(channels[1], 0.5), quantile(channels[2], 0.5)};
+bool isCutOff(const Bitmap& picture, const PicturePart& part, const Survey& survey) {
+  const Rect bounds = surrounding(part.corners);
+  const auto usual = [&](int Colour::* channel) { return quantile(levelsOf(survey, channel), 0.5); };
+  const Colour ground{usual(&Colour::blue), usual(&Colour::green), usual(&Colour::red)};
   const double step = std::max(1.0, stripStep * bounds.width / part.size.width);
   const Point middle{bounds.midX(), bounds.midY()};
   const Point across{0, 0.4 * bounds.height};
   const Point down{0.4 * bounds.width, 0};
-  const int reached = groundReachesEdge(picture, {bounds.x, middle.y}, {-step, 0}, across, ground) +
-                      groundReachesEdge(picture, {bounds.maxX(), middle.y}, {step, 0}, across, ground) +
-                      groundReachesEdge(picture, {middle.x, bounds.y}, {0, -step}, down, ground) +
-                      groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground);
-  return reached == 4 ? !isShapeOfCard(picture.size()) : reached > 0;
+  return !isShapeOfCard(picture.size()) &&
+         (groundReachesEdge(picture, {bounds.x, middle.y}, {-step, 0}, across, ground) ||
+          groundReachesEdge(picture, {bounds.maxX(), middle.y}, {step, 0}, across, ground) ||
+          groundReachesEdge(picture, {middle.x, bounds.y}, {0, -step}, down, ground) ||
+          groundReachesEdge(picture, {middle.x, bounds.maxY()}, {0, step}, down, ground));
 }
 
-bool touchesEdge(const Quadrilateral& text, const Size& picture) {
-  const Rect bounds = boundsOf(text);
-  const double reach = cutText * shorterSide(text);
-  return bounds.x < reach || bounds.y < reach || bounds.maxX() > picture.width - reach ||
-         bounds.maxY() > picture.height - reach;
-}
-
-Part partOf(const PicturedCard& card) {
+/// Where the card is; absent when neither its outline nor its text tells.
+std::optional<PicturePart> partOf(const PicturedCard& card) {
   if (card.outline) {
     const Quadrilateral& corners = *card.outline;
     const bool isUpright = distance(corners.topLeft, corners.topRight) < distance(corners.topLeft, corners.bottomLeft);
-    return {corners, isUpright ? Size{cardHeight, cardWidth} : Size{cardWidth, cardHeight}};
+    return PicturePart{corners, isUpright ? Size{cardHeight, cardWidth} : Size{cardWidth, cardHeight}};
   }
-  const Size picture = card.picture.size();
-  Rect part{0, 0, picture.width, picture.height};
-  if (card.texts.empty()) return {cornersOf(part), {cardWidth, cardWidth * picture.height / picture.width}};
+  if (card.texts.empty()) return std::nullopt;
+  const Rect picture{0, 0, card.picture.size().width, card.picture.size().height};
+  const Rect first = surrounding(card.texts.front());
   std::vector<double> heights;
-  double left = picture.width, top = picture.height, right = 0, bottom = 0;
+  double left = first.x;
+  double top = first.y;
+  double right = first.maxX();
+  double bottom = first.maxY();
   for (const Quadrilateral& text : card.texts) {
-    const Rect bounds = boundsOf(text);
-    left = std::min(left, bounds.x), right = std::max(right, bounds.maxX());
-    top = std::min(top, bounds.y), bottom = std::max(bottom, bounds.maxY());
+    const Rect bounds = surrounding(text);
+    left = std::min(left, bounds.x);
+    right = std::max(right, bounds.maxX());
+    top = std::min(top, bounds.y);
+    bottom = std::max(bottom, bounds.maxY());
     heights.push_back(shorterSide(text));
   }
-  const double height = std::max(quantile(heights, 0.5), 1.0);
+  const double height = quantile(std::move(heights), 0.5);
   const double room = roomAroundText * height;
-  part = intersection(part, {left - room, top - room, right - left + 2 * room, bottom - top + 2 * room});
-  return {cornersOf(part), {part.width / height * textHeight, part.height / height * textHeight}};
+  const Rect around =
+      intersection(picture, {left - room, top - room, right - left + 2 * room, bottom - top + 2 * room});
+  if (!(around.area() >= 1 && height > 0)) return std::nullopt;
+  const double scale = std::max(height / textHeight, std::max(around.width, around.height) / longestPart);
+  return PicturePart{cornersOf(around), {around.width / scale, around.height / scale}};
+}
+
+/// All of a picture, as if it were as wide as a card.
+PicturePart whole(const Size& picture) {
+  return {cornersOf({0, 0, picture.width, picture.height}),
+          {cardWidth, std::min(cardWidth * picture.height / picture.width, longestPart)}};
 }
 
 }  // namespace
 
 PictureFindings lookedAt(const PicturedCard& card) {
-  const Part part = partOf(card);
+  const std::optional<PicturePart> placed = partOf(card);
+  const PicturePart part = placed.value_or(whole(card.picture.size()));
   const Survey survey = surveyed(card.picture, part);
   PictureFindings findings;
   const double scale = std::max(distance(part.corners.topLeft, part.corners.topRight) / part.size.width,
                                 distance(part.corners.topLeft, part.corners.bottomLeft) / part.size.height);
-  const bool isPlaced = card.outline || !card.texts.empty();
-  if (isPlaced) findings.dotsPerMillimetre = scale;
+  if (placed) findings.dotsPerMillimetre = scale;
 
-  std::vector<int> lumas;
-  for (const Colour& colour : survey.colours) lumas.push_back(colour.luma());
-  const auto white = static_cast<double>(std::ranges::count_if(survey.colours, isWhite));
-  const bool isOverexposed = white > overexposedShare * static_cast<double>(lumas.size());
-  const bool isDark = quantile(lumas, 0.99) < darkLevel;
+  const double white = inSquareMillimetres(static_cast<int>(std::ranges::count_if(survey.colours, isWhite)));
+  const bool isOverexposed = white > overexposedShare * cardWidth * cardHeight;
+  const bool isDark = quantile(levelsOf(survey, &Colour::luma), 0.99) < darkLevel;
   if (!isOverexposed)
     for (const Patch& patch : whitePatches(survey)) {
-      if (patch.places < glareArea * surveyScale * surveyScale) continue;
-      findings.glare.push_back(seenOn(part, survey, patch.bounds));
+      if (inSquareMillimetres(patch.places) >= glareArea) findings.glare.push_back(seenOn(part, survey, patch.bounds));
     }
-  const double finest = std::min(scale, finestScale);
-  const std::optional<double> edge = edgeWidth(card.picture, part, survey, finest);
+  const std::optional<double> edge = edgeWidth(card.picture, part, survey, scale);
   const auto warnIf = [&](bool does, ReadingWarning warning) {
     if (does) findings.warnings.push_back(warning);
   };
-  warnIf(isPlaced && edge && *edge > blurredEdge && *edge * finest > sharpEdgeDots, ReadingWarning::blurred);
+  warnIf(placed && edge && *edge > std::max(blurredEdge * scale, sharpEdgeDots), ReadingWarning::blurred);
   warnIf(!findings.glare.empty(), ReadingWarning::glare);
   warnIf(isDark, ReadingWarning::dark);
   warnIf(isOverexposed, ReadingWarning::overexposed);
-  warnIf(isPlaced && scale < leastDotsPerMillimetre, ReadingWarning::tooSmall);
+  warnIf(placed && scale < leastDotsPerMillimetre, ReadingWarning::tooSmall);
   warnIf(card.outline ? isCutOff(*card.outline, card.picture.size())
-                      : std::ranges::any_of(card.texts, [&](const auto& text) {
-                          return touchesEdge(text, card.picture.size());
-                        }) || (isPlaced && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
+                      : std::ranges::any_of(card.texts,
+                                            [&](const auto& text) {
+                                              return reachesEdge(surrounding(text), card.picture.size(),
+                                                                 cutText * shorterSide(text));
+                                            }) ||
+                            (placed && !isDark && !isOverexposed && isCutOff(card.picture, part, survey)),
          ReadingWarning::cutOff);
   // What has no colours by its format need not be a copy.
-  warnIf(card.picture.format() != PixelFormat::grey8 && isPlaced && !isDark && !isOverexposed && chromaOf(survey) < leastChroma,
+  warnIf(card.picture.format() != PixelFormat::grey8 && placed && !isDark && !isOverexposed &&
+             chromaOf(survey) < leastChroma,
          ReadingWarning::greyCopy);
-  warnIf(gridOf(card.picture, part) > gridPower, ReadingWarning::screen);
+  warnIf(displayGrid(card.picture, part) > gridPower, ReadingWarning::screen);
   return findings;
 }
 

@@ -1,9 +1,12 @@
 #include "Reading/ReadPicture.h"
 
 #include <exception>
+#include <memory>
 #include <new>
+#include <vector>
 
 #include "Reading/BankCardReading.h"
+#include "Reading/PictureWarnings.h"
 #include "Utils/GuardedCall.h"
 
 namespace pravik {
@@ -35,14 +38,9 @@ UnreadReason reasonOf(const OCRError& error) {
   }
 }
 
-}  // namespace
-
-Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode mode) {
+Reading readOrFailed(const ReadingParts& parts, const Image& image, OCRScanMode mode) {
   try {
-    ReadingParts onPicture = parts;
-    if (!parts.origin.picture && documentKind(mode).isCard() && isUsable(image))
-      onPicture.origin.picture = uprightBitmap(*image.bitmap, image.orientation);
-    return readAs(mode, onPicture, image);
+    return readAs(mode, parts, image);
   } catch (const OCRError& error) {
     return failed(error, reasonOf(error));
   } catch (const std::bad_alloc&) {
@@ -50,6 +48,25 @@ Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode m
   } catch (...) {
     return failed(OCRError::recognitionFailed(textOf(std::current_exception())), UnreadReason::engineFailed);
   }
+}
+
+}  // namespace
+
+Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode mode) {
+  ReadingParts onPicture = parts;
+  if (!parts.origin.picture && documentKind(mode).isCard() && isUsable(image)) {
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): what is usable has pixels.
+    onPicture.origin.picture = uprightBitmap(*image.bitmap, image.orientation);
+    onPicture.seenTexts = std::make_shared<std::vector<Quadrilateral>>();
+  }
+  Reading reading = readOrFailed(onPicture, image, mode);
+  if (!reading.record && onPicture.seenTexts && !parts.limit.stop.stop_requested()) {
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): it stands where text is looked for.
+    const Bitmap& picture = *onPicture.origin.picture;
+    const auto outline = parts.preprocessor.findCard({.bitmap = picture}).outline;
+    reading.report.warnings = lookedAt({picture, outline, *onPicture.seenTexts}).warnings;
+  }
+  return reading;
 }
 
 }  // namespace pravik

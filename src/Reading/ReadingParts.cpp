@@ -37,6 +37,9 @@ Observations ReadingParts::recognize(const Bitmap& bitmap, TextRecognizer::Optio
   options.limit = limit;
   Observations observations = recognizer.recognizeNow(bitmap, options);
   if (limit.stop.stop_requested()) throw OCRError::cancelled();
+  if (seenTexts)
+    for (const Observation& block : observations)
+      seenTexts->push_back(origin.projection(cornersOf(inPixels(flipped(block.boundingBox), bitmap.size()))));
   return observations;
 }
 

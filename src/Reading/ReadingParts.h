@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "Core/ImagePreprocessor.h"
 #include "Core/TextRecognizer.h"
@@ -41,6 +42,9 @@ struct ReadingParts {
   PictureOrigin origin = {};
   /// The day by which cards have expired or not.
   std::chrono::year_month_day date = {};
+
+  /// Takes the corners of all text that is seen on `origin.picture`; absent when nobody asks.
+  std::shared_ptr<std::vector<Quadrilateral>> seenTexts = nullptr;
 
   /// The same for a part of the picture, whose corners (in pixels from the top left) become those of a new one.
   ReadingParts onPart(const Quadrilateral& corners, const Size& size) const;

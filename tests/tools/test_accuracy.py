@@ -13,6 +13,7 @@ import bankcards  # noqa: E402
 import nocards  # noqa: E402
 import reading  # noqa: E402
 import scanning  # noqa: E402
+import warnings_told  # noqa: E402
 
 BACK = {"issuingAuthority": "太康县公安局", "validityPeriod": "20150301-长期", "startDate": "20150301", "endDate": None,
         "isLongTerm": True}
@@ -76,6 +77,16 @@ class NoCardReportTest(unittest.TestCase):
                                    ("id-back", {"result": BACK, "checks": {}}, nocards.RECORD)):
             with self.subTest(kind=kind, answer=answer):
                 self.assertEqual(nocards.outcome(answer, kind), came)
+
+
+class WarningsReportTest(unittest.TestCase):
+    def test_a_warning_is_right_or_a_false_alarm(self):
+        pictures = [(None, "", []), (None, "", ["glare"]), ("glare", "", ["glare", "dark"]), ("dark", "", []),
+                    ("overexposed", "", ["overexposed", "glare"])]
+        for code, cells in (("glare", ("100.0", "50.0", "0.0")), ("dark", ("0.0", "0.0", "50.0")),
+                            ("overexposed", ("100.0", "0.0", "0.0")), ("screen", ("-", "0.0", "0.0"))):
+            with self.subTest(code=code):
+                self.assertEqual(warnings_told.cells(pictures, code), cells)
 
 
 class ScanReportTest(unittest.TestCase):

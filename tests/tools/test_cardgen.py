@@ -10,6 +10,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 
 sys.dont_write_bytecode = True
 CARDGEN = pathlib.Path(__file__).resolve().parents[2] / "tools" / "cardgen"
@@ -27,6 +28,7 @@ import numpy as np  # noqa: E402
 import pasted_groups  # noqa: E402
 import people  # noqa: E402
 import scene  # noqa: E402
+import spoil  # noqa: E402
 import story  # noqa: E402
 import tables  # noqa: E402
 from canvas import Canvas  # noqa: E402
@@ -103,6 +105,33 @@ class DrawingTest(unittest.TestCase):
                 with self.subTest(level=level, seed=seed):
                     self.assertTrue((seen > 0).all() and (seen < size).all())
                     self.assertTrue(0.25 < np.ptp(seen, axis=0)[0] / size[0] <= 0.851)
+
+
+class SpoilTest(unittest.TestCase):
+    def test_each_fault_shows_on_the_picture(self):
+        def taken(fault):
+            card = idcard.FrontCard(next(portrait_sides(1)), random.Random(1))
+            jpeg = spoil.photograph(card, fault, np.random.default_rng(4), (640, 480))
+            return np.asarray(Image.open(io.BytesIO(jpeg)), float)
+
+        def white(picture):
+            return (picture > 250).all(axis=2).mean()
+
+        def edges(picture):
+            return np.abs(np.diff(picture.mean(axis=2), axis=1)).mean()
+
+        with unittest.mock.patch.dict(spoil.FAULTS, {"none": (None, None)}):
+            sound = taken("none")
+        for fault, shows in (("blurred", lambda p: edges(p) < 0.8 * edges(sound)),
+                             ("glare", lambda p: white(p) > 0.01 + white(sound)),
+                             ("dark", lambda p: p.mean() < 0.3 * sound.mean()),
+                             ("overexposed", lambda p: white(p) > 0.1 + white(sound)),
+                             ("too_small", lambda p: p.shape[1] < 640),
+                             ("cut_off", lambda p: p.shape == sound.shape and np.abs(p - sound).mean() > 5),
+                             ("grey_copy", lambda p: np.ptp(p, axis=2).mean() < 0.8 * np.ptp(sound, axis=2).mean()),
+                             ("screen", lambda p: edges(p) > 1.5 * edges(sound))):
+            with self.subTest(fault=fault):
+                self.assertTrue(shows(taken(fault)))
 
 
 class LifelikeTest(unittest.TestCase):
@@ -240,6 +269,15 @@ class CommandTest(unittest.TestCase):
         for arguments in (("bank-card", "--look", "bare"), ("code", "--style", "lifelike")):
             with tempfile.TemporaryDirectory() as scratch, self.subTest(arguments=arguments):
                 self.assertEqual(draw(scratch, "--level", "clean", "--kind", *arguments), 2)
+
+    def test_a_spoilt_photo_tells_its_warning(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            self.assertEqual(draw(scratch, "--kind", "id-back", "--level", "photo", "--spoil", "cut_off", "--count", "1",
+                                  "--size", "640x480"), 0)
+            line = json.loads(pathlib.Path(scratch, "truth.jsonl").read_text("utf-8"))
+            self.assertEqual((line["file"], line["warnings"]), ("id-back-photo-cut_off-0000.jpg", ["cut_off"]))
+            for arguments in (("--kind", "id-back", "--level", "clean"), ("--kind", "code", "--level", "photo")):
+                self.assertEqual(draw(scratch, "--spoil", "dark", *arguments), 2)
 
     def test_plain_cards_stay_as_they_are(self):
         name = "bank-card-worn-photo-0001.jpg"

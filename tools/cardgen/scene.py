@@ -224,7 +224,7 @@ def shoot(subject, kind, pose, light, sensor, rng, glare=None):
     placed, mask, corner, corners = see_subject(subject, matrix, pose.size, rng)
     picture.paste(placed, corner, mask)
     if glare:
-        _glare(picture, corners, rng, glare)
+        mirror_lamp(picture, corners, rng, glare)
     return camera.expose(picture, light, sensor, rng)
 
 
@@ -237,7 +237,7 @@ def _sheen(picture, gloss, rng):
     picture.paste((255, 255, 255), (0, 0), mask.resize(picture.size, Image.Resampling.BICUBIC))
 
 
-def _glare(picture, corners, rng, strength):
+def mirror_lamp(picture, corners, rng, strength):
     """A bright patch where a lamp mirrors in the card."""
     middle = corners.mean(axis=0) + rng.uniform(-0.4, 0.4, 2) * np.ptp(corners, axis=0)
     radius = np.ptp(corners, axis=0)[0] * rng.uniform(0.08, 0.2)
