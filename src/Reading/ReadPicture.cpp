@@ -65,6 +65,8 @@ Reading readPicture(const ReadingParts& parts, const Image& image, OCRScanMode m
     const Bitmap& picture = *onPicture.origin.picture;
     const auto outline = parts.preprocessor.findCard({.bitmap = picture}).outline;
     reading.report.warnings = lookedAt({picture, outline, *onPicture.seenTexts}).warnings;
+    // What is no card need not have colours.
+    std::erase(reading.report.warnings, ReadingWarning::greyCopy);
   }
   return reading;
 }
