@@ -61,6 +61,20 @@ class NumberBlindEngine final : public TextEngine {
   std::shared_ptr<const TextEngine> engine_;
 };
 
+/// The first of these photos when its kind is not told, and there may be several cards.
+void recognizeCards(benchmark::State& state) {
+  const Image photo{.bitmap = photoOfSize(1600, 1200)};
+  const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
+  if (syncWait(sdk.recognizeCards(photo))->size() != 1) return state.SkipWithError("one card was not found");
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeCards(photo)));
+}
+BENCHMARK(recognizeCards)
+    ->Name("recognise/cards/1600x1200")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly();
+
 void recognizeBankCard(benchmark::State& state) {
   const Image photo{.bitmap = bankCardPhoto()};
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Platform/Projection.h"
+#include "Reading/PicturePart.h"
 #include "Reading/SceneValidation.h"
 #include "Reading/UprightPicture.h"
 #include "Utils/Format.h"
@@ -27,6 +28,14 @@ constexpr double marginOfOutline = 0.015;
 constexpr double marginOfPrint = 0.06;
 /// Cards stand in one row when their middles are closer than this share of a card's height.
 constexpr double sameRow = 0.5;
+/// A card is painted over with this margin, so that nothing of its print is left.
+constexpr double marginOfPaint = 0.04;
+/// A card of which less than this share of its shorter side is seen has no number to read.
+constexpr double roomOfAnother = 0.7;
+/// A card as wide as this, as a share of the picture's mean side, has print that a fast look sees.
+constexpr double largeForFastLook = 0.45;
+/// The share of a picture from which on a card without an outline is read as if it were all of it.
+constexpr double fillingShare = 0.5;
 
 /// A part of the picture that may be a card.
 struct Region {
@@ -35,10 +44,6 @@ struct Region {
   /// Whether the corners are those of an outline, and not of what surrounds the text.
   bool isOutlined = false;
 };
-
-double heightOf(const Quadrilateral& area) {
-  return std::max(area.bottomLeft.y, area.bottomRight.y) - std::min(area.topLeft.y, area.topRight.y);
-}
 
 Rect united(const Rect& a, const Rect& b) {
   const double x = std::min(a.x, b.x);
@@ -154,10 +159,10 @@ Quadrilateral moved(Quadrilateral area, double x, double y) {
 
 /// The parts of a picture that may be cards: the outlines with text in them; where text of a card stands in none, those
 /// that are found when one looks closer, the places that its fixed prints tell, and at last what surrounds it.
-std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, Observations texts) {
+std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture,
+                              const std::vector<Quadrilateral>& outlines, Observations texts) {
   Division division(std::move(texts), picture.size());
-  for (const Quadrilateral& outline : parts.preprocessor.cardOutlines(picture))
-    division.take(outline, marginOfOutline, true, true);
+  for (const Quadrilateral& outline : outlines) division.take(outline, marginOfOutline, true, true);
   if (const auto rest = division.rest(); !rest.empty()) {
     Rect around = surroundings(rest.front(), picture.size());
     for (const Observations& part : rest) around = united(around, surroundings(part, picture.size()));
@@ -173,23 +178,21 @@ std::vector<Region> regionsOf(const ReadingParts& parts, const Bitmap& picture, 
 }
 
 /// From top to bottom, those of a row from left to right.
-void sortInReadingOrder(std::vector<Region>& regions) {
-  std::ranges::sort(regions, {}, [](const Region& region) { return middleOf(region.corners).y; });
-  for (auto first = regions.begin(); first != regions.end();) {
-    const double bound = middleOf(first->corners).y + sameRow * heightOf(first->corners);
+void sortInReadingOrder(std::vector<CardReading>& cards) {
+  std::ranges::sort(cards, {}, [](const CardReading& card) { return middleOf(card.corners).y; });
+  for (auto first = cards.begin(); first != cards.end();) {
+    const double bound = middleOf(first->corners).y + sameRow * surrounding(first->corners).height;
     const auto end =
-        std::find_if(first, regions.end(), [&](const Region& region) { return middleOf(region.corners).y > bound; });
-    std::sort(first, end,
-              [](const Region& a, const Region& b) { return middleOf(a.corners).x < middleOf(b.corners).x; });
+        std::find_if(first, cards.end(), [&](const CardReading& card) { return middleOf(card.corners).y > bound; });
+    std::ranges::sort(first, end, {}, [](const CardReading& card) { return middleOf(card.corners).x; });
     first = end;
   }
 }
 
+CardReading readCard(const ReadingParts& parts, const Image& card);
+
 /// A card that fills the picture, read as what its text says it is.
-CardReading readCard(const ReadingParts& parts, const Image& card) {
-  const auto prepared = parts.preprocessor.preprocessForIDCard(card);
-  if (!prepared) throw OCRError::invalidImage();
-  const Observations texts = parts.recognize(*prepared, TextRecognizer::Options::idCard);
+CardReading readCardWith(const ReadingParts& parts, const Image& card, const Observations& texts) {
   if (const auto upright = turnedUpright(parts, card, texts)) return readCard(upright->parts, upright->image);
   // What has the features of several cards was not told apart, and a record would be made of all.
   const std::optional<OCRScanMode> kind = documentsIn(texts) > 1 ? std::nullopt : documentIn(texts);
@@ -200,6 +203,16 @@ CardReading readCard(const ReadingParts& parts, const Image& card) {
           .corners = {},
           .reading = withoutRecord(parts, card, !texts.empty()),
           .text = joinedText(texts, textLineThreshold)};
+}
+
+Observations textsOn(const ReadingParts& parts, const Image& image, const TextRecognizer::Options& options) {
+  const auto prepared = parts.preprocessor.preprocessForIDCard(image);
+  if (!prepared) throw OCRError::invalidImage();
+  return parts.recognize(*prepared, options);
+}
+
+CardReading readCard(const ReadingParts& parts, const Image& card) {
+  return readCardWith(parts, card, textsOn(parts, card, TextRecognizer::Options::idCard));
 }
 
 CardReading readRegion(const ReadingParts& parts, const Bitmap& picture, const Region& region) {
@@ -230,6 +243,56 @@ void markPair(std::vector<CardReading>& cards) {
   if (front && back) front->isOneOfAPair = back->isOneOfAPair = true;
 }
 
+/// The card within the most certain outline, which is often all that a picture shows; absent when it gives no record.
+std::optional<CardReading> firstCard(const ReadingParts& parts, const Bitmap& picture,
+                                     const std::vector<Quadrilateral>& outlines) {
+  if (outlines.empty()) return std::nullopt;
+  CardReading card = readRegion(parts, picture, {grown(outlines.front(), marginOfOutline), {}, true});
+  return card.reading.record ? std::optional(std::move(card)) : std::nullopt;
+}
+
+/// Whether a picture may show another card beside one that was painted over on it. Cards are of one size: where this
+/// one leaves no room there is none, and where it is large a fast look sees the print of others.
+bool mayShowMore(const ReadingParts& parts, const Bitmap& picture, const Quadrilateral& card) {
+  const Size& size = picture.size();
+  const Rect bounds = surrounding(card);
+  const double room = std::max({bounds.x, bounds.y, size.width - bounds.maxX(), size.height - bounds.maxY()});
+  const double width = std::hypot(card.topRight.x - card.topLeft.x, card.topRight.y - card.topLeft.y);
+  const double height = std::hypot(card.bottomLeft.x - card.topLeft.x, card.bottomLeft.y - card.topLeft.y);
+  if (room < roomOfAnother * std::min(width, height)) return false;
+  if (std::max(width, height) < largeForFastLook * std::sqrt(size.width * size.height)) return true;
+  TextRecognizer::Options options = TextRecognizer::Options::idCard;
+  options.recognitionLevel = RecognitionLevel::fast;
+  options.minimumTextHeight = 0;
+  return !parts.recognize(picture, options).empty();
+}
+
+/// Whether a part is nearly all of a picture, so that it need not be cut out.
+bool fills(const Quadrilateral& part, const Size& picture) {
+  const Rect bounds = intersection(surrounding(part), {0, 0, picture.width, picture.height});
+  return bounds.area() >= fillingShare * picture.width * picture.height;
+}
+
+/// All cards on a picture but those that are painted over, whose outlines are among those given.
+std::vector<CardReading> readRegions(const ReadingParts& parts, const Bitmap& picture,
+                                     const std::vector<Quadrilateral>& outlines) {
+  // A small card's print is a small share of the page.
+  TextRecognizer::Options options = TextRecognizer::Options::idCard;
+  options.minimumTextHeight = 0;
+  const Observations texts = textsOn(parts, {.bitmap = picture}, options);
+  const std::vector<Region> regions = regionsOf(parts, picture, outlines, texts);
+  if (regions.size() == 1 && !regions.front().isOutlined && regions.front().texts.size() == texts.size() &&
+      fills(regions.front().corners, picture.size())) {
+    CardReading card = readCardWith(parts, {.bitmap = picture}, texts);
+    card.corners = renamed(regions.front().corners, card.reading.report.turned);
+    return {std::move(card)};
+  }
+  std::vector<CardReading> cards;
+  cards.reserve(regions.size());
+  for (const Region& region : regions) cards.push_back(readRegion(parts, picture, region));
+  return cards;
+}
+
 }  // namespace
 
 std::vector<CardReading> readCards(const ReadingParts& given, const Image& image) {
@@ -238,17 +301,17 @@ std::vector<CardReading> readCards(const ReadingParts& given, const Image& image
   const Bitmap picture = uprightBitmap(*image.bitmap, image.orientation);
   ReadingParts parts = given;
   parts.origin = {.picture = picture};
-  const auto prepared = parts.preprocessor.preprocessForIDCard(image);
-  if (!prepared) throw OCRError::invalidImage();
-  // A small card's print is a small share of the page.
-  TextRecognizer::Options options = TextRecognizer::Options::idCard;
-  options.minimumTextHeight = 0;
-  std::vector<Region> regions = regionsOf(parts, picture, parts.recognize(*prepared, options));
-  sortInReadingOrder(regions);
-  OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", regions.size()); });
+  const std::vector<Quadrilateral> outlines = parts.preprocessor.cardOutlines(picture);
   std::vector<CardReading> cards;
-  cards.reserve(regions.size());
-  for (const Region& region : regions) cards.push_back(readRegion(parts, picture, region));
+  if (auto first = firstCard(parts, picture, outlines)) {
+    const Bitmap rest = paintedOver(picture, grown(first->corners, marginOfPaint));
+    if (mayShowMore(parts, rest, first->corners)) cards = readRegions(parts, rest, outlines);
+    cards.push_back(*std::move(first));
+  } else {
+    cards = readRegions(parts, picture, outlines);
+  }
+  OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", cards.size()); });
+  sortInReadingOrder(cards);
   markPair(cards);
   return cards;
 }

@@ -37,6 +37,10 @@ inline Rect surrounding(const Quadrilateral& corners) {
   return {left, top, right - left, bottom - top};
 }
 
+/// A copy of a picture on which a part is even in the colour of its upper left corner; corners in pixels from the top
+/// left.
+Bitmap paintedOver(const Bitmap& picture, const Quadrilateral& part);
+
 /// A part of a picture, such as a card.
 struct PicturePart {
   /// In pixels from the top left.

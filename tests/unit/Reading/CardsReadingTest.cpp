@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "Pravik.h"
+#include "Reading/PicturePart.h"
 #include "support/Fakes.h"
 #include "support/Pictures.h"
 
@@ -45,7 +46,8 @@ RectangleObservation outlineOf(const Rect& area) {
 
 constexpr Rect left{0.05, 0.3, 0.4, 0.34}, right{0.55, 0.28, 0.4, 0.34};
 
-/// A picture of 1600 x 1200 pixels, and an engine that reads the whole picture and then one card after the other.
+/// A picture of 1600 x 1200 pixels, and an engine that reads the most certain outline, the rest of the picture and then
+/// one card after the other; without outlines it begins with the picture.
 struct Fixture : test::FakeParts {
   Image photo{.bitmap = test::plainPicture(1600, 1200, 200, 200, 200)};
   PravikSDK sdk{makePlatform()};
@@ -68,13 +70,25 @@ using testing::ElementsAre;
 TEST(CardsReading, ReadsEachCardWithinItsOutlineFromLeftToRight) {
   Fixture f;
   f.rectangles->rectangles = {outlineOf(right), outlineOf(left)};
-  const auto cards = f.read({together(emblemSide(right), portraitSide(left)), portraitSide(), emblemSide()});
+  const auto cards = f.read({emblemSide(), portraitSide(left), portraitSide(left), portraitSide()});
   ASSERT_THAT(kindsOf(cards), ElementsAre(OCRScanMode::idCardFront, OCRScanMode::idCardBack));
   EXPECT_EQ(std::get<IDCardFrontInfo>(cards[0].reading.record.value()).address, "北京市东城区景山前街4号");
   EXPECT_EQ(std::get<IDCardBackInfo>(cards[1].reading.record.value()).startDate, "20150826");
   EXPECT_TRUE(cards[0].isOneOfAPair && cards[1].isOneOfAPair);
   EXPECT_NEAR(cards[0].corners.topLeft.x, 0.05 * 1600, 15);
   EXPECT_NEAR(cards[1].corners.bottomRight.y, 0.62 * 1200, 15);
+}
+
+TEST(CardsReading, PaintsOverTheCardAndNothingElse) {
+  // A part that leans, and goes on beyond the picture; a crop, whose rows are longer than it is wide.
+  const Bitmap picture = test::greyPicture(100, 80, [](int x, int) { return x; }).crop({0, 0, 90, 80});
+  const Bitmap painted = paintedOver(picture, {{20, 10}, {60, 10}, {40, 100}, {80, 100}});
+  for (int y = 0; y < 80; ++y)
+    for (int x = 0; x < 90; ++x) {
+      const double left = 20 + 20 * (y + 0.5 - 10) / 90;
+      const bool isInside = y >= 10 && x + 0.5 > left && x + 0.5 < left + 40;
+      ASSERT_EQ(painted.row(y)[x], isInside ? 20 : x) << x << ", " << y;
+    }
 }
 
 TEST(CardsReading, FindsCardsWithoutOutlinesByTheirPrint) {
@@ -84,7 +98,8 @@ TEST(CardsReading, FindsCardsWithoutOutlinesByTheirPrint) {
   Fixture f;
   for (const auto& outlines : {std::vector<RectangleObservation>{}, std::vector{outlineOf({0.05, 0.02, 0.9, 0.96})}}) {
     f.rectangles->rectangles = outlines;
-    const auto cards = f.read({page, portraitSide(), emblemSide()});
+    const auto cards = f.read(outlines.empty() ? std::vector{page, portraitSide(), emblemSide()}
+                                               : std::vector{page, page, portraitSide(), emblemSide()});
     ASSERT_THAT(kindsOf(cards), ElementsAre(OCRScanMode::idCardFront, OCRScanMode::idCardBack))
         << "with " << outlines.size() << " outlines, that of a page";
     EXPECT_NEAR(cards[0].corners.topLeft.x, 0.2 * 1600, 60);
@@ -96,7 +111,7 @@ TEST(CardsReading, GivesTheTextOfWhatIsNoKnownCard) {
   Fixture f;
   f.rectangles->rectangles = {outlineOf(left)};
   const Blocks ticket{printed("会员卡 No. 0042", {0.1, 0.4, 0.5, 0.1}, wholePicture)};
-  const auto cards = f.read({{printed("会员卡", {0.1, 0.4, 0.5, 0.1}, left)}, ticket});
+  const auto cards = f.read({ticket, {printed("会员卡", {0.1, 0.4, 0.5, 0.1}, left)}, ticket});
   ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
   EXPECT_EQ(cards[0].text, "会员卡 No. 0042");
   EXPECT_EQ(cards[0].reading.record.error(), OCRError::insufficientText());
@@ -105,7 +120,8 @@ TEST(CardsReading, GivesTheTextOfWhatIsNoKnownCard) {
 TEST(CardsReading, MakesNoRecordOfTwoCardsTogether) {
   Fixture f;
   f.rectangles->rectangles = {outlineOf(left)};
-  const auto cards = f.read({portraitSide(left), together(portraitSide(), emblemSide())});
+  const Blocks both = together(portraitSide(), emblemSide());
+  const auto cards = f.read({both, portraitSide(left), both});
   ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
   EXPECT_FALSE(cards[0].reading.record);
 }
@@ -115,7 +131,7 @@ TEST(CardsReading, NamesTheCornersOfATurnedCardAsTheyLookUpright) {
   f.rectangles->rectangles = {outlineOf(left)};
   Blocks sideways = portraitSide();
   for (RecognizedText& block : sideways) block.direction = 90;
-  const auto cards = f.read({portraitSide(left), sideways, portraitSide()});
+  const auto cards = f.read({sideways, portraitSide(), {}});
   ASSERT_EQ(cards.size(), 1U);
   EXPECT_EQ(cards[0].reading.report.turned, 270);
   EXPECT_GT(cards[0].corners.topLeft.x, cards[0].corners.bottomLeft.x) << "its upper edge is the right one";
