@@ -1,6 +1,7 @@
 #include "Reading/CardHolder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -59,6 +60,28 @@ std::string mendedWord(std::string_view word) {
   return mended;
 }
 
+/// What cards print in capitals near the name. Where a part of it is hidden, or a letter misread, no word gives it
+/// away.
+constexpr std::array<std::string_view, 6> printedPhrases{"VALIDTHRU",   "VALIDFROM", "GOODTHRU",
+                                                         "MEMBERSINCE", "MONTHYEAR", "AUTHORIZEDSIGNATURE"};
+constexpr std::size_t shortestPiece = 4;
+/// A piece may have one letter wrong in so many.
+constexpr std::size_t lettersAWrongOne = 6;
+
+/// The fewest letters to change, add or leave out so that a word stands in a phrase (Sellers, "The theory and
+/// computation of evolutionary distances", 1980).
+std::size_t changesToStandIn(std::string_view phrase, std::string_view word) {
+  std::vector<std::size_t> row(phrase.size() + 1);
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < phrase.size(); ++j) {
+      const std::size_t changed = diagonal + (word[i] == phrase[j] ? 0 : 1);
+      diagonal = std::exchange(row[j + 1], std::min({changed, row[j] + 1, row[j + 1] + 1}));
+    }
+  }
+  return *std::ranges::min_element(row);
+}
+
 /// Two to four characters behind the label, up to a space or the end of the line. The commonest surnames of one and of
 /// two characters keep out what else follows the label ("持卡人签名", "姓名拼音"), but for what a card is called
 /// ("白金卡").
@@ -77,6 +100,17 @@ std::string mendedHolder(std::string_view name) {
   const auto word = std::ranges::find_if_not(words, isPinyin);
   *word = mendedWord(*word);
   return joined(words, " ");
+}
+
+bool isSpeltInPinyin(std::string_view name) {
+  return std::ranges::all_of(splitAtWhitespace(name), isPinyin);
+}
+
+bool isPrintedPhrase(std::string_view name) {
+  const std::string letters = removingAll(name, " ");
+  return letters.size() >= shortestPiece && std::ranges::any_of(printedPhrases, [&](std::string_view phrase) {
+           return changesToStandIn(phrase, letters) <= letters.size() / lettersAWrongOne;
+         });
 }
 
 std::optional<std::string> chineseHolder(const Observations& observations) {

@@ -9,6 +9,7 @@
 #include <variant>
 
 #include "Platform/Projection.h"
+#include "Reading/CardHolder.h"
 #include "Reading/FieldSources.h"
 #include "Reading/PicturePart.h"
 #include "Reading/PictureWarnings.h"
@@ -35,7 +36,7 @@ constexpr std::array<FieldShape, 10> shapes{{
      "裕固|京|塔塔尔|独龙|鄂伦春|赫哲|门巴|珞巴|基诺|穿青人|革家人)$"},
     {OCRScanMode::idCardFront, "birthDate", R"(^\d{4}年\d{1,2}月\d{1,2}日$)"},
     {OCRScanMode::idCardFront, "address",
-     R"(^(?!.*(姓名|性别|出生|住址|公民身份|签发机关|有效期限|居民身份证|中华人民共和国))\p{Han}.{5,}$)"},
+     R"(^(?!.*(姓名|性别|出生|住址|公民身份|签发机关|有效期限|居民身份证|中华人民共和国))(?![住址])\p{Han}[^ ]{5,}$)"},
     {OCRScanMode::idCardFront, "idNumber", R"(^\d{17}[\dX]$)"},
     {OCRScanMode::idCardBack, "issuingAuthority", R"(^\p{Han}+公安\p{Han}*[局处厅所]$)"},
     {OCRScanMode::idCardBack, "validityPeriod", R"(^\d{8}-(\d{8}|长期)$)"},
@@ -56,6 +57,7 @@ constexpr double confidenceWithoutBlock = 0.5;
 constexpr std::string_view embossedField = "cardholderName";
 constexpr double sureOfEmbossed = 0.99;
 constexpr double overrated = 0.9;
+constexpr std::array<std::string_view, 3> fieldsOfOwnLine{"name", "gender", "ethnicity"};
 /// What a check that holds makes of a field at least, and one that fails at most. Luhn raises nothing: it passes one
 /// wrong number in ten, and has decided already which reading of a disputed digit is taken.
 constexpr double confidenceOfChecked = 0.99;
@@ -122,6 +124,25 @@ double confidenceIn(const Observations& sources, std::string_view field) {
   return field == embossedField && confidence < sureOfEmbossed ? overrated * confidence : confidence;
 }
 
+/// Whether an embossed name that is no pinyin may be misread: few holders of Chinese cards have a name of another kind.
+bool isUncertainName(const FieldReport& field) {
+  return field.name == embossedField && field.confidence < sureOfEmbossed &&
+         RegexHelper::matches("[A-Z]", field.text) && !isSpeltInPinyin(field.text);
+}
+
+/// Marks the values of a line of their own that stand within the address: for want of their line they were looked for
+/// in all of the text.
+void doubtWhatTheAddressGave(std::vector<FieldReport>& fields) {
+  const auto address = std::ranges::find(fields, "address", &FieldReport::name);
+  if (address == fields.end() || !address->corners) return;
+  for (FieldReport& field : fields) {
+    const bool hasOwnLine = std::ranges::find(fieldsOfOwnLine, field.name) != fieldsOfOwnLine.end();
+    if (!hasOwnLine || field.corners != address->corners) continue;
+    field.isDoubtful = true;
+    field.confidence = std::min(field.confidence, confidenceOfDoubtful);
+  }
+}
+
 FieldReport reportOn(const RecordField& field, const Record& record, const Observations& blocks, const Place& place) {
   FieldReport report{.name = field.name, .text = textOf(field.value(record)), .corners = {}};
   const Observations sources = sourcesOf(report.text, blocks);
@@ -130,7 +151,7 @@ FieldReport reportOn(const RecordField& field, const Record& record, const Obser
   if (report.text.empty()) return report;
 
   report.confidence = sources.empty() ? confidenceWithoutBlock : confidenceIn(sources, field.name);
-  if (report.confidence < leastConfidence) report.isDoubtful = true;
+  if (report.confidence < leastConfidence || isUncertainName(report)) report.isDoubtful = true;
   if (const auto passed = checked(checksOf(record), field.name)) {
     if (!*passed)
       report.confidence = std::min(report.confidence, confidenceOfFailed);
@@ -173,6 +194,7 @@ Reading withReport(const ReadingParts& parts, const Size& card, const Observatio
   ReadingReport report{.unreadReason = std::nullopt, .stage = std::nullopt, .turned = parts.turned};
   for (const RecordField& field : documentKind(record).fields)
     if (field.display != FieldDisplay::hidden) report.fields.push_back(reportOn(field, record, blocks, place));
+  doubtWhatTheAddressGave(report.fields);
   if (place.outline) report.outline = renamed(*place.outline, parts.turned);
   report.warnings = warningsOf(record, parts.date);
   if (parts.origin.picture) {

@@ -23,11 +23,16 @@ struct ContinuedValue {
   double above;
   /// What its text ends with; empty when it may end with anything.
   std::u32string_view endings;
+  /// How much a line holds at least that goes on in the next one, in Chinese characters; 0 when that is not known.
+  double leastOfLine;
 };
+/// A line of an address has room for 11 characters; a number that does not fit stands in the next one.
 constexpr std::array<ContinuedValue, 2> continuedValues{{
-    {"签发机关", "有效期", 8, 1.2, U"局所厅处队"},
-    {"住址", "公民身份", 15, 0.5, {}},
+    {"签发机关", "有效期", 8, 1.2, U"局所厅处队", 0},
+    {"住址", "公民身份", 15, 0.5, {}, 8.5},
 }};
+/// How sure a value is at most with a line whose end was not read.
+constexpr float confidenceOfCutLine = 0.3F;
 
 /// In heights of a line: blocks of one line differ less, and the next line stands no further below.
 constexpr double sameLine = 0.5;
@@ -133,6 +138,28 @@ void dropBehindEnding(Observations& parts, const ContinuedValue& value) {
   while (!parts.empty() && !isEnding(parts.back())) parts.pop_back();
 }
 
+/// The width of a text in Chinese characters; digits and letters are half as wide.
+double widthInCharacters(std::string_view text) {
+  double width = 0;
+  for (const char32_t point : codePoints(text)) width += point < 0x80 ? 0.5 : 1;
+  return width;
+}
+
+/// Whether a line before the last is too short to go on in the next one, so that its end was not read.
+bool hasCutLine(const Observations& parts, const Observation& label, const ContinuedValue& value) {
+  double width = widthInCharacters(valueBeside(label, value));
+  const Observation* before = &label;
+  for (const Observation& part : parts) {
+    if (std::abs(linesBelow(part, *before)) >= sameLine) {
+      if (width > 0 && width < value.leastOfLine) return true;
+      width = 0;
+    }
+    width += widthInCharacters(part.text);
+    before = &part;
+  }
+  return false;
+}
+
 /// The parts as one block on the label's line, to the right of the label.
 Observation together(const Observations& parts, const Observation& label) {
   Observation whole = parts.front();
@@ -160,7 +187,8 @@ void joinValue(Observations& observations, const ContinuedValue& value, SceneTyp
   const bool isBeside = !valueBeside(*label, value).empty();
   if (parts.size() < (isBeside ? 1 : 2)) return;
 
-  const Observation whole = together(parts, *label);
+  Observation whole = together(parts, *label);
+  if (hasCutLine(parts, *label, value)) whole.confidence = std::min(whole.confidence, confidenceOfCutLine);
   if (isBeside) {
     label->text += whole.text;
     label->confidence = std::min(label->confidence, whole.confidence);

@@ -39,6 +39,9 @@ constexpr std::array<LetterForDigit, 3> lettersForDigits{{{'O', '0'}, {'l', '1'}
 /// What the check character of a citizen number is read as, behind the 17 digits.
 constexpr std::string_view checkCharacterPattern = R"((?<!\d)(\d(?: ?\d){16} ?)[x×]\s*\z)";
 
+/// No place's name ends so: a blurred "县".
+constexpr std::string_view misreadCounty = "具公安", county = "县公安";
+
 char32_t narrow(char32_t point) {
   if (point == fullWidthSpace) return U' ';
   const bool isFullWidth = firstFullWidth <= point && point <= lastFullWidth && point != misreadOne;
@@ -146,6 +149,8 @@ Observations postCorrected(Observations observations, SceneType scene) {
     for (Observation& block : observations) block.text = withLettersForDigits(std::move(block.text));
     repairBankName(observations);
   }
+  if (scene == SceneType::idCardBack)
+    for (Observation& block : observations) block.text = RegexHelper::replace(misreadCounty, block.text, county);
   repairLabels(observations, scene);
   return withContinuedValues(std::move(observations), scene);
 }

@@ -60,7 +60,7 @@ bool isPickedFromText(const BankCardInfo& info, const Observations& observations
 
 /// The embossed name, mended, else the printed one.
 std::optional<std::string> holderOf(const std::optional<std::string>& embossed, const Observations& corrected) {
-  return embossed ? mendedHolder(*embossed) : chineseHolder(corrected);
+  return embossed && !isPrintedPhrase(*embossed) ? mendedHolder(*embossed) : chineseHolder(corrected);
 }
 
 }  // namespace

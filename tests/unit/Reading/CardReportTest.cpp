@@ -122,6 +122,32 @@ TEST(CardReport, TellsWhereAFieldStandsAndHowSureItIs) {
   EXPECT_EQ(report.fields[4].confidence, 0) << "no holder";
 }
 
+TEST(CardReport, DoubtsWhatWasTakenFromAnotherField) {
+  ReportFixture f;
+  const ReadingReport report =
+      f.report(OCRScanMode::idCardFront, {textBlock("姓名 张三", 0.3, 0.2), textBlock("性别 女", 0.3, 0.3),
+                                          textBlock("住址 陕西省渭水市雁塔区创新大道74号", 0.3, 0.5),
+                                          textBlock("公民身份号码 11010119900307123X", 0.5, 0.9)});
+  const auto doubtful = [&](std::string_view name) {
+    return std::ranges::find(report.fields, name, &FieldReport::name)->isDoubtful;
+  };
+  EXPECT_TRUE(doubtful("ethnicity")) << "that of the Shui stands in the address";
+  EXPECT_FALSE(doubtful("gender"));
+  EXPECT_FALSE(doubtful("address"));
+}
+
+TEST(CardReport, DoubtsNamesThatAreNoPinyinUnlessTheyAreClear) {
+  ReportFixture f;
+  for (const auto& [name, confidence, isDoubtful] :
+       {std::tuple{"LI YENG", 0.95F, true}, {"LI YENG", 0.995F, false}, {"LI YONG", 0.95F, false}}) {
+    RecognizedText block = textBlock(name, 0.2, 0.8);
+    block.topCandidate->confidence = confidence;
+    const auto fields = f.report(OCRScanMode::bankCard, {textBlock("6222 0212 3456 7894", 0.5, 0.5), block}).fields;
+    EXPECT_EQ(fields[4].text, name);
+    EXPECT_EQ(fields[4].isDoubtful, isDoubtful) << name << ' ' << confidence;
+  }
+}
+
 TEST(CardReport, JudgesTheValidityByTheDay) {
   using namespace std::chrono_literals;
   ReportFixture f;

@@ -42,6 +42,7 @@ TEST(PostCorrection, UndoesWhatAPhotographDoesToABlock) {
            {bankCard, "６２２２\u3000０２！２", "6222 02！2"},
            {idCardFront, "陳強韻黃別", "陈强韵黄别"},
            {idCardFront, "乾著堃婳仫喆", "乾著堃婳仫喆"},
+           {idCardBack, "签发机关凤台具公安局", "签发机关凤台县公安局"},
            // Dots.
            {idCardFront, "买买提．艾力", "买买提·艾力"},
            {idCardFront, "买买提 ・ 艾力", "买买提·艾力"},
@@ -162,6 +163,15 @@ TEST(CardHolder, IsSpeltInPinyinWhereOneLetterAloneCanBeWrong) {
   EXPECT_EQ(std::get<BankCardInfo>(card.value()).cardholderName, "LIU WEI");
 }
 
+TEST(CardHolder, IsNoPieceOfWhatStandsBesideIt) {
+  for (const std::string_view piece : {"TH RU", "ALID TH RU", "VALIO T", "BER SI NCE", "EMBER SINC", "MONTH YEAR"})
+    EXPECT_TRUE(isPrintedPhrase(piece)) << piece;
+  for (const std::string_view name : {"LI DA", "HU RUI", "SI NIE", "LI DAN", "YE LIANG", "MO MEI", "OU", "TONG YE AN"})
+    EXPECT_FALSE(isPrintedPhrase(name)) << name;
+  const auto card = recordIn(page({"6222 0212 3456 7894", "ALID TH RU"}), OCRScanMode::bankCard);
+  EXPECT_FALSE(std::get<BankCardInfo>(card.value()).cardholderName);
+}
+
 TEST(CardHolder, StandsInChineseBehindItsLabel) {
   const auto holder = [](const Observations& blocks, TextHandling handling = TextHandling::corrected) {
     Observations all = page({"6222 0212 3456 7894"});
@@ -234,6 +244,17 @@ TEST(PostCorrection, PutsAValueOnTheLineOfItsLabel) {
       }
     }
   }
+}
+
+TEST(PostCorrection, IsUnsureOfAnAddressWithALineThatIsCut) {
+  const auto confidence = [](std::string_view first, std::string_view second) {
+    const Observations joined = postCorrected(
+        {at(0.06, 0.5, "住址"), at(0.17, 0.5, std::string(first)), at(0.17, 0.58, std::string(second))}, idCardFront);
+    return joined.back().confidence;
+  };
+  EXPECT_LT(confidence("北京市东城区红", "明珠21号楼1704室"), 0.5) << "light hides the end of the first line";
+  EXPECT_GT(confidence("北京市东城区红旗路东", "18号"), 0.5);
+  EXPECT_GT(confidence("北京市东城区红旗12号", "1704室"), 0.5) << "digits are narrow";
 }
 
 TEST(PostCorrection, JoinsWordsThatStandBesideEachOther) {
