@@ -84,7 +84,7 @@ def print_stated(stated):
         _print_row(name, [[field.is_right for field in every if row(field.confidence) == name] for every in columns])
     _print_row(f"{SURE} and more", [[field.is_right for field in every if field.confidence >= SURE]
                                     for every in columns])
-    print("  records | % of them")
+    print("  how many records | % of them")
     for name in (WRONG_PASSING, UNMARKED):
         _print_row(name, [records[name] for records in stated.records.values()])
     sure = stated.sure()
@@ -92,6 +92,7 @@ def print_stated(stated):
     share = f"{100 * (1 - len(wrong) / len(sure)):.2f}" if sure else "-"
     print(f"  at {SURE} and more: {len(sure)} fields, {share} % right; the goal is {GOAL} %")
     for field in wrong[:MOST_LISTED]:
-        print(f"    {pathlib.Path(field.path).name}: {field.name} {field.confidence:.3f} {field.read} is {field.told or '-'}")
+        file = pathlib.Path(field.path).name
+        print(f"    {file}: {field.name} {field.confidence:.3f} {field.read} is {field.told or '-'}")
     if len(wrong) > MOST_LISTED:
         print(f"    and {len(wrong) - MOST_LISTED} more")
