@@ -17,6 +17,7 @@ CARDGEN = pathlib.Path(__file__).resolve().parents[2] / "tools" / "cardgen"
 sys.path.insert(0, str(CARDGEN))
 
 import bankcard  # noqa: E402
+import banks  # noqa: E402
 import camera  # noqa: E402
 import codes  # noqa: E402
 import embossed_relief  # noqa: E402
@@ -149,6 +150,19 @@ class LifelikeTest(unittest.TestCase):
                 self.assertEqual(bankcard.check_digit(said.digits[:-1]), said.digits[-1])
                 self.assertTrue(2 < min(middles) and max(middles) < lifelike_card.WIDTH - 2)
         self.assertEqual(groupings, {(4, 4, 4, 4), (4, 4, 4, 4, 3), (6, 13), (5, 4, 5, 5), (19,)})
+
+    def test_a_card_prints_the_credit_cooperative_that_its_record_names(self):
+        cooperatives = set()
+        for seed in range(400):
+            rng = random.Random(seed)
+            said = lifelike_card.account("flat", rng)
+            self.assertEqual(said.record()["bankName"] is None, said.type == "prepaid")
+            lines = lifelike_card._issuer_lines(said, rng)
+            if said.bank and said.bank not in banks.BANKS:
+                cooperatives.add(said.bank)
+                self.assertEqual(lines[0][0], said.record()["bankName"])
+                self.assertRegex(said.bank, "信用(合作)?(联社|社(联合社)?)$")
+        self.assertGreater(len(cooperatives), 10)
 
     def test_pictures_of_real_groups_make_a_number_on_the_card(self):
         groups = [pasted_groups.Group(f"{number:04d}", np.full((46, 120, 3), 255.0)) for number in range(6000, 6300, 7)]

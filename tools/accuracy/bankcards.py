@@ -30,6 +30,7 @@ def facts(truth, answer):
         else:
             rows[f"{row} invented"] = result.get(field) is not None
     rows["whole record"] = not wrong
+    rows["wrong, no check fails"] = reading.is_wrong_and_passes(truth, answer)
     rows["wrong, unmarked"] = reading.is_wrong_and_unmarked(truth, answer)
     stage = answer.get("stage", "unknown") if result else "none"
     return rows | {f"read by {name}": name == stage for name in STAGES}
@@ -63,7 +64,8 @@ class Tally:
 
 
 ROWS = ("number exact", WRONG_PASSING, WRONG_MARKED, "no number", "bank", "bank invented", "type", "type invented",
-        "holder", "holder invented", "whole record", "wrong, unmarked", *(f"read by {stage}" for stage in STAGES))
+        "holder", "holder invented", "whole record", "wrong, no check fails", "wrong, unmarked",
+        *(f"read by {stage}" for stage in STAGES))
 
 
 def print_tallies(title, tallies):
@@ -72,9 +74,9 @@ def print_tallies(title, tallies):
     if len(tallies) > 1:
         columns["all"] = sum(tallies.values(), Tally())
     print(f"\nbank-card {title}: % | of how many cards")
-    print(" " * 20 + "".join(f"{look:>14}" for look in columns))
+    print(" " * 24 + "".join(f"{look:>14}" for look in columns))
     for row in ROWS:
-        print(f"  {row:<18}" + "".join(f"{tally.cell(row):>14}" for tally in columns.values()))
+        print(f"  {row:<22}" + "".join(f"{tally.cell(row):>14}" for tally in columns.values()))
     for look, tally in tallies.items():
         for code, count in tally.errors.most_common():
             print(f"  {look}: {count} x {code}")

@@ -36,9 +36,7 @@ def account(look, rng):
     """Invents what a card of that look says."""
     name = bankcard.pick(rng, {name: weight for name, (_, _, weight) in words.CARDS.items()})
     kind, length, _ = words.CARDS[name]
-    bank = None
-    if kind != "prepaid" and rng.random() < 0.93:
-        bank = words.RURAL_BANK if rng.random() < 0.07 else rng.choice(list(banks.BANKS))
+    bank = _issuer(rng) if kind != "prepaid" else None
     shown = bankcard.SHOWS_HOLDER["flat" if look == "flat" else "embossed"][kind]
     says_type = rng.random() < bankcard.SAYS_ITS_TYPE[kind]
     dated = rng.random() < bankcard.SHOWS_DATE[kind]
@@ -47,6 +45,13 @@ def account(look, rng):
         type_words=rng.choice(banks.TYPE_WORDS[kind]) if says_type else "",
         holder=bankcard.holder(rng) if rng.random() < shown else None,
         valid=f"{rng.randint(1, 12):02d}/{rng.randint(24, 36)}" if dated else None)
+
+
+def _issuer(rng):
+    """The name of a bank as in records; that of a credit cooperative is the one that its card prints."""
+    if rng.random() >= 0.93:
+        return rng.choice(words.COOPERATIVES).format(rng.choice(words.PLACES))
+    return words.RURAL_BANK if rng.random() < 0.07 else rng.choice(list(banks.BANKS))
 
 
 class LifelikeCard:
@@ -201,8 +206,8 @@ def _issuer_lines(said, rng):
     if said.type == "prepaid":
         return ()
     place = rng.choice(words.PLACES)
-    if said.bank is None:
-        lines = ((rng.choice(words.COOPERATIVES).format(place), 4.2), (words.COOPERATIVE_ENGLISH, 2.2))
+    if said.bank not in banks.BANKS:
+        lines = ((said.bank, 4.2), (words.COOPERATIVE_ENGLISH, 2.2))
         return lines[:rng.randint(1, 2)]
     english, abbreviation = banks.BANKS[said.bank]
     form = bankcard.pick(rng, words.FORMS)

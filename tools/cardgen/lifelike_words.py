@@ -10,7 +10,7 @@ WRITTEN_TRADITIONALLY = ("中国工商银行", "中国建设银行", "中国农�
                          "华夏银行", "中国民生银行", "广发银行", "兴业银行", "平安银行", "北京银行", "上海银行", "农村商业银行")
 PLACES = ("云山", "清河", "临海", "江夏", "松江", "青莱", "庐州", "泰安", "沅陵", "雁北", "锦屏", "南溪")
 RURAL_BANK = "农村商业银行"
-# Credit cooperatives are no banks: a record has no bank name for them.
+# Credit cooperatives, which records name as they are printed.
 COOPERATIVES = ("{}农村信用社", "{}农村信用合作社", "{}农村信用合作联社", "{}省农村信用社联合社")
 COOPERATIVE_ENGLISH = "RURAL CREDIT COOPERATIVES"
 

@@ -253,7 +253,8 @@ def mirror_lamp(picture, corners, rng, strength):
 def photograph(subject, level, rng, size=None, forwarded=False, turn=0):
     """The JPEG bytes of the subject at a level; `rng` is a numpy generator, `size` fixes the picture size.
 
-    A photo may be turned by `turn` degrees clockwise, and is then as much larger as holds all of it. A forwarded photo is made small and coded again on its way, as messengers do it.
+    A photo may be turned by `turn` degrees clockwise, and is then as much larger as holds all of it. A forwarded photo
+    is made small and coded again on its way, as messengers do it.
     """
     if level == "clean":
         return clean(subject)
