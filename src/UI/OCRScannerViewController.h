@@ -98,7 +98,7 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   // From the picture to the report.
   void handlePickedPicture(const std::optional<Image>& picture);
   void performOCR(const Image& image);
-  void handleSuccess(const Record& record);
+  void handleSuccess(const Record& record, const ReadingReport& reading = {});
   void handleRecognitionFailure(const OCRError& error);
   void handleAlbumFailure();
   void handleLastFailure(const OCRError& error);
