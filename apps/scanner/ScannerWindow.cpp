@@ -26,6 +26,12 @@ QString droppedFile(const QMimeData& data) {
   return {};
 }
 
+/// Why nothing was read, with its code: "no QR code or bar code was found (no_code_found)".
+QString told(const Answer& failure) {
+  return QStringLiteral("%1 (%2)").arg(QString::fromStdString(explanation(failure, languageInUse())),
+                                       QString::fromStdString(errorCode(failure)));
+}
+
 }  // namespace
 
 ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool bringsCamera)
@@ -80,7 +86,7 @@ bool ScannerWindow::prepareCamera() {
   std::error_code error;
   const bool isForbidden = source.isCamera && std::filesystem::exists(source.path, error) && !mayBeOpened(source);
   if (!problem.empty() && !isForbidden) {
-    showFailure(QString::fromStdString(problem));
+    showFailure(QString::fromStdString(ownText(problem, languageInUse())));
     return false;
   }
   useCamera(
@@ -95,7 +101,7 @@ void ScannerWindow::cameraEnded(const std::string& reason) {
   if (!stage_->showsScreen()) return;
   stage_->presentAlert(
       {.title = text(Text::cameraEnded).toStdString(),
-       .message = reason,
+       .message = ownText(reason, languageInUse()),
        .actions = {{text(Text::ok).toStdString(), Alert::ActionStyle::cancel, [this] { stage_->press("xmark"); }}}});
 }
 
@@ -118,23 +124,23 @@ void ScannerWindow::readPhoto(const QString& path) {
 }
 
 void ScannerWindow::recognizePhoto(const std::optional<Image>& photo) {
-  if (!photo) return showFailure(text(Text::notAPhoto));
+  if (!photo) return showFailure(told(answerOf(OCRError::invalidImage())));
   setCurrentWidget(start_);
   start_->showMessage(text(Text::reading));
   start_->setBusy(true);
   sdk_.read(*photo, start_->mode(), [window = QPointer(this), photo](const Reading& reading) {
     if (!window) return;
     window->start_->setBusy(false);
-    window->heard({reading.record, photo});
+    window->heard({reading.record, photo, reading.report});
   });
 }
 
 void ScannerWindow::heard(const ScannerReport& report) {
-  if (report.record) return showRecord(describe(*report.record, report.capturedImage));
+  if (report.record) return showRecord(describe(*report.record, report.reading, report.capturedImage));
   const OCRError& error = report.record.error();
   // The screen stays and asks for the permission; its cancellation is the end.
   if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
-  showFailure(error == OCRError::cancelled() ? QString() : QString::fromStdString(error.errorDescription()));
+  showFailure(error == OCRError::cancelled() ? QString() : told(readingAnswer({report.record, report.reading})));
 }
 
 void ScannerWindow::showRecord(const ScannedRecord& record) {

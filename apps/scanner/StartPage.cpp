@@ -76,6 +76,7 @@ StartPage::StartPage(OCRScanMode mode, const std::string& camera)
   auto* cameraLabel = new QLabel(text(Text::camera));
   cameraLabel->setBuddy(cameras_);
   message_->setWordWrap(true);
+  message_->setTextFormat(Qt::PlainText);
   message_->hide();
   start_->setDefault(true);
   setFocusProxy(start_);
