@@ -222,6 +222,7 @@ void takeApplication(const Tour& tour, Platform parts) {
 
 void run(const std::filesystem::path& clips, const std::filesystem::path& folder) {
   const Tour tour{.folder = folder, .wide = Subjects(clips / "wide"), .upright = Subjects(clips / "upright")};
+  scanner::useLanguage(Language::chinese);
   const Platform parts = makeQtPlatform();
   takeSuccess(tour, parts);
   takeFailures(tour, parts);

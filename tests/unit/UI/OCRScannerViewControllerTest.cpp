@@ -44,6 +44,7 @@ TEST(Scanner, TakesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
   ASSERT_TRUE(s.listener->picture);
   EXPECT_EQ(s.listener->picture->bitmap->width(), 600) << "the cut-out, 5 % larger on each side";
   EXPECT_EQ(s.listener->picture->bitmap->height(), 379);
+  EXPECT_FALSE(s.listener->reading.fields.empty()) << "how it was read";
   EXPECT_TRUE(s.weak.expired());
 
   for (const char* line :
