@@ -100,10 +100,10 @@ QWidget* ResultPage::makeContent(const ScannedRecord& record) {
 
 QLayout* ResultPage::makeFields(const ScannedRecord& record) {
   auto* column = new QVBoxLayout;
-  for (const QString& text : record.warnings) {
-    auto* warning = new QLabel(QStringLiteral("! ") + text);
-    warning->setWordWrap(true);
-    column->addWidget(warning);
+  if (!record.warnings.isEmpty()) {
+    auto* warnings = new QLabel("! " + record.warnings.join("\n! "));
+    warnings->setWordWrap(true);
+    column->addWidget(warnings);
   }
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(12);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <optional>
 #include <vector>
 
@@ -28,7 +29,7 @@ struct ScannedRecord {
   /// Absent when there is no picture.
   std::optional<Image> picture;
   /// What makes the record less certain than it looks, for people.
-  std::vector<QString> warnings;
+  QStringList warnings;
   /// {"kind":…,"result":…} with "checks" and more for a card, as the command-line tool answers.
   Answer answer;
 };

@@ -131,8 +131,7 @@ TEST(ScannerWindow, ShowsWhatIsDoubtfulOfARecordAndWhyThereIsNone) {
     const bool isChinese = language == Language::chinese;
     EXPECT_EQ(record.fields[0].note, isChinese ? "! 校验位错误" : "! the check digit is wrong");
     EXPECT_EQ(record.fields[1].note, isChinese ? "? 存疑" : "? doubtful");
-    ASSERT_EQ(record.warnings.size(), 1U);
-    EXPECT_EQ(record.warnings[0], isChinese ? "校验未通过" : "a check of the record failed");
+    EXPECT_EQ(record.warnings.join("|"), isChinese ? "校验未通过" : "a check of the record failed");
   }
 }
 
