@@ -116,8 +116,8 @@ std::string reportText(const Answer& answer, Language language) {
 
 /// The check of a field that failed; empty for none.
 std::string failedCheckOf(const Answer& answer, std::string_view field) {
-  const Json checks = answer.value("checks", Json::object());
-  for (const auto& [check, passed] : checks.items())
+  const Json results = answer.value("checks", Json::object());
+  for (const auto& [check, passed] : results.items())
     if (const CheckKind* known = checkNamed(check); known != nullptr && known->field == field && passed == false)
       return check;
   return {};
