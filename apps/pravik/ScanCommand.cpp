@@ -115,8 +115,9 @@ ScanRun::ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const 
   watch_ = std::make_shared<ScanWatch>(clockOf(pacer_), tell, options_.tapsManualCapture);
   observed_ = std::make_shared<ObservedDispatch>(dispatch_, watch_);
   stage_ = std::make_shared<HeadlessStage>(dispatch_, screenSize(frame));
-  report_ = std::make_shared<ScannerListener>(
-      [this](const ScannerReport& report) { finish(readingAnswer({report.record, report.reading})); });
+  report_ = std::make_shared<ScannerListener>([this](const ScannerReport& report) {
+    finish(readingAnswer({report.record, report.record && screen_ ? screen_->lastReport() : ReadingReport{}}));
+  });
 }
 
 bool ScanRun::run(Platform platform, const std::function<bool()>& isStopped) {

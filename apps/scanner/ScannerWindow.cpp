@@ -40,7 +40,10 @@ ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool b
       bringsCamera_(bringsCamera),
       sdk_(platform_),
       stage_(std::make_shared<QtStage>(*this, platform_)),
-      listener_(std::make_shared<ScannerListener>([this](const ScannerReport& report) { heard(report); })),
+      listener_(std::make_shared<ScannerListener>([this](const ScannerReport& report) {
+        const auto screen = screen_.lock();
+        heard(report, screen && report.record ? screen->lastReport() : ReadingReport{});
+      })),
       start_(new StartPage(settings_.mode.value_or(OCRScanMode::bankCard), settings_.camera)),
       result_(new ResultPage) {
   setWindowTitle(text(Text::title));
@@ -74,6 +77,7 @@ void ScannerWindow::scan() {
   const auto screen =
       std::make_shared<OCRScannerViewController>(start_->mode(), settings_.showsModeSwitch, sdk_, platform);
   screen->delegate = listener_;
+  screen_ = screen;
   stage_->present(screen, true, {});
 }
 
@@ -131,16 +135,16 @@ void ScannerWindow::recognizePhoto(const std::optional<Image>& photo) {
   sdk_.read(*photo, start_->mode(), [window = QPointer(this), photo](const Reading& reading) {
     if (!window) return;
     window->start_->setBusy(false);
-    window->heard({reading.record, photo, reading.report});
+    window->heard({reading.record, photo}, reading.report);
   });
 }
 
-void ScannerWindow::heard(const ScannerReport& report) {
-  if (report.record) return showRecord(describe(*report.record, report.reading, report.capturedImage));
+void ScannerWindow::heard(const ScannerReport& report, const ReadingReport& reading) {
+  if (report.record) return showRecord(describe(*report.record, reading, report.capturedImage));
   const OCRError& error = report.record.error();
   // The screen stays and asks for the permission; its cancellation is the end.
   if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
-  showFailure(error == OCRError::cancelled() ? QString() : told(readingAnswer({report.record, report.reading})));
+  showFailure(error == OCRError::cancelled() ? QString() : told(readingAnswer({report.record, reading})));
 }
 
 void ScannerWindow::showRecord(const ScannedRecord& record) {

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "Platform/Image.h"
-#include "Reading/Reading.h"
 #include "Records/DocumentKind.h"
 #include "Records/OCRError.h"
 
@@ -13,13 +12,11 @@ namespace pravik {
 
 class OCRScannerViewController;
 
-/// What a scan brought: the record, the photo it was read from when there is one, and how it was read; the report is
-/// empty for a code, and for a number that several photos gave together.
+/// What a scan brought: the record, and the photo it was read from when there is one.
 template <class Info>
 struct OCRScannerResult {
   Info info;
   std::optional<Image> capturedImage;
-  ReadingReport report = {};
 };
 
 /// Hears what a scanner's screen reports; always on the main queue. What it throws is logged.
@@ -46,8 +43,6 @@ class OCRScannerDelegate {
 struct ScannerReport {
   Result<Record> record;
   std::optional<Image> capturedImage = {};
-  /// As in OCRScannerResult; empty beside an error.
-  ReadingReport reading = {};
 };
 
 /// Hands a report to the method of the delegate that it belongs to.
@@ -60,19 +55,19 @@ class ScannerListener : public OCRScannerDelegate {
 
   void scannerDidRecognizeBankCard(OCRScannerViewController& /*scanner*/,
                                    const OCRScannerResult<BankCardInfo>& result) override {
-    onReport_({result.info, result.capturedImage, result.report});
+    onReport_({result.info, result.capturedImage});
   }
   void scannerDidRecognizeIDCardFront(OCRScannerViewController& /*scanner*/,
                                       const OCRScannerResult<IDCardFrontInfo>& result) override {
-    onReport_({result.info, result.capturedImage, result.report});
+    onReport_({result.info, result.capturedImage});
   }
   void scannerDidRecognizeIDCardBack(OCRScannerViewController& /*scanner*/,
                                      const OCRScannerResult<IDCardBackInfo>& result) override {
-    onReport_({result.info, result.capturedImage, result.report});
+    onReport_({result.info, result.capturedImage});
   }
   void scannerDidScanCode(OCRScannerViewController& /*scanner*/,
                           const OCRScannerResult<CodeScanResult>& result) override {
-    onReport_({result.info, result.capturedImage, result.report});
+    onReport_({result.info, result.capturedImage});
   }
   void scannerDidFailWithError(OCRScannerViewController& /*scanner*/, const OCRError& error) override {
     onReport_({tl::unexpected(error)});

@@ -35,14 +35,15 @@ class ScannerContinuationAdapter : public ScannerListener {
       if (report.record.error() == OCRError::cancelled()) return call(callbacks.onCancel);
       return call(callbacks.onError, report.record.error());
     }
-    const auto tell = [&]<class Info>(const std::function<void(const OCRScannerResult<Info>&)>& callback) {
-      if (const auto* info = std::get_if<Info>(&*report.record))
-        call(callback, OCRScannerResult<Info>{*info, report.capturedImage, report.reading});
-    };
-    tell(callbacks.onBankCard);
-    tell(callbacks.onIDCardFront);
-    tell(callbacks.onIDCardBack);
-    tell(callbacks.onCode);
+    const auto& picture = report.capturedImage;
+    if (const auto* card = std::get_if<BankCardInfo>(&*report.record))
+      call(callbacks.onBankCard, OCRScannerResult<BankCardInfo>{*card, picture});
+    if (const auto* front = std::get_if<IDCardFrontInfo>(&*report.record))
+      call(callbacks.onIDCardFront, OCRScannerResult<IDCardFrontInfo>{*front, picture});
+    if (const auto* back = std::get_if<IDCardBackInfo>(&*report.record))
+      call(callbacks.onIDCardBack, OCRScannerResult<IDCardBackInfo>{*back, picture});
+    if (const auto* code = std::get_if<CodeScanResult>(&*report.record))
+      call(callbacks.onCode, OCRScannerResult<CodeScanResult>{*code, picture});
   }
 
   /// Clears all six and gives them back: they are cleared before one is called, so that a callback that throws, or that

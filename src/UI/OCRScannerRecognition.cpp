@@ -43,13 +43,14 @@ void OCRScannerViewController::performOCR(const Image& image) {
 }
 
 void OCRScannerViewController::handleSuccess(const Record& record, const ReadingReport& reading) {
+  lastReport_ = reading;
   if (documentKind(record).isCard())
     OCRLogger::info([&] { return formatted("识别成功, autoDismiss={}", autoDismissOnSuccess); });
   else
     cancel(noDetectionWorkItem_);
   setState(Kind::success);
-  auto report = [record, reading](OCRScannerViewController& screen) {
-    screen.tellDelegate({record, screen.lastCapturedImage_, reading});
+  auto report = [record](OCRScannerViewController& screen) {
+    screen.tellDelegate({record, screen.lastCapturedImage_});
   };
   if (!autoDismissOnSuccess) {
     report(*this);

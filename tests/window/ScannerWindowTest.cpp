@@ -135,6 +135,14 @@ TEST(ScannerWindow, ShowsWhatIsDoubtfulOfARecordAndWhyThereIsNone) {
   }
 }
 
+TEST(ScannerWindow, ShowsWhatIsDoubtfulOfAScannedRecord) {
+  Window w({.mode = OCRScanMode::idCardBack, .camera = sample("id-front-easy-0002.avi"), .loops = true});
+  w.window->begin();
+  w.drop(sample("id-back-clean-0000.jpg"));
+  ASSERT_TRUE(test::waitUntil([&] { return !w.records.empty(); }, longTime));
+  EXPECT_THAT(w.texts(), Contains("! the card has expired"));
+}
+
 /// Whatever the screens say, in every state, is told in English.
 TEST(ScannerWindow, ScansInTheLanguageInUse) {
   const auto withoutText = [] {

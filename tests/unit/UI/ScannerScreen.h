@@ -56,7 +56,6 @@ class Listener : public ScannerListener {
  public:
   std::vector<std::string> reports;
   std::optional<Image> picture;
-  ReadingReport reading;
   bool throws = false;
 
   Listener() : ScannerListener([this](const ScannerReport& report) { note(report); }) {}
@@ -65,7 +64,6 @@ class Listener : public ScannerListener {
   void note(const ScannerReport& report) {
     reports.push_back(report.record ? wordsOf(*report.record) : report.record.error().errorCode());
     picture = report.capturedImage;
-    reading = report.reading;
     if (throws) throw std::runtime_error("the host is broken");
   }
 
