@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <span>
@@ -19,20 +19,35 @@
 
 #include "Pravik.h"
 #include "Reading/TextToRecord.h"
+#include "Utils/Day.h"
 #include "backends/DefaultPlatform.h"
 #include "backends/json/Answer.h"
 #include "backends/json/ObservationsJson.h"
+#include "backends/json/Wording.h"
 #include "c/HandleLog.h"
+
+namespace pravik {
+
+/// How a handle reads and tells.
+struct HandleSettings {
+  ReadingLimits limits;
+  bool tellsReport = false;
+  /// Of the messages; absent for those of the JSON.
+  std::optional<Language> language;
+};
+
+}  // namespace pravik
 
 struct pravik_handle {
   pravik::Platform platform;
   pravik::HandleLog log;
-  std::atomic<std::chrono::milliseconds> timeLimit = pravik::ReadingLimits{}.time;
+  std::mutex settingsMutex;
+  pravik::HandleSettings settings;
 };
 
 /// What a call gave, as texts that the caller may hold on to.
 struct pravik_result {
-  explicit pravik_result(const pravik::Answer& answer);
+  explicit pravik_result(const pravik::Answer& answer, std::optional<pravik::Language> language = {});
 
   pravik_status status = PRAVIK_OK;
   std::string json;
@@ -68,17 +83,19 @@ Answer internalErrorAnswer(const std::string& message) {
   return errorAnswer(PRAVIK_INTERNAL_ERROR, message);
 }
 
-/// What a pravik_kind stands for; text is no kind of document.
+/// What a pravik_kind stands for; text and cards are no kind of document.
 struct Kind {
   std::string_view name;
   const DocumentKind* document;
+  bool isEveryCard = false;
 };
 
 /// In the order of pravik_kind.
-const std::array<Kind, 5>& kinds() {
+const std::array<Kind, 6>& kinds() {
   static const auto kind = [](OCRScanMode mode) { return Kind{documentKind(mode).commandName, &documentKind(mode)}; };
-  static const std::array<Kind, 5> all{kind(OCRScanMode::idCardFront), kind(OCRScanMode::idCardBack),
-                                       kind(OCRScanMode::bankCard), kind(OCRScanMode::qrCode), Kind{"text", nullptr}};
+  static const std::array<Kind, 6> all{kind(OCRScanMode::idCardFront), kind(OCRScanMode::idCardBack),
+                                       kind(OCRScanMode::bankCard),    kind(OCRScanMode::qrCode),
+                                       Kind{"text", nullptr},          Kind{"cards", nullptr, true}};
   return all;
 }
 
@@ -88,13 +105,45 @@ const Kind* kindOf(int number) {
   return index < kinds().size() ? &kinds()[index] : nullptr;
 }
 
-Answer recognized(const pravik_handle& handle, const Kind& kind, const Image& image) {
+HandleSettings settingsOf(pravik_handle& handle) {
+  const std::scoped_lock lock(handle.settingsMutex);
+  return handle.settings;
+}
+
+/// Changes a setting, given that there is a handle and what it is to be can be.
+template <class Change>
+pravik_status set(pravik_handle* handle, bool canBe, const Change& change) {
+  if (handle == nullptr || !canBe) return PRAVIK_INVALID_ARGUMENT;
+  const std::scoped_lock lock(handle->settingsMutex);
+  change(handle->settings);
+  return PRAVIK_OK;
+}
+
+Answer recognized(const pravik_handle& handle, const HandleSettings& settings, const Kind& kind, const Image& image) {
   // One of its own for every call, so that what a failed photo gave is not kept.
   const PravikSDK sdk(handle.platform);
-  const ReadingLimits limits{.time = handle.timeLimit.load()};
-  if (kind.document == nullptr) return textAnswer(syncWait(sdk.recognizeRawText(image, SceneType::idCard, limits)));
-  const auto reading = syncWait(sdk.read(image, kind.document->mode, limits));
-  return reading ? readingAnswer(*reading) : answerOf(reading.error());
+  if (kind.isEveryCard) {
+    const auto cards = syncWait(sdk.recognizeCards(image, settings.limits));
+    return cards ? cardsAnswer(*cards) : answerOf(cards.error());
+  }
+  if (kind.document == nullptr)
+    return textAnswer(syncWait(sdk.recognizeRawText(image, SceneType::idCard, settings.limits)));
+  const auto reading = syncWait(sdk.read(image, kind.document->mode, settings.limits));
+  if (!reading) return answerOf(reading.error());
+  Answer answer = readingAnswer(*reading);
+  if (settings.tellsReport && reading->record && kind.document->isCard()) answer.update(reportJson(reading->report));
+  return answer;
+}
+
+/// An answer's error, or that of its first card when none was read; null when something was.
+Answer errorIn(const Answer& answer) {
+  if (!answer.contains("cards")) return isRecognized(answer) ? Answer() : answer;
+  const Json& cards = answer["cards"];
+  if (std::ranges::any_of(cards, isRecognized)) return {};
+  if (!cards.empty()) return cards.front();
+  Answer none = answerOf(OCRError::insufficientText());
+  none["report"] = answer["report"];
+  return none;
 }
 
 Answer parsed(const DocumentKind& kind, const Observations& observations) {
@@ -104,10 +153,10 @@ Answer parsed(const DocumentKind& kind, const Observations& observations) {
 
 /// Makes the result of a call, whatever it throws; null when there is not even memory for that.
 template <class Call>
-pravik_result* resultOf(const Call& call) noexcept {
+pravik_result* resultOf(const Call& call, std::optional<Language> language = {}) noexcept {
   try {
     try {
-      return std::make_unique<pravik_result>(call()).release();
+      return std::make_unique<pravik_result>(call(), language).release();
     } catch (const std::bad_alloc&) {
       return std::make_unique<pravik_result>(internalErrorAnswer("not enough memory")).release();
     } catch (const std::exception& error) {
@@ -122,7 +171,8 @@ pravik_result* resultOf(const Call& call) noexcept {
 
 /// Loads a picture with `load` and reads it.
 template <class Load>
-Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Load& load) {
+Answer recognizedAnswer(const pravik_handle& handle, const HandleSettings& settings, const Kind& kind,
+                        const Load& load) {
   Image image;
   try {
     image = load();
@@ -131,20 +181,22 @@ Answer recognizedAnswer(const pravik_handle& handle, const Kind& kind, const Loa
   } catch (const std::exception& error) {
     return withKind(kind.name, answerOf(OCRError::invalidImage(), error.what()));
   }
-  return withKind(kind.name, recognized(handle, kind, image));
+  return withKind(kind.name, recognized(handle, settings, kind, image));
 }
 
 /// Checks what all the calls share; `source` is the picture.
 template <class Load>
 pravik_result* recognize(pravik_handle* handle, int kindNumber, const void* source, const Load& load) {
-  return resultOf([&] {
+  const HandleSettings settings = handle == nullptr ? HandleSettings{} : settingsOf(*handle);
+  const auto read = [&] {
     const Kind* kind = kindOf(kindNumber);
     if (handle == nullptr) return invalidArgumentAnswer("the handle is null");
     if (kind == nullptr) return invalidArgumentAnswer("there is no such kind");
     if (source == nullptr) return invalidArgumentAnswer("the picture is null");
     const LogScope scope(&handle->log);
-    return recognizedAnswer(*handle, *kind, load);
-  });
+    return recognizedAnswer(*handle, settings, *kind, load);
+  };
+  return resultOf(read, settings.language);
 }
 
 /// What is wrong with the layout of pixels in memory; null when nothing is.
@@ -166,12 +218,13 @@ Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t st
 
 }  // namespace
 
-pravik_result::pravik_result(const Answer& answer) : json(jsonText(answer)) {
-  if (isRecognized(answer)) return;
-  // From the text, where what is no UTF-8, such as the name of a folder, has been replaced.
-  const auto error = Json::parse(json).at("error");
-  errorCode = error.at("code").get<std::string>();
-  errorMessage = error.at("message").get<std::string>();
+pravik_result::pravik_result(const Answer& answer, std::optional<Language> language) : json(jsonText(answer)) {
+  Answer failed = errorIn(answer);
+  if (failed.is_null()) return;
+  // In the text, what is no UTF-8, such as the name of a folder, has been replaced.
+  failed = Json::parse(jsonText(failed));
+  errorCode = failed.at("error").at("code").get<std::string>();
+  errorMessage = language ? explanation(failed, *language) : failed.at("error").at("message").get<std::string>();
   status = statusOf(errorCode);
 }
 
@@ -212,9 +265,33 @@ pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_functi
 pravik_status pravik_set_time_limit(pravik_handle* handle, double seconds) {
   constexpr double mostSeconds = 7 * 24 * 3600;
   const bool isTime = seconds >= 0.001 && seconds <= mostSeconds;
-  if (handle == nullptr || !isTime) return PRAVIK_INVALID_ARGUMENT;
-  handle->timeLimit = std::chrono::milliseconds(std::llround(seconds * 1000));
-  return PRAVIK_OK;
+  return set(handle, isTime, [&](HandleSettings& settings) {
+    settings.limits.time = std::chrono::milliseconds(std::llround(seconds * 1000));
+  });
+}
+
+pravik_status pravik_set_report(pravik_handle* handle, int is_told) {
+  return set(handle, is_told == 0 || is_told == 1,
+             [&](HandleSettings& settings) { settings.tellsReport = is_told == 1; });
+}
+
+pravik_status pravik_set_date(pravik_handle* handle, const char* day) {
+  if (day == nullptr) return PRAVIK_INVALID_ARGUMENT;
+  const auto date = dayNamed(day);
+  const bool isToday = *day == '\0';
+  return set(handle, date || isToday, [&](HandleSettings& settings) { settings.limits.date = date; });
+}
+
+pravik_status pravik_set_language(pravik_handle* handle, const char* language) {
+  try {
+    if (language == nullptr) return PRAVIK_INVALID_ARGUMENT;
+    auto known = languagesByName();
+    known.emplace_back("", environmentLanguage());
+    const auto named = std::ranges::find(known, std::string_view(language), &std::pair<std::string, Language>::first);
+    return set(handle, named != known.end(), [&](HandleSettings& settings) { settings.language = named->second; });
+  } catch (...) {
+    return PRAVIK_INTERNAL_ERROR;
+  }
 }
 
 pravik_result* pravik_recognize_file(pravik_handle* handle, int kind, const char* path) {

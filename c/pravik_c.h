@@ -32,7 +32,7 @@ typedef enum pravik_status {
   PRAVIK_INSUFFICIENT_TEXT = 5,
   /* The observations are not in the form that pravik_parse() reads. */
   PRAVIK_INVALID_INPUT = 6,
-  /* A null pointer, an unknown kind or level, a size that cannot be. */
+  /* A null pointer, an unknown kind, level or language, a size or a day that cannot be. */
   PRAVIK_INVALID_ARGUMENT = 7,
   /* No memory, or a fault of the library. */
   PRAVIK_INTERNAL_ERROR = 8
@@ -44,7 +44,8 @@ typedef enum pravik_kind {
   PRAVIK_ID_BACK = 1,  /* its emblem side */
   PRAVIK_BANK_CARD = 2,
   PRAVIK_CODE = 3, /* a QR or bar code */
-  PRAVIK_TEXT = 4  /* all text, line by line */
+  PRAVIK_TEXT = 4, /* all text, line by line */
+  PRAVIK_CARDS = 5 /* every card on the picture, of whatever kind and however it lies */
 } pravik_kind;
 
 /*
@@ -102,6 +103,19 @@ pravik_status pravik_set_log(pravik_handle* handle, int level, pravik_log_functi
  * 604800 (a week), else PRAVIK_INVALID_ARGUMENT.
  */
 pravik_status pravik_set_time_limit(pravik_handle* handle, double seconds);
+/*
+ * Whether the JSON of a card tells how it was read, 1 or 0, which is so unless this is called: "fields" with the text,
+ * the confidence and the corners of each, "outline" and "dotsPerMillimetre". PRAVIK_CARDS always does.
+ */
+pravik_status pravik_set_report(pravik_handle* handle, int is_told);
+/* The day by which a card has expired or is not yet valid, such as "2026-01-31"; "" for today (UTC), as at first. */
+pravik_status pravik_set_date(pravik_handle* handle, const char* day);
+/*
+ * The language of pravik_result_error_message(): "zh", "en", or "" for that of the environment (LC_ALL, LC_MESSAGES,
+ * LANG). The message then tells all that is known, for people to read. Unless this is called it is the one of the JSON,
+ * which stays as it is.
+ */
+pravik_status pravik_set_language(pravik_handle* handle, const char* language);
 
 /*
  * Reads the picture in a file: JPEG, PNG, BMP, WebP, HEIC, or the first page of TIFF or PDF; the orientation that it
@@ -124,13 +138,18 @@ pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const ui
  */
 pravik_result* pravik_parse(int kind, const char* observations);
 
-/* PRAVIK_OK, or why there is no record. A null result, which only a lack of memory gives, is PRAVIK_INTERNAL_ERROR. */
+/*
+ * PRAVIK_OK, or why there is no record; of several cards, PRAVIK_OK when one was read, for each of the others has its
+ * error in the JSON. A null result, which only a lack of memory gives, is PRAVIK_INTERNAL_ERROR.
+ */
 pravik_status pravik_result_status(const pravik_result* result);
 /*
  * The answer as JSON on one line, {"kind":…,"result":{…},"checks":{…}} or {"kind":…,"error":{"code":…,"message":…,
  * "context":{…}}}, as the command line writes it; the context says more than the message, such as why a file cannot be
  * read, and "report" beside the error why nothing was read. "turned" tells by how many degrees clockwise a picture was
- * turned to stand upright, if it was. The statuses from PRAVIK_INVALID_INPUT on have neither kind nor context. Never
+ * turned to stand upright, if it was; "warnings" and "doubtful" name what makes a record less certain than it looks and
+ * the fields that cannot be as they are. PRAVIK_CARDS gives {"kind":"cards","cards":[{"kind":…,"corners":…,"result":…},
+ * …]}. The statuses from PRAVIK_INVALID_INPUT on have neither kind nor context. Never
  * null; valid until the result is freed, as are the next two.
  */
 const char* pravik_result_json(const pravik_result* result);

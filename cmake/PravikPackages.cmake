@@ -33,7 +33,7 @@ need to find Pravik. The component qt also needs qt6-base-dev.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${PRAVIK_PACKAGE_tools})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${same}")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-noto-cjk")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-noto-cjk, qt6-translations-l10n")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Reads identity cards, bank cards and codes: programs
 The command line (pravik) and the desktop scanner (pravik-scanner).")
 include(CPack)

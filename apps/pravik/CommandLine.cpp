@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <exception>
 #include <iterator>
 #include <ostream>
 #include <stdexcept>
 
 #include "Records/PravikVersion.h"
+#include "Utils/Day.h"
 #include "apps/pravik/Choice.h"
 #include "apps/pravik/Description.h"
 #include "apps/pravik/Installation.h"
@@ -30,8 +30,6 @@ constexpr int maximumTimeout = 7 * 24 * 3600;
 
 const Choices<Format> formats{
     {"table", Format::table}, {"json", Format::json}, {"jsonl", Format::jsonl}, {"csv", Format::csv}};
-
-const Choices<Language> languages{{"zh", Language::chinese}, {"en", Language::english}};
 
 constexpr const char* overview =
     "Reads Chinese identity cards, bank cards, codes and text from pictures.\n\n"
@@ -109,7 +107,8 @@ Choices<OCRLogger::Level> logLevels() {
 /// The options may stand before the command or behind it.
 void addSharedOptions(CLI::App& app, Settings& settings) {
   addChoice(app, "--format", settings.format, formats, "How answers are written (table); csv for pictures only");
-  addChoice(app, "--lang", settings.language, languages, "Language of the table's words (that of the environment)");
+  addChoice(app, "--lang", settings.language, languagesByName(),
+            "Language of the table's words (that of the environment)");
   addChoice(app, "--log-level", settings.logLevel, logLevels(), "Log to standard error (none)");
   app.add_flag("--strict", settings.isStrict, "Exit with 1 also when a field is doubtful or a check failed");
   app.add_option("--annotate", settings.annotate, "Also write each picture with what was read drawn on it")
@@ -140,14 +139,8 @@ CLI::App& addCommand(CLI::App& app, std::string_view name, std::string_view desc
 
 /// Throws CLI::ValidationError for what is no day of the calendar, written as 2026-01-31.
 std::chrono::year_month_day dayOf(const std::string& text) {
-  int year = 0;
-  unsigned month = 0, day = 0;
-  char end = 0;
-  const bool isWritten =
-      text.size() == 10 && std::sscanf(text.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &end) == 3;
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-  if (!isWritten || !date.ok()) throw CLI::ValidationError("--date", "must be a day such as 2026-01-31");
-  return date;
+  if (const auto day = dayNamed(text)) return *day;
+  throw CLI::ValidationError("--date", "must be a day such as 2026-01-31");
 }
 
 void addReportOptions(CLI::App& command, const PictureCommand& picture, PictureOptions& options) {

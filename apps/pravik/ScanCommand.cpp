@@ -116,7 +116,7 @@ ScanRun::ScanRun(ScanOptions options, std::shared_ptr<Dispatch> dispatch, const 
   observed_ = std::make_shared<ObservedDispatch>(dispatch_, watch_);
   stage_ = std::make_shared<HeadlessStage>(dispatch_, screenSize(frame));
   report_ = std::make_shared<ScannerListener>([this](const ScannerReport& report) {
-    finish(report.record ? recordAnswer(*report.record) : answerOf(report.record.error()));
+    finish(readingAnswer({report.record, report.record && screen_ ? screen_->lastReport() : ReadingReport{}}));
   });
 }
 

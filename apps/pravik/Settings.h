@@ -10,8 +10,8 @@
 
 #include "Platform/Platform.h"
 #include "Utils/OCRLogger.h"
-#include "apps/pravik/Wording.h"
 #include "backends/DefaultPlatform.h"
+#include "backends/json/Wording.h"
 
 namespace pravik::cli {
 

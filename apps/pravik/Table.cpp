@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <vector>
 
 #include "Reading/RecordChecks.h"
@@ -39,16 +38,6 @@ std::string valueText(const Json& value, Language language) {
   return jsonText(value);
 }
 
-std::map<std::string, std::string, std::less<>> failedChecks(const Answer& answer, Language language) {
-  std::map<std::string, std::string, std::less<>> failures;
-  const auto checks = answer.find("checks");
-  if (checks == answer.end()) return failures;
-  for (const auto& [check, passed] : checks->items())
-    if (const CheckKind* known = checkNamed(check); known != nullptr && passed == false)
-      failures[std::string(known->field)] = formatted("! {}", checkText(check, language));
-  return failures;
-}
-
 /// A nested object becomes rows of its own, their names joined with a dot.
 void appendRows(const Json& object, const std::string& prefix, Language language, std::vector<Row>& rows) {
   for (const auto& [key, value] : object.items()) {
@@ -62,16 +51,7 @@ void appendRows(const Json& object, const std::string& prefix, Language language
 std::vector<Row> resultRows(const Answer& answer, Language language) {
   std::vector<Row> rows;
   appendRows(answer["result"], {}, language, rows);
-  const auto failures = failedChecks(answer, language);
-  const Json doubtful = answer.value("doubtful", Json::array());
-  const auto isDoubtful = [&](const std::string& field) {
-    return std::ranges::find(doubtful, Json(field)) != doubtful.end();
-  };
-  for (Row& row : rows)
-    if (const auto failure = failures.find(row.field); failure != failures.end())
-      row.note = failure->second;
-    else if (isDoubtful(row.field))
-      row.note = language == Language::chinese ? "? 存疑" : "? doubtful";
+  for (Row& row : rows) row.note = fieldNote(answer, row.field, language);
   return rows;
 }
 

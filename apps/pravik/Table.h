@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "apps/pravik/Wording.h"
 #include "backends/json/Answer.h"
+#include "backends/json/Wording.h"
 
 namespace pravik::cli {
 

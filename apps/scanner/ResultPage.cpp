@@ -100,10 +100,10 @@ QWidget* ResultPage::makeContent(const ScannedRecord& record) {
 
 QLayout* ResultPage::makeFields(const ScannedRecord& record) {
   auto* column = new QVBoxLayout;
-  if (record.failsCheck) {
-    auto* warning = new QLabel(text(Text::checkFailed));
-    warning->setWordWrap(true);
-    column->addWidget(warning);
+  if (!record.warnings.isEmpty()) {
+    auto* warnings = new QLabel("! " + record.warnings.join("\n! "));
+    warnings->setWordWrap(true);
+    column->addWidget(warnings);
   }
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(12);
@@ -128,6 +128,12 @@ void ResultPage::addRow(QGridLayout& grid, const Field& field) {
   texts->setSpacing(2);
   texts->addWidget(label);
   texts->addWidget(value);
+  if (!field.note.isEmpty()) {
+    auto* note = new QLabel(field.note);
+    note->setWordWrap(true);
+    texts->addWidget(note);
+    value->setAccessibleDescription(field.note);
+  }
   grid.addLayout(texts, row, 0);
   if (field.isSecret) grid.addWidget(makeShowButton(field, value), row, 1);
   grid.addWidget(makeCopyButton(field), row, 2);

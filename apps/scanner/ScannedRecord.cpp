@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "Reading/RecordChecks.h"
+#include "apps/scanner/Texts.h"
 #include "backends/qt/QtValues.h"
 
 namespace pravik::scanner {
@@ -13,26 +13,27 @@ constexpr qsizetype shownCharacters = 4;
 constexpr QChar maskCharacter(u'*');
 
 /// Absent when there is nothing to show.
-std::optional<Field> shown(const RecordField& field, const Record& record) {
+std::optional<Field> shown(const RecordField& field, const Record& record, const Answer& answer) {
   const FieldValue value = field.value(record);
   const auto* text = std::get_if<std::string>(&value);
   if (field.display == FieldDisplay::hidden || text == nullptr || text->empty()) return std::nullopt;
   return Field{inUserLanguage(field.chineseLabel, field.englishLabel), QString::fromStdString(*text),
-               field.display == FieldDisplay::masked};
+               field.display == FieldDisplay::masked,
+               QString::fromStdString(fieldNote(answer, field.name, languageInUse()))};
 }
 
 }  // namespace
 
-ScannedRecord describe(const Record& record, const std::optional<Image>& picture) {
+ScannedRecord describe(const Record& record, const ReadingReport& report, const std::optional<Image>& picture) {
   const DocumentKind& kind = documentKind(record);
   ScannedRecord described{.fields = {},
                           .picture = picture,
-                          .failsCheck = false,
-                          .answer = withKind(kind.commandName, recordAnswer(record))};
+                          .warnings = {},
+                          .answer = withKind(kind.commandName, readingAnswer({record, report}))};
   for (const RecordField& field : kind.fields)
-    if (auto line = shown(field, record)) described.fields.push_back(*std::move(line));
-  for (const RecordCheck& check : checksOf(record))
-    described.failsCheck = described.failsCheck || (check.kind.isOfNumber && check.passed == false);
+    if (auto line = shown(field, record, described.answer)) described.fields.push_back(*std::move(line));
+  for (const ReadingWarning warning : report.warnings)
+    described.warnings.push_back(inUserLanguage(chineseText(warning), englishText(warning)));
   return described;
 }
 

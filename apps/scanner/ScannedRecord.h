@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <optional>
 #include <vector>
 
@@ -15,6 +16,8 @@ struct Field {
   QString value;
   /// Whether it is shown only on request.
   bool isSecret = false;
+  /// What is wrong with it, or may be; empty for nothing.
+  QString note = {};
 
   bool operator==(const Field&) const = default;
 };
@@ -25,13 +28,13 @@ struct ScannedRecord {
   std::vector<Field> fields;
   /// Absent when there is no picture.
   std::optional<Image> picture;
-  /// Whether a number does not fit its own check digit.
-  bool failsCheck = false;
-  /// {"kind":…,"result":…} with "checks" for a card, as the command-line tool answers.
+  /// What makes the record less certain than it looks, for people.
+  QStringList warnings;
+  /// {"kind":…,"result":…} with "checks" and more for a card, as the command-line tool answers.
   Answer answer;
 };
 
-ScannedRecord describe(const Record& record, const std::optional<Image>& picture);
+ScannedRecord describe(const Record& record, const ReadingReport& report, const std::optional<Image>& picture);
 
 /// A secret value with a star for every character but the last four; spaces stay.
 QString masked(const QString& value);

@@ -35,6 +35,8 @@ std::variant<ScannerSettings, int> readSettings(const std::vector<std::string>& 
   app.add_flag("--loop", settings.loops, "Begin a video file anew when it has ended");
   app.add_flag("--mode-switch", settings.showsModeSwitch, "Let the user switch between the cards while scanning");
   app.add_flag("--json", settings.writesJson, "Write the first record to standard output and end");
+  cli::addChoice(app, "--lang", settings.language, languagesByName(),
+                 "Language of the window (that of the environment)");
   app.add_option("--models", settings.models, "The folder of the text models")->type_name("DIR");
   cli::addChoice(app, "--log-level", settings.logLevel, levels(), "Log on standard error");
   try {

@@ -9,6 +9,7 @@
 
 #include "Records/OCRScanMode.h"
 #include "Utils/OCRLogger.h"
+#include "backends/json/Wording.h"
 
 namespace pravik::scanner {
 
@@ -22,6 +23,7 @@ struct ScannerSettings {
   bool showsModeSwitch = false;
   /// Writes the first record to standard output and ends.
   bool writesJson = false;
+  Language language = environmentLanguage();
   std::filesystem::path models = {};
   OCRLogger::Level logLevel = OCRLogger::Level::none;
 };

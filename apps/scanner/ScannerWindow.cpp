@@ -26,6 +26,12 @@ QString droppedFile(const QMimeData& data) {
   return {};
 }
 
+/// Why nothing was read, with its code: "no QR code or bar code was found (no_code_found)".
+QString told(const Answer& failure) {
+  return QStringLiteral("%1 (%2)").arg(QString::fromStdString(explanation(failure, languageInUse())),
+                                       QString::fromStdString(errorCode(failure)));
+}
+
 }  // namespace
 
 ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool bringsCamera)
@@ -34,7 +40,10 @@ ScannerWindow::ScannerWindow(ScannerSettings settings, Platform platform, bool b
       bringsCamera_(bringsCamera),
       sdk_(platform_),
       stage_(std::make_shared<QtStage>(*this, platform_)),
-      listener_(std::make_shared<ScannerListener>([this](const ScannerReport& report) { heard(report); })),
+      listener_(std::make_shared<ScannerListener>([this](const ScannerReport& report) {
+        const auto screen = screen_.lock();
+        heard(report, screen && report.record ? screen->lastReport() : ReadingReport{});
+      })),
       start_(new StartPage(settings_.mode.value_or(OCRScanMode::bankCard), settings_.camera)),
       result_(new ResultPage) {
   setWindowTitle(text(Text::title));
@@ -68,6 +77,7 @@ void ScannerWindow::scan() {
   const auto screen =
       std::make_shared<OCRScannerViewController>(start_->mode(), settings_.showsModeSwitch, sdk_, platform);
   screen->delegate = listener_;
+  screen_ = screen;
   stage_->present(screen, true, {});
 }
 
@@ -80,7 +90,7 @@ bool ScannerWindow::prepareCamera() {
   std::error_code error;
   const bool isForbidden = source.isCamera && std::filesystem::exists(source.path, error) && !mayBeOpened(source);
   if (!problem.empty() && !isForbidden) {
-    showFailure(QString::fromStdString(problem));
+    showFailure(QString::fromStdString(ownText(problem, languageInUse())));
     return false;
   }
   useCamera(
@@ -95,7 +105,7 @@ void ScannerWindow::cameraEnded(const std::string& reason) {
   if (!stage_->showsScreen()) return;
   stage_->presentAlert(
       {.title = text(Text::cameraEnded).toStdString(),
-       .message = reason,
+       .message = ownText(reason, languageInUse()),
        .actions = {{text(Text::ok).toStdString(), Alert::ActionStyle::cancel, [this] { stage_->press("xmark"); }}}});
 }
 
@@ -118,23 +128,23 @@ void ScannerWindow::readPhoto(const QString& path) {
 }
 
 void ScannerWindow::recognizePhoto(const std::optional<Image>& photo) {
-  if (!photo) return showFailure(text(Text::notAPhoto));
+  if (!photo) return showFailure(told(answerOf(OCRError::invalidImage())));
   setCurrentWidget(start_);
   start_->showMessage(text(Text::reading));
   start_->setBusy(true);
   sdk_.read(*photo, start_->mode(), [window = QPointer(this), photo](const Reading& reading) {
     if (!window) return;
     window->start_->setBusy(false);
-    window->heard({reading.record, photo});
+    window->heard({reading.record, photo}, reading.report);
   });
 }
 
-void ScannerWindow::heard(const ScannerReport& report) {
-  if (report.record) return showRecord(describe(*report.record, report.capturedImage));
+void ScannerWindow::heard(const ScannerReport& report, const ReadingReport& reading) {
+  if (report.record) return showRecord(describe(*report.record, reading, report.capturedImage));
   const OCRError& error = report.record.error();
   // The screen stays and asks for the permission; its cancellation is the end.
   if (error.kind() == OCRError::Case::cameraPermissionDenied) return;
-  showFailure(error == OCRError::cancelled() ? QString() : QString::fromStdString(error.errorDescription()));
+  showFailure(error == OCRError::cancelled() ? QString() : told(readingAnswer({report.record, reading})));
 }
 
 void ScannerWindow::showRecord(const ScannedRecord& record) {

@@ -43,7 +43,7 @@ class ScannerWindow : public QStackedWidget {
   bool prepareCamera();
   void askForPhoto();
   void recognizePhoto(const std::optional<Image>& photo);
-  void heard(const ScannerReport& report);
+  void heard(const ScannerReport& report, const ReadingReport& reading);
   void showRecord(const ScannedRecord& record);
   void showFailure(const QString& message);
   void cameraEnded(const std::string& reason);
@@ -54,6 +54,8 @@ class ScannerWindow : public QStackedWidget {
   PravikSDK sdk_;
   std::shared_ptr<QtStage> stage_;
   std::shared_ptr<ScannerListener> listener_;
+  /// The one that was shown last.
+  std::weak_ptr<OCRScannerViewController> screen_;
   StartPage* start_;
   ResultPage* result_;
 };

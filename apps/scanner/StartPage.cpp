@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFont>
+#include <QScrollArea>
 #include <QVBoxLayout>
 #include <vector>
 
@@ -76,6 +77,7 @@ StartPage::StartPage(OCRScanMode mode, const std::string& camera)
   auto* cameraLabel = new QLabel(text(Text::camera));
   cameraLabel->setBuddy(cameras_);
   message_->setWordWrap(true);
+  message_->setTextFormat(Qt::PlainText);
   message_->hide();
   start_->setDefault(true);
   setFocusProxy(start_);
@@ -101,10 +103,19 @@ StartPage::StartPage(OCRScanMode mode, const std::string& camera)
   auto* content = new QWidget;
   content->setLayout(column);
   content->setMaximumWidth(contentWidth);
-  auto* row = new QHBoxLayout(this);
+  auto* page = new QWidget;
+  auto* row = new QHBoxLayout(page);
   row->addStretch(1);
   row->addWidget(content, 100);
   row->addStretch(1);
+  // A long message needs more than a small window.
+  auto* scroll = new QScrollArea;
+  scroll->setWidget(page);
+  scroll->setWidgetResizable(true);
+  scroll->setFrameShape(QFrame::NoFrame);
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->addWidget(scroll);
 
   connect(start_, &QPushButton::clicked, this, [this] { onStart(); });
   connect(openPhoto_, &QPushButton::clicked, this, [this] { onOpenPhoto(); });

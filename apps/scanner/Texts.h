@@ -3,6 +3,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "backends/json/Wording.h"
+
 namespace pravik::scanner {
 
 /// What the application says, beside what the scanner itself says.
@@ -23,12 +25,15 @@ enum class Text : std::uint8_t {
   show,
   hide,
   cameraEnded,
-  notAPhoto,
   ok,
-  checkFailed,
 };
 
-/// In Chinese for users whose language that is, in English for all others.
+/// Has everything that is shown from now on in one language: the application's texts, the screens' and Qt's own, where
+/// its translations are installed. Needs a QApplication.
+void useLanguage(Language language);
+/// The one in use.
+Language languageInUse();
+
 QString text(Text which);
 
 }  // namespace pravik::scanner

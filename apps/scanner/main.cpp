@@ -10,6 +10,7 @@
 #include "apps/pravik/ProgramMemory.h"
 #include "apps/scanner/ScannerSettings.h"
 #include "apps/scanner/ScannerWindow.h"
+#include "apps/scanner/Texts.h"
 #include "backends/qt/QtPlatform.h"
 #include "backends/qt/QtValues.h"
 
@@ -54,6 +55,7 @@ int runScanner(int argumentCount, char** arguments) {
   QApplication application(argumentCount, arguments);
   QApplication::setApplicationName("pravik-scanner");
   QApplication::setFont(pravik::interfaceFont());
+  useLanguage(settings.language);
   ScannerWindow window(settings, pravik::makeQtPlatform({.parts = {.modelDirectory = settings.models}}));
   int status = pravik::cli::allRecognized;
   if (settings.writesJson) {

@@ -42,8 +42,8 @@ QMessageBox* makeMessageBox(const Alert& alert, QWidget* parent) {
   auto* box = new QMessageBox(parent);
   box->setAttribute(Qt::WA_DeleteOnClose);
   box->setIcon(QMessageBox::Information);
-  box->setText(QString::fromStdString(alert.title));
-  box->setInformativeText(QString::fromStdString(alert.message));
+  box->setText(shownText(alert.title));
+  box->setInformativeText(shownText(alert.message));
   return box;
 }
 
@@ -91,8 +91,8 @@ void QtStage::presentAlert(Alert alert) {
   std::vector<std::pair<QAbstractButton*, std::function<void()>>> answers;
   for (Alert::Action& action : alert.actions) {
     const bool cancels = action.style == Alert::ActionStyle::cancel;
-    QPushButton* button = box->addButton(QString::fromStdString(action.title),
-                                         cancels ? QMessageBox::RejectRole : QMessageBox::AcceptRole);
+    QPushButton* button =
+        box->addButton(shownText(action.title), cancels ? QMessageBox::RejectRole : QMessageBox::AcceptRole);
     if (cancels) box->setEscapeButton(button);
     answers.emplace_back(button, std::move(action.handler));
   }
@@ -176,7 +176,7 @@ WorkItem QtStage::animate(Animation animation) {
 
 Size QtStage::textSize(const std::string& text, const Font& font) const {
   const QFontMetricsF metrics(toQt(font));
-  return {std::ceil(metrics.horizontalAdvance(QString::fromStdString(text))), std::ceil(metrics.height())};
+  return {std::ceil(metrics.horizontalAdvance(shownText(text))), std::ceil(metrics.height())};
 }
 
 }  // namespace pravik

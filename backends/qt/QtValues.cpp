@@ -12,6 +12,10 @@ QString inUserLanguage(std::string_view chinese, std::string_view english) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QString shownText(const std::string& text) {
+  return QCoreApplication::translate("Pravik", text.c_str());
+}
+
 QFont interfaceFont() {
   QFont result = QApplication::font();
   // Without a face named, a system whose language is not Chinese may show the Japanese forms of characters.

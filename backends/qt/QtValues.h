@@ -6,6 +6,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QString>
+#include <string>
 #include <string_view>
 
 #include "Platform/Bitmap.h"
@@ -30,6 +31,10 @@ inline QRectF toQt(const Rect& rect) {
 
 /// A text in Chinese for users whose language that is, in English for all others.
 QString inUserLanguage(std::string_view chinese, std::string_view english);
+
+/// What a screen says, as it is shown: what a QTranslator of the application gives for it in the context "Pravik", or
+/// as it is.
+QString shownText(const std::string& text);
 
 /// The application's typeface, with Chinese faces behind it.
 QFont interfaceFont();

@@ -9,6 +9,7 @@
 #include <chrono>
 
 #include "Platform/Controls.h"
+#include "backends/qt/QtValues.h"
 #include "backends/qt/Symbols.h"
 
 namespace pravik {
@@ -50,7 +51,7 @@ Button* findButton(const View& view, const std::function<bool(const Button&)>& m
 void collectTexts(const View& view, QStringList& texts) {
   if (view.isHidden || view.alpha <= 0) return;
   if (const auto* label = dynamic_cast<const Label*>(&view); label != nullptr && !label->text.empty())
-    texts << QString::fromStdString(label->text);
+    texts << shownText(label->text);
   for (const auto& child : view.subviews()) collectTexts(*child, texts);
 }
 

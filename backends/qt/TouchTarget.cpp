@@ -12,14 +12,14 @@ namespace {
 
 QString nameOf(const Button& button) {
   const Symbol* symbol = findSymbol(button.icon);
-  return symbol == nullptr || !button.title.empty() ? QString::fromStdString(button.title) : symbol->label();
+  return symbol == nullptr || !button.title.empty() ? shownText(button.title) : symbol->label();
 }
 
 void addSegments(const SegmentedControl& control, Point origin, std::vector<TouchArea>& areas) {
   const double width = control.frame.width / static_cast<double>(control.segments.size());
   for (std::size_t i = 0; i < control.segments.size(); ++i)
     areas.push_back({.frame = {origin.x + width * static_cast<double>(i), origin.y, width, control.frame.height},
-                     .name = QString::fromStdString(control.segments[i].title),
+                     .name = shownText(control.segments[i].title),
                      .isEnabled = control.segments[i].isEnabled,
                      .isChoice = true,
                      .isChosen = i == control.selectedSegment});

@@ -32,7 +32,7 @@ void paintText(QPainter& painter, const QRectF& area, const std::string& text, c
   if (text.empty()) return;
   const QFont face = toQt(font);
   const QFontMetricsF metrics(face);
-  QString line = QString::fromStdString(text);
+  QString line = shownText(text);
   // A frame that was fitted to the text may lack a fraction of a point.
   if (metrics.horizontalAdvance(line) > area.width() + 1) line = metrics.elidedText(line, Qt::ElideRight, area.width());
   painter.setFont(face);
@@ -89,7 +89,7 @@ void paintShape(QPainter& painter, const ShapeLayer& shape) {
 
 void paintButton(QPainter& painter, const Button& button) {
   const Symbol* symbol = findSymbol(button.icon);
-  const double titleWidth = QFontMetricsF(toQt(button.font)).horizontalAdvance(QString::fromStdString(button.title));
+  const double titleWidth = QFontMetricsF(toQt(button.font)).horizontalAdvance(shownText(button.title));
   const double side = button.title.empty() ? iconSide : smallIconSide;
   const double iconWidth = symbol == nullptr ? 0 : side + (button.title.empty() ? 0 : iconSpacing);
   double x = std::max(0.0, (button.frame.width - iconWidth - titleWidth) / 2);
@@ -106,7 +106,7 @@ Font fitted(const SegmentedControl& control, double width) {
   const QFontMetricsF metrics(toQt(font));
   double longest = 1;
   for (const SegmentedControl::Segment& segment : control.segments)
-    longest = std::max(longest, metrics.horizontalAdvance(QString::fromStdString(segment.title)));
+    longest = std::max(longest, metrics.horizontalAdvance(shownText(segment.title)));
   font.size *= std::clamp(width / longest, leastTitleScale, 1.0);
   return font;
 }

@@ -4,7 +4,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-static const char* const kinds[] = {"id-front", "id-back", "bank-card", "code", "text"};
+static const char* const kinds[] = {"id-front", "id-back", "bank-card", "code", "text", "cards"};
 enum { kind_count = sizeof kinds / sizeof kinds[0] };
 
 static int kind_named(const char* name) {
@@ -34,12 +34,14 @@ static int print_record(pravik_handle* handle, pravik_kind kind, const char* pic
 int main(int argc, char** argv) {
   const int kind = argc > 2 ? kind_named(argv[1]) : kind_count;
   if (kind == kind_count) {
-    fprintf(stderr, "usage: read-a-card id-front|id-back|bank-card|code|text PICTURE...\n");
+    fprintf(stderr, "usage: read-a-card id-front|id-back|bank-card|code|text|cards PICTURE...\n");
     return 2;
   }
   pravik_handle* handle = pravik_create(NULL, 0);
   if (handle == NULL) return EXIT_FAILURE;
   pravik_set_log(handle, PRAVIK_LOG_ERROR, print_log, stderr);
+  /* Errors in the user's language. */
+  pravik_set_language(handle, "");
   int all_read = 1;
   for (int i = 2; i < argc; ++i) all_read &= print_record(handle, (pravik_kind)kind, argv[i]);
   pravik_destroy(handle);

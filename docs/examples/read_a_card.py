@@ -8,12 +8,12 @@ import ctypes
 import json
 import sys
 
-KINDS = ["id-front", "id-back", "bank-card", "code", "text"]
+KINDS = ["id-front", "id-back", "bank-card", "code", "text", "cards"]
 LOG_LEVELS = ["none", "error", "warning", "info", "debug", "verbose"]
 
 
 class PravikError(Exception):
-    """Why there is no record; `code` is stable, such as "scene_mismatch", and `answer` is the whole answer."""
+    """Why there is no record, in a sentence; `code` is stable, such as "scene_mismatch", `answer` the whole answer."""
 
     def __init__(self, code, message, answer):
         super().__init__(message)
@@ -25,13 +25,18 @@ class Pravik:
 
     LOG_FUNCTION = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_int, ctypes.c_char_p)
 
-    def __init__(self, library, models=None, threads=0):
+    def __init__(self, library, models=None, threads=0, report=False, date="", language=""):
+        """`report` tells how each field was read, `date` ("2026-01-31") is the day by which a card has expired, "" for
+        today, and `language` that of the errors: "zh", "en", or "" for the user's."""
         self._c = ctypes.CDLL(library)
         text, pointer, number, size = ctypes.c_char_p, ctypes.c_void_p, ctypes.c_int, ctypes.c_size_t
         for name, result, arguments in (
                 ("pravik_create", pointer, (text, number)),
                 ("pravik_destroy", None, (pointer,)),
                 ("pravik_set_log", number, (pointer, number, self.LOG_FUNCTION, pointer)),
+                ("pravik_set_report", number, (pointer, number)),
+                ("pravik_set_date", number, (pointer, text)),
+                ("pravik_set_language", number, (pointer, text)),
                 ("pravik_recognize_file", pointer, (pointer, number, text)),
                 ("pravik_recognize_memory", pointer, (pointer, number, text, size)),
                 ("pravik_parse", pointer, (number, text)),
@@ -46,6 +51,10 @@ class Pravik:
         if not self._handle:
             raise MemoryError("Pravik could not be set up")
         self._log = None
+        for setting, value in (("report", report), ("date", date.encode()), ("language", language.encode())):
+            if getattr(self._c, f"pravik_set_{setting}")(self._handle, value):
+                self.close()
+                raise ValueError(f"{setting} cannot be {value!r}")
 
     def __enter__(self):
         return self

@@ -31,7 +31,7 @@ void OCRScannerViewController::performOCR(const Image& image) {
   auto finish = [number = ++recognition_](OCRScannerViewController& screen, const Reading& reading) {
     if (number != screen.recognition_) return;
     if (reading.record) {
-      screen.handleSuccess(*reading.record);
+      screen.handleSuccess(*reading.record, reading.report);
     } else {
       screen.handleRecognitionFailure(reading.record.error());
     }
@@ -42,7 +42,8 @@ void OCRScannerViewController::performOCR(const Image& image) {
   ocr_.read(image, mode, deferred(std::move(finish)), {.stop = recognitionStop_.get_token()});
 }
 
-void OCRScannerViewController::handleSuccess(const Record& record) {
+void OCRScannerViewController::handleSuccess(const Record& record, const ReadingReport& reading) {
+  lastReport_ = reading;
   if (documentKind(record).isCard())
     OCRLogger::info([&] { return formatted("识别成功, autoDismiss={}", autoDismissOnSuccess); });
   else

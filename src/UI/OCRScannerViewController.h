@@ -50,6 +50,9 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   OCRScanMode scanMode() const { return scanMode_; }
   /// The photo or picked picture that was recognised last, as it was handed to the recognition.
   const std::optional<Image>& lastCapturedImage() const { return lastCapturedImage_; }
+  /// How the record was read that is reported, or was last; empty for a code, for a number that several photos gave
+  /// together, and before.
+  const ReadingReport& lastReport() const { return lastReport_; }
   /// A capture or a recognition is under way.
   bool isRecognizing() const { return frames_->isRecognizing; }
   /// Failed recognitions of photos so far.
@@ -98,7 +101,7 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   // From the picture to the report.
   void handlePickedPicture(const std::optional<Image>& picture);
   void performOCR(const Image& image);
-  void handleSuccess(const Record& record);
+  void handleSuccess(const Record& record, const ReadingReport& reading = {});
   void handleRecognitionFailure(const OCRError& error);
   void handleAlbumFailure();
   void handleLastFailure(const OCRError& error);
@@ -137,6 +140,7 @@ class OCRScannerViewController : public Screen, public std::enable_shared_from_t
   std::weak_ptr<Stage> stage_;
 
   std::optional<Image> lastCapturedImage_;
+  ReadingReport lastReport_;
   std::shared_ptr<CameraManager> camera_;
   std::shared_ptr<FrameMonitor> frames_;
   std::shared_ptr<ScannerOverlayView> overlayView_;

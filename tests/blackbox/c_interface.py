@@ -42,6 +42,7 @@ class CInterface(unittest.TestCase):
             truth = json.loads(line)
             pictures.setdefault(truth["kind"], []).append(SAMPLES / truth["file"])
         pictures["text"] = pictures["id-back"][:1]
+        pictures["cards"] = pictures["id-front"][:1] + pictures["bank-card"][:1]
         for kind, files in pictures.items():
             expected = [without_file(line)
                         for line in run(TOOL, kind, "--format", "jsonl", *files).stdout.splitlines()]
@@ -60,6 +61,28 @@ class CInterface(unittest.TestCase):
                 self.assertEqual((ended.returncode, len(ended.stdout.splitlines())), (1, 1), ended.stderr)
                 self.assertEqual(ended.stderr.count("invalid_image"), 2, ended.stderr)
                 self.assertEqual(run(*program, "passport", whole).returncode, 2)
+
+    def test_tells_the_report_by_the_day_that_is_set(self):
+        picture = SAMPLES / "id-back-clean-0000.jpg"
+        for date, warnings in (("2010-01-01", None), ("2016-01-01", ["expired"])):
+            line = run(TOOL, "id-back", "--report", "--date", date, "--format", "jsonl", picture).stdout
+            with Pravik(LIBRARY, report=True, date=date) as pravik:
+                answer = pravik.read_file("id-back", picture)
+            self.assertEqual(one_line(answer), without_file(line))
+            self.assertEqual(answer.get("warnings"), warnings)
+            self.assertIn("fields", answer)
+
+    def test_tells_an_error_in_the_language_that_is_set(self):
+        picture = SAMPLES / "id-front-clean-0000.jpg"
+        for language, code, message in (("en", "insufficient_text", "no QR code or bar code was found"),
+                                        ("zh", "insufficient_text", "没有找到二维码或条形码")):
+            with Pravik(LIBRARY, language=language) as pravik, self.assertRaises(PravikError) as caught:
+                pravik.read_file("code", picture)
+            self.assertEqual((caught.exception.code, str(caught.exception)), (code, message))
+            self.assertEqual(caught.exception.answer["error"]["message"], "未能从图像中提取到足够的文字信息")
+        for wrong in ({"date": "2026-02-30"}, {"date": "-026-01-01"}, {"language": "fr"}, {"report": 2}):
+            with self.assertRaises(ValueError, msg=wrong):
+                Pravik(LIBRARY, **wrong)
 
     def test_the_binding_parses_reads_memory_and_logs(self):
         picture = SAMPLES / "id-back-clean-0000.jpg"

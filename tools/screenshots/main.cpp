@@ -10,6 +10,7 @@
 #include <string>
 
 #include "apps/scanner/ScannerWindow.h"
+#include "apps/scanner/Texts.h"
 #include "backends/qt/QtPlatform.h"
 #include "backends/qt/QtValues.h"
 #include "support/StillCamera.h"
@@ -199,9 +200,9 @@ void takePermission(const Tour& tour, const Platform& parts) {
 void takeApplication(const Tour& tour, Platform parts) {
   const auto camera = std::make_shared<test::StillCamera>(parts.dispatch, tour.wide.idFront);
   parts.captureSystem = camera;
-  for (const QLocale& locale : {QLocale(QLocale::English), QLocale(QLocale::Chinese)}) {
-    QLocale::setDefault(locale);
-    const std::string language = locale.language() == QLocale::Chinese ? "-zh" : "-en";
+  for (const auto& [name, used] : languagesByName()) {
+    scanner::useLanguage(used);
+    const std::string language = "-" + name;
     scanner::ScannerWindow window({.mode = OCRScanMode::idCardFront}, parts, true);
     window.resize(landscape);
     window.show();
@@ -221,6 +222,7 @@ void takeApplication(const Tour& tour, Platform parts) {
 
 void run(const std::filesystem::path& clips, const std::filesystem::path& folder) {
   const Tour tour{.folder = folder, .wide = Subjects(clips / "wide"), .upright = Subjects(clips / "upright")};
+  scanner::useLanguage(Language::chinese);
   const Platform parts = makeQtPlatform();
   takeSuccess(tour, parts);
   takeFailures(tour, parts);

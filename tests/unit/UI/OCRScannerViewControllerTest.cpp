@@ -39,6 +39,7 @@ TEST(Scanner, TakesThePhotoOfAStillCardAndReportsItAfterTheScreenHasGone) {
   s.dispatch->advance(300ms);
   EXPECT_FALSE(s.camera->session->running || s.camera->device->torchOn);
   EXPECT_TRUE(s.listener->reports.empty()) << "the screen is still going";
+  EXPECT_FALSE(s.screen().lastReport().fields.empty());
   s.dispatch->advance(test::FakeStage::dismissal);
   EXPECT_EQ(s.listener->reports, (Strings{"id-front 张三"}));
   ASSERT_TRUE(s.listener->picture);

@@ -119,6 +119,22 @@ TEST(CInterface, AnswersWhatIsWrong) {
   EXPECT_EQ(pravik_create(nullptr, -1), nullptr);
   EXPECT_EQ(pravik_set_log(nullptr, PRAVIK_LOG_INFO, collect, nullptr), PRAVIK_INVALID_ARGUMENT);
   EXPECT_EQ(pravik_set_log(h, 6, collect, nullptr), PRAVIK_INVALID_ARGUMENT);
+  for (const pravik_status status :
+       {pravik_set_report(nullptr, 1), pravik_set_report(h, -1), pravik_set_date(nullptr, ""),
+        pravik_set_date(h, nullptr), pravik_set_date(h, "2026-02-29"), pravik_set_date(h, "2026-1-311"),
+        pravik_set_date(h, "2026-01-31 "), pravik_set_language(nullptr, "en"), pravik_set_language(h, nullptr),
+        pravik_set_language(h, "EN")})
+    EXPECT_EQ(status, PRAVIK_INVALID_ARGUMENT);
+}
+
+TEST(CInterface, APictureWithoutACardSaysSo) {
+  const Handle handle = ::handle();
+  EXPECT_EQ(pravik_set_language(handle.get(), "en"), PRAVIK_OK);
+  const CallResult result = readBlank(handle, PRAVIK_CARDS);
+  EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_INSUFFICIENT_TEXT);
+  EXPECT_STREQ(pravik_result_error_message(result.get()),
+               "no card was found: show all of it, on a ground that differs from it");
+  EXPECT_EQ(std::string(pravik_result_json(result.get())).rfind(R"({"kind":"cards","cards":[],"report":)", 0), 0U);
 }
 
 TEST(CInterface, TellsOfALackOfMemory) {

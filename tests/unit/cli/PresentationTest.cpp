@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 
+#include "Reading/RecordChecks.h"
+#include "Utils/Text.h"
 #include "apps/pravik/Annotation.h"
 #include "apps/pravik/Csv.h"
 #include "apps/pravik/Table.h"
@@ -69,6 +73,33 @@ TEST(Table, HasOneLanguageAtATime) {
   for (const auto& [answer, chinese, english] : cases) {
     EXPECT_EQ(asTable(answer, Language::chinese), chinese);
     EXPECT_EQ(asTable(answer, Language::english), english);
+  }
+}
+
+/// Sentences of any error, reason, warning and check: Chinese with Chinese characters, English without any.
+TEST(Wording, EveryCodeHasATextInBothLanguages) {
+  std::vector<std::function<std::string(Language)>> texts;
+  const auto add = [&](const Answer& answer) {
+    texts.emplace_back([answer](Language language) { return errorText(answer, language); });
+  };
+  for (const OCRError& error :
+       {OCRError::recognitionFailed("x.onnx"), OCRError::parseFailure("x"), OCRError::sceneMismatch("身份证", "银行卡"),
+        OCRError::invalidImage(), OCRError::insufficientText(), OCRError::cameraPermissionDenied(),
+        OCRError::photoLibraryPermissionDenied(), OCRError::cancelled()})
+    add(answerOf(error));
+  for (int i = 0; i <= static_cast<int>(UnreadReason::engineFailed); ++i)
+    add(readingAnswer(
+        {tl::unexpected(OCRError::insufficientText()), {.unreadReason = static_cast<UnreadReason>(i), .stage = {}}}));
+  for (int i = 0; i <= static_cast<int>(ReadingWarning::checkFailed); ++i)
+    texts.emplace_back(
+        [code = codeOf(static_cast<ReadingWarning>(i))](Language language) { return warningText(code, language); });
+  for (const Record& record : {Record(IDCardFrontInfo{}), Record(IDCardBackInfo{}), Record(BankCardInfo{})})
+    for (const RecordCheck& check : checksOf(record))
+      texts.emplace_back([name = check.kind.name](Language language) { return checkText(name, language); });
+  for (const auto& text : texts) {
+    const std::string chinese = text(Language::chinese), english = text(Language::english);
+    EXPECT_TRUE(std::ranges::any_of(codePoints(chinese), isIdeograph)) << chinese << english;
+    EXPECT_FALSE(english.empty() || std::ranges::any_of(codePoints(english), isIdeograph)) << chinese << english;
   }
 }
 

@@ -1,4 +1,4 @@
-#include "apps/pravik/Wording.h"
+#include "backends/json/Wording.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include "Reading/RecordChecks.h"
 #include "Utils/Text.h"
 
-namespace pravik::cli {
+namespace pravik {
 namespace {
 
 struct Wording {
@@ -17,11 +17,13 @@ struct Wording {
 };
 
 /// By the code of the error.
-constexpr std::array<Wording, 5> errors{{
+constexpr std::array<Wording, 7> errors{{
     {"recognition_failed", "文字识别失败", "the recognition failed"},
+    {"parse_failure", "字段解析失败", "a field could not be parsed"},
     {"invalid_image", "无法读取图片", "there is no picture that can be read"},
     {"insufficient_text", "未能从图像中提取到足够的文字信息", "not enough text could be read in the picture"},
     {"camera_permission_denied", "未获取相机权限", "the camera may not be used"},
+    {"photo_library_permission_denied", "未获取相册权限", "the photos may not be used"},
     {"cancelled", "识别已取消", "the reading was called off"},
 }};
 
@@ -34,8 +36,8 @@ constexpr std::array<Wording, 5> checks{{
     {"luhn", "校验位错误"},
 }};
 
-/// Pieces of the sentences that are made of files and pictures, the longer ones first.
-constexpr std::array<Wording, 34> pieces{{
+/// Pieces of the sentences that are made of files, pictures and cameras, the longer ones first.
+constexpr std::array<Wording, 46> pieces{{
     {"no pictures in this folder (--recursive looks into those within it)",
      "文件夹中没有图片（--recursive 会查找子文件夹）"},
     {"no pictures in this folder", "文件夹中没有图片"},
@@ -71,6 +73,19 @@ constexpr std::array<Wording, 34> pieces{{
     {"cannot write ", "无法写入 "},
     {"Permission denied", "没有权限"},
     {"No space left on device", "磁盘已满"},
+    {"the camera has gone", "相机已断开"},
+    {"the video has ended", "视频已结束"},
+    {"the video has no pictures", "视频没有画面"},
+    {"no such camera", "没有这个相机"},
+    {"not a camera", "不是相机"},
+    {"in use by another program, or without pictures", "正被其他程序使用，或没有画面"},
+    {"not a video, or damaged", "不是视频，或已损坏"},
+    {"a picture, not a video", "是图片，不是视频"},
+    {"not a file", "不是文件"},
+    {"the pictures are too large", "画面太大"},
+    {"permission denied; the camera's group, usually \"video\", may use it",
+     "没有权限；相机所属的用户组（通常是 video）可以使用"},
+    {"permission denied", "没有权限"},
 }};
 
 const Wording* wordingOf(std::span<const Wording> table, std::string_view key) {
@@ -99,12 +114,25 @@ std::string reportText(const Answer& answer, Language language) {
   return textAt(answer, "/report/text");
 }
 
+/// The check of a field that failed; empty for none.
+std::string failedCheckOf(const Answer& answer, std::string_view field) {
+  const Json results = answer.value("checks", Json::object());
+  for (const auto& [check, passed] : results.items())
+    if (const CheckKind* known = checkNamed(check); known != nullptr && known->field == field && passed == false)
+      return check;
+  return {};
+}
+
 /// Whether the report says what the error does, and more.
 bool reportSaysAll(const Answer& answer) {
   return textAt(answer, "/error/code") == "insufficient_text" && answer.contains("report");
 }
 
 }  // namespace
+
+std::vector<std::pair<std::string, Language>> languagesByName() {
+  return {{"zh", Language::chinese}, {"en", Language::english}};
+}
 
 Language environmentLanguage() {
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
@@ -131,11 +159,27 @@ std::string reasonText(const Answer& answer, Language language) {
   return reportText(answer, language);
 }
 
+std::string errorCode(const Answer& answer) {
+  return textAt(answer, reportSaysAll(answer) ? "/report/reason" : "/error/code");
+}
+
+std::string explanation(const Answer& answer, Language language) {
+  const std::string error = errorText(answer, language), reason = reasonText(answer, language);
+  return reason.empty() ? error : error + (language == Language::chinese ? "：" : ": ") + reason;
+}
+
 std::string checkText(std::string_view check, Language language) {
   const CheckKind* known = checkNamed(check);
   if (known == nullptr) return {};
   const Wording* chinese = wordingOf(checks, check);
   return std::string(language == Language::chinese && chinese != nullptr ? chinese->chinese : known->failure);
+}
+
+std::string fieldNote(const Answer& answer, std::string_view field, Language language) {
+  if (const std::string check = failedCheckOf(answer, field); !check.empty()) return "! " + checkText(check, language);
+  const Json doubtful = answer.value("doubtful", Json::array());
+  if (std::ranges::find(doubtful, Json(field)) == doubtful.end()) return {};
+  return language == Language::chinese ? "? 存疑" : "? doubtful";
 }
 
 std::string warningText(std::string_view code, Language language) {
@@ -152,4 +196,4 @@ std::string ownText(const std::string& english, Language language) {
   return text;
 }
 
-}  // namespace pravik::cli
+}  // namespace pravik
