@@ -65,7 +65,7 @@ class NumberBlindEngine final : public TextEngine {
 void recognizeCards(benchmark::State& state) {
   const Image photo{.bitmap = photoOfSize(1600, 1200)};
   const PravikSDK sdk(makeDefaultPlatform({.modelDirectory = PRAVIK_MODEL_DIRECTORY}));
-  if (syncWait(sdk.recognizeCards(photo))->size() != 1) return state.SkipWithError("one card was not found");
+  if (syncWait(sdk.recognizeCards(photo))->cards.size() != 1) return state.SkipWithError("one card was not found");
   for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(syncWait(sdk.recognizeCards(photo)));
 }
 BENCHMARK(recognizeCards)

@@ -98,8 +98,8 @@ Task<CodeScanResult> PravikSDK::recognizeCode(Image image, OCRScanMode mode, Rea
       [image = std::move(image), mode](const ReadingParts& parts) { return readCode(parts, image, mode); }));
 }
 
-Task<std::vector<CardReading>> PravikSDK::recognizeCards(Image image, ReadingLimits limits) const {
-  return runWithin<std::vector<CardReading>>(
+Task<CardsReading> PravikSDK::recognizeCards(Image image, ReadingLimits limits) const {
+  return runWithin<CardsReading>(
       std::move(limits), platform_->dispatch, partsOfCall(),
       [image = std::move(image)](const ReadingParts& parts) { return readCards(parts, image); });
 }
@@ -153,8 +153,7 @@ void PravikSDK::recognizeCode(Image image, OCRScanMode mode, Completion<CodeScan
   finish(recognizeCode(std::move(image), mode, std::move(limits)), std::move(completion));
 }
 
-void PravikSDK::recognizeCards(Image image, Completion<std::vector<CardReading>> completion,
-                               ReadingLimits limits) const {
+void PravikSDK::recognizeCards(Image image, Completion<CardsReading> completion, ReadingLimits limits) const {
   finish(recognizeCards(std::move(image), std::move(limits)), std::move(completion));
 }
 

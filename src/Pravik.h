@@ -58,7 +58,7 @@ class PravikSDK {
   Task<CodeScanResult> recognizeCode(Image image, OCRScanMode mode, ReadingLimits limits = {}) const;
   /// Finds every card on a picture, of whatever kind and however it lies, and reads each. No card is an empty list.
   /// Throws invalidImage, and recognitionFailed when the text engine fails; what is wrong with one card is told there.
-  Task<std::vector<CardReading>> recognizeCards(Image image, ReadingLimits limits = {}) const;
+  Task<CardsReading> recognizeCards(Image image, ReadingLimits limits = {}) const;
   /// All text: blocks of a line joined with a space, lines with a line feed. No check of the scene and no parsing;
   /// the scene only decides how the picture is prepared.
   Task<std::string> recognizeRawText(Image image, SceneType scene, ReadingLimits limits = {}) const;
@@ -81,7 +81,7 @@ class PravikSDK {
   void recognizeBankCard(Image image, Completion<BankCardInfo> completion, ReadingLimits limits = {}) const;
   void recognizeCode(Image image, OCRScanMode mode, Completion<CodeScanResult> completion,
                      ReadingLimits limits = {}) const;
-  void recognizeCards(Image image, Completion<std::vector<CardReading>> completion, ReadingLimits limits = {}) const;
+  void recognizeCards(Image image, Completion<CardsReading> completion, ReadingLimits limits = {}) const;
   void recognizeRawText(Image image, SceneType scene, Completion<std::string> completion,
                         ReadingLimits limits = {}) const;
 

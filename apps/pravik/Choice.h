@@ -41,8 +41,11 @@ CLI::Option* addChoice(CLI::App& app, const std::string& option, Chosen& value, 
                        const std::string& description) {
   std::vector<std::string> names;
   for (const auto& [name, ignored] : choices) names.push_back(name);
-  const auto choose = [&value, option, choices](const std::string& word) { value = chosen(option, choices, word); };
-  return app.add_option_function<std::string>(option, choose, description)->type_name(CLI::detail::join(names, "|"));
+  const auto choose = [&value, option, choices](const CLI::results_t& words) {
+    value = chosen(option, choices, words.front());
+    return true;
+  };
+  return app.add_option(option, choose, description)->type_name(CLI::detail::join(names, "|"));
 }
 
 }  // namespace pravik::cli

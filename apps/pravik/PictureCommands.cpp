@@ -274,7 +274,7 @@ Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const 
     if (!cards) return answerOf(cards.error());
     Answer answer = cardsAnswer(*cards);
     int number = 0;
-    for (const CardReading& card : *cards) saveCrops(card.reading, "-" + std::to_string(++number), answer);
+    for (const CardReading& card : cards->cards) saveCrops(card.reading, "-" + std::to_string(++number), answer);
     return answer;
   }
   if (command.document == nullptr)

@@ -91,10 +91,10 @@ Answer textAnswer(const Result<std::string>& result) {
   return result ? Answer{{"result", {{"text", *result}}}} : answerOf(result.error());
 }
 
-Answer cardsAnswer(const std::vector<CardReading>& cards) {
+Answer cardsAnswer(const CardsReading& reading) {
   Answer answer{{"cards", Json::array()}};
-  for (const CardReading& card : cards) answer["cards"].push_back(cardAnswer(card));
-  if (cards.empty()) answer["report"] = jsonOf(UnreadReason::noCardFound);
+  for (const CardReading& card : reading.cards) answer["cards"].push_back(cardAnswer(card));
+  if (reading.unreadReason) answer["report"] = jsonOf(*reading.unreadReason);
   return answer;
 }
 

@@ -30,7 +30,7 @@ Answer readingAnswer(const Reading& reading);
 /// {"cards":[{"kind":…,"corners":[[x,y],…],"turned":…,"pair":…} and what readingAnswer() and reportJson() give, …]}:
 /// the corners clockwise from the card's own upper left; "pair" only for the two sides of one identity card; a card
 /// without a kind has null for it, and "text". No card also has the "report" why.
-Answer cardsAnswer(const std::vector<CardReading>& cards);
+Answer cardsAnswer(const CardsReading& reading);
 
 /// {"error":{"code":…,"message":…,"context":{…}}}. `reason` tells a person what the error itself cannot, such as why a
 /// file could not be read, and stands in the context unless it is empty.

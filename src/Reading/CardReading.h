@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/Geometry.h"
 #include "Reading/Reading.h"
@@ -21,6 +22,14 @@ struct CardReading {
   std::string text;
   /// The one portrait and the one emblem side of a picture belong together.
   bool isOneOfAPair = false;
+};
+
+/// The cards on a picture.
+struct CardsReading {
+  /// From top to bottom, those of a row from left to right.
+  std::vector<CardReading> cards;
+  /// Why there are none; absent when there are some.
+  std::optional<UnreadReason> unreadReason = {};
 };
 
 }  // namespace pravik

@@ -34,6 +34,8 @@ constexpr double marginOfPaint = 0.04;
 constexpr double roomOfAnother = 0.7;
 /// A card as wide as this, as a share of the picture's mean side, has print that a fast look sees.
 constexpr double largeForFastLook = 0.45;
+/// A bank card has fewer blocks of text; a paper that names a bank has more.
+constexpr std::size_t mostBlocksOfBankCard = 20;
 /// The share of a picture from which on a card without an outline is read as if it were all of it.
 constexpr double fillingShare = 0.5;
 
@@ -189,6 +191,11 @@ void sortInReadingOrder(std::vector<CardReading>& cards) {
   }
 }
 
+/// Whether a card that gave no record is a bank card all the same. "银行" and "VALID" stand on papers too.
+bool isSurelyBankCard(const Observations& texts, bool isOutlined) {
+  return hasCardNumber(texts) || (isOutlined && texts.size() <= mostBlocksOfBankCard);
+}
+
 CardReading readCard(const ReadingParts& parts, const Image& card);
 
 /// A card that fills the picture, read as what its text says it is.
@@ -196,8 +203,12 @@ CardReading readCardWith(const ReadingParts& parts, const Image& card, const Obs
   if (const auto upright = turnedUpright(parts, card, texts)) return readCard(upright->parts, upright->image);
   // What has the features of several cards was not told apart, and a record would be made of all.
   const std::optional<OCRScanMode> kind = documentsIn(texts) > 1 ? std::nullopt : documentIn(texts);
-  if (kind == OCRScanMode::bankCard)
-    return {.kind = kind, .corners = {}, .reading = readPicture(parts, card, *kind), .text = {}};
+  if (kind == OCRScanMode::bankCard) {
+    Reading reading = readPicture(parts, card, *kind);
+    if (reading.record || isSurelyBankCard(texts, parts.origin.outline.has_value()))
+      return {.kind = kind, .corners = {}, .reading = std::move(reading), .text = {}};
+    return {.kind = {}, .corners = {}, .reading = std::move(reading), .text = joinedText(texts, textLineThreshold)};
+  }
   if (kind) return {.kind = kind, .corners = {}, .reading = identityCardIn(parts, card, texts, *kind), .text = {}};
   return {.kind = kind,
           .corners = {},
@@ -217,7 +228,9 @@ CardReading readCard(const ReadingParts& parts, const Image& card) {
 
 CardReading readRegion(const ReadingParts& parts, const Bitmap& picture, const Region& region) {
   const auto unread = [&](const OCRError& error, UnreadReason reason) {
-    return CardReading{.kind = documentIn(region.texts),
+    const auto kind = documentIn(region.texts);
+    const bool isSure = kind != OCRScanMode::bankCard || isSurelyBankCard(region.texts, region.isOutlined);
+    return CardReading{.kind = isSure ? kind : std::nullopt,
                        .corners = region.corners,
                        .reading = failed(error, reason),
                        .text = joinedText(region.texts, textLineThreshold)};
@@ -273,9 +286,19 @@ bool fills(const Quadrilateral& part, const Size& picture) {
   return bounds.area() >= fillingShare * picture.width * picture.height;
 }
 
+/// Whether something is a card: it has its outline, or the text of a kind, or that of several cards.
+bool isCard(const Region& region, const CardReading& card) {
+  return region.isOutlined || card.kind || documentsIn(region.texts) > 1;
+}
+
+/// Why a picture on which text was found, or none, shows no card.
+UnreadReason reasonOfNoCards(const ReadingParts& parts, const Bitmap& picture, bool hasText) {
+  const UnreadReason reason = *withoutRecord(parts, {.bitmap = picture}, hasText).report.unreadReason;
+  return reason == UnreadReason::noNumberFound ? UnreadReason::noCardFound : reason;
+}
+
 /// All cards on a picture but those that are painted over, whose outlines are among those given.
-std::vector<CardReading> readRegions(const ReadingParts& parts, const Bitmap& picture,
-                                     const std::vector<Quadrilateral>& outlines) {
+CardsReading readRegions(const ReadingParts& parts, const Bitmap& picture, const std::vector<Quadrilateral>& outlines) {
   // A small card's print is a small share of the page.
   TextRecognizer::Options options = TextRecognizer::Options::idCard;
   options.minimumTextHeight = 0;
@@ -285,35 +308,38 @@ std::vector<CardReading> readRegions(const ReadingParts& parts, const Bitmap& pi
       fills(regions.front().corners, picture.size())) {
     CardReading card = readCardWith(parts, {.bitmap = picture}, texts);
     card.corners = renamed(regions.front().corners, card.reading.report.turned);
-    return {std::move(card)};
+    if (isCard(regions.front(), card)) return {.cards = {std::move(card)}};
+    return {.cards = {}, .unreadReason = reasonOfNoCards(parts, picture, true)};
   }
-  std::vector<CardReading> cards;
-  cards.reserve(regions.size());
-  for (const Region& region : regions) cards.push_back(readRegion(parts, picture, region));
-  return cards;
+  CardsReading found;
+  for (const Region& region : regions)
+    if (CardReading card = readRegion(parts, picture, region); isCard(region, card))
+      found.cards.push_back(std::move(card));
+  if (found.cards.empty()) found.unreadReason = reasonOfNoCards(parts, picture, !texts.empty());
+  return found;
 }
 
 }  // namespace
 
-std::vector<CardReading> readCards(const ReadingParts& given, const Image& image) {
+CardsReading readCards(const ReadingParts& given, const Image& image) {
   if (!isUsable(image)) throw OCRError::invalidImage();
   given.debugSaveImage(image, "多卡-原图");
   const Bitmap picture = uprightBitmap(*image.bitmap, image.orientation);
   ReadingParts parts = given;
   parts.origin = {.picture = picture};
   const std::vector<Quadrilateral> outlines = parts.preprocessor.cardOutlines(picture);
-  std::vector<CardReading> cards;
+  CardsReading found;
   if (auto first = firstCard(parts, picture, outlines)) {
     const Bitmap rest = paintedOver(picture, grown(first->corners, marginOfPaint));
-    if (mayShowMore(parts, rest, first->corners)) cards = readRegions(parts, rest, outlines);
-    cards.push_back(*std::move(first));
+    if (mayShowMore(parts, rest, first->corners)) found.cards = readRegions(parts, rest, outlines).cards;
+    found.cards.push_back(*std::move(first));
   } else {
-    cards = readRegions(parts, picture, outlines);
+    found = readRegions(parts, picture, outlines);
   }
-  OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", cards.size()); });
-  sortInReadingOrder(cards);
-  markPair(cards);
-  return cards;
+  OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", found.cards.size()); });
+  sortInReadingOrder(found.cards);
+  markPair(found.cards);
+  return found;
 }
 
 }  // namespace pravik

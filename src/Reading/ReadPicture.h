@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "Platform/Image.h"
 #include "Reading/CardReading.h"
@@ -28,9 +27,9 @@ Reading identityCardIn(const ReadingParts& parts, const Image& card, const Obser
 Reading readCode(const ReadingParts& parts, const Image& image, OCRScanMode mode);
 
 /// Finds the cards on a picture and reads each as what its text says it is, from top to bottom and from left to right.
-/// No card is an empty list. When the time is spent, the cards that were found until then are given with that as their
-/// reason. Throws invalidImage for a picture without pixels or with too many, cancelled, and what the engine throws.
-std::vector<CardReading> readCards(const ReadingParts& parts, const Image& image);
+/// When the time is spent, the cards that were found until then are given with that as their reason. Throws
+/// invalidImage for a picture without pixels or with too many, cancelled, and what the engine throws.
+CardsReading readCards(const ReadingParts& parts, const Image& image);
 
 /// All text on a picture: blocks of a line joined with a space, lines with a line feed. The scene decides how the
 /// picture is prepared. Throws invalidImage, or what the engine throws.

@@ -43,6 +43,10 @@ constexpr const char* validityRangePattern = R"((\d{8})\s*[-—–]\s*(\d{8}|长
 /// A block with so many is that of a card's number, whole or nearly so.
 constexpr std::size_t digitsOfACardNumber = 14;
 
+bool isCardNumber(const Observation& block) {
+  return asciiDigits(block.text).size() >= digitsOfACardNumber;
+}
+
 int countContained(std::string_view text, std::span<const std::string_view> words) {
   int count = 0;
   for (const std::string_view word : words) count += contains(text, word) ? 1 : 0;
@@ -126,7 +130,7 @@ int documentsIn(const Observations& observations) {
   const SceneFeatures found = featuresOf(text);
   int numbers = 0, offices = 0, cardNumbers = 0;
   for (const Observation& block : observations) {
-    cardNumbers += asciiDigits(block.text).size() >= digitsOfACardNumber ? 1 : 0;
+    cardNumbers += isCardNumber(block) ? 1 : 0;
     numbers += RegexHelper::matches(citizenNumberPattern, removingAll(block.text, " ")) ? 1 : 0;
     offices += contains(block.text, officeLabel) ? 1 : 0;
   }
@@ -139,6 +143,10 @@ std::optional<OCRScanMode> documentIn(const Observations& observations) {
   if (found.looksFront) return OCRScanMode::idCardFront;
   if (found.looksBack) return OCRScanMode::idCardBack;
   return found.looksBank ? std::optional(OCRScanMode::bankCard) : std::nullopt;
+}
+
+bool hasCardNumber(const Observations& observations) {
+  return std::ranges::any_of(observations, isCardNumber);
 }
 
 }  // namespace pravik

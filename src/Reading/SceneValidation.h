@@ -16,5 +16,7 @@ int documentsIn(const Observations& observations);
 /// The kind of card that the text stands on; absent when it has the features of none. Of an identity card's two sides
 /// the text decides for the portrait side, and for either against a bank card.
 std::optional<OCRScanMode> documentIn(const Observations& observations);
+/// Whether a block is that of a card's number, whole or nearly so.
+bool hasCardNumber(const Observations& observations);
 
 }  // namespace pravik

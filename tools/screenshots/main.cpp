@@ -82,10 +82,10 @@ void require(bool reached, const char* what) {
 struct Scene : ShownScanner {
   std::shared_ptr<test::StillCamera> camera;
 
-  Scene(Platform parts, QSize size, const Bitmap& picture)
-      : Scene(std::move(parts), size, std::make_shared<test::StillCamera>(parts.dispatch, picture)) {}
-  Scene(Platform parts, QSize size, std::shared_ptr<test::StillCamera> still)
-      : ShownScanner(withCamera(std::move(parts), still), size), camera(std::move(still)) {
+  Scene(const Platform& parts, QSize size, const Bitmap& picture)
+      : Scene(parts, size, std::make_shared<test::StillCamera>(parts.dispatch, picture)) {}
+  Scene(const Platform& parts, QSize size, std::shared_ptr<test::StillCamera> still)
+      : ShownScanner(withCamera(parts, still), size), camera(std::move(still)) {
     camera->photoDelay = settling;
   }
 
@@ -237,7 +237,7 @@ void run(const std::filesystem::path& clips, const std::filesystem::path& folder
 
 int main(int argumentCount, char** arguments) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication application(argumentCount, arguments);
+  const QApplication application(argumentCount, arguments);
   QApplication::setFont(pravik::interfaceFont());
   if (argumentCount != 3) {
     std::cerr << "usage: pravik-screenshots CLIPS FOLDER\n";

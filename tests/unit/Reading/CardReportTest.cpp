@@ -131,15 +131,29 @@ TEST(CardReport, DoubtsWhatWasTakenFromAnotherField) {
   const auto doubtful = [&](std::string_view name) {
     return std::ranges::find(report.fields, name, &FieldReport::name)->isDoubtful;
   };
+  EXPECT_FALSE(doubtful("name"));
   EXPECT_TRUE(doubtful("ethnicity")) << "that of the Shui stands in the address";
   EXPECT_FALSE(doubtful("gender"));
   EXPECT_FALSE(doubtful("address"));
 }
 
+TEST(CardReport, DoubtsANameMadeOfTheLabelOfTheNumber) {
+  ReportFixture f;
+  for (const auto& [name, isDoubtful] : {std::pair{"公线身空号码", true}, {"民身份号", true}, {"张身", false}}) {
+    const auto fields = f.report(OCRScanMode::idCardFront, {textBlock(std::string("姓名 ") + name, 0.3, 0.2),
+                                                            textBlock("公民身份号码 11010119900307123X", 0.5, 0.9)})
+                            .fields;
+    EXPECT_EQ(fields[0].text, name);
+    EXPECT_EQ(fields[0].isDoubtful, isDoubtful) << name;
+  }
+}
+
 TEST(CardReport, DoubtsNamesThatAreNoPinyinUnlessTheyAreClear) {
   ReportFixture f;
-  for (const auto& [name, confidence, isDoubtful] :
-       {std::tuple{"LI YENG", 0.95F, true}, {"LI YENG", 0.995F, false}, {"LI YONG", 0.95F, false}}) {
+  for (const auto& [name, confidence, isDoubtful] : {std::tuple{"LI YENG", 0.95F, true},
+                                                     {"LI YENG", 0.995F, true},
+                                                     {"LI YENG", 0.9995F, false},
+                                                     {"LI YONG", 0.95F, false}}) {
     RecognizedText block = textBlock(name, 0.2, 0.8);
     block.topCandidate->confidence = confidence;
     const auto fields = f.report(OCRScanMode::bankCard, {textBlock("6222 0212 3456 7894", 0.5, 0.5), block}).fields;

@@ -55,7 +55,7 @@ struct Fixture : test::FakeParts {
   std::vector<CardReading> read(const std::vector<Blocks>& readings, ReadingLimits limits = {}) {
     engine->pictures.clear();
     engine->script = {readings.begin(), readings.end()};
-    return syncWait(sdk.recognizeCards(photo, std::move(limits))).value();
+    return syncWait(sdk.recognizeCards(photo, std::move(limits))).value().cards;
   }
 };
 
@@ -85,8 +85,8 @@ TEST(CardsReading, PaintsOverTheCardAndNothingElse) {
   const Bitmap painted = paintedOver(picture, {{20, 10}, {60, 10}, {40, 100}, {80, 100}});
   for (int y = 0; y < 80; ++y)
     for (int x = 0; x < 90; ++x) {
-      const double left = 20 + 20 * (y + 0.5 - 10) / 90;
-      const bool isInside = y >= 10 && x + 0.5 > left && x + 0.5 < left + 40;
+      const double leftEdge = 20 + 20 * (y + 0.5 - 10) / 90;
+      const bool isInside = y >= 10 && x + 0.5 > leftEdge && x + 0.5 < leftEdge + 40;
       ASSERT_EQ(painted.row(y)[x], isInside ? 20 : x) << x << ", " << y;
     }
 }
@@ -137,19 +137,37 @@ TEST(CardsReading, NamesTheCornersOfATurnedCardAsTheyLookUpright) {
   EXPECT_GT(cards[0].corners.topLeft.x, cards[0].corners.bottomLeft.x) << "its upper edge is the right one";
 }
 
-TEST(CardsReading, HasNoCardOnAPageOfTextAndTellsWhatThereWasNoTimeFor) {
+TEST(CardsReading, APaperThatNamesABankIsNoCardUnlessACardNumberStandsOnIt) {
   Fixture f;
-  EXPECT_TRUE(f.read({{printed("今天天气很好", {0.1, 0.4, 0.5, 0.1}, wholePicture)}}).empty());
+  const RecognizedText heading = printed("中国银行对账单", {0.1, 0.1, 0.5, 0.1}, wholePicture);
+  EXPECT_TRUE(f.read({{heading}, {heading}, {heading}}).empty());
+  const RecognizedText number = printed("6222021234567891", {0.1, 0.4, 0.7, 0.1}, wholePicture);
+  EXPECT_THAT(kindsOf(f.read({{heading, number}})), ElementsAre(OCRScanMode::bankCard)) << "though Luhn fails";
+
+  // A paper has the outline of a card, and more text.
+  f.rectangles->rectangles = {outlineOf(wholePicture)};
+  f.engine->blocks = Blocks(30, heading);
+  const auto cards = f.read({});
+  ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
+  EXPECT_FALSE(cards[0].text.empty());
+}
+
+TEST(CardsReading, TellsWhyAPictureShowsNoCardAndWhatThereWasNoTimeFor) {
+  Fixture f;
+  const auto reasonOn = [&](const Blocks& texts, ReadingLimits limits = {}) {
+    f.engine->script = {texts};
+    return syncWait(f.sdk.recognizeCards(f.photo, std::move(limits))).value().unreadReason;
+  };
+  EXPECT_EQ(reasonOn({printed("今天天气很好", {0.1, 0.4, 0.5, 0.1}, wholePicture)}), UnreadReason::noCardFound);
+  EXPECT_EQ(reasonOn({}, {.time = std::chrono::milliseconds(0)}), UnreadReason::timeSpent);
+  f.renderer->thumbnail = test::greyPicture(64, 64, [](int, int) { return 10; });
+  EXPECT_EQ(reasonOn({}), UnreadReason::tooDark);
+
   f.rectangles->rectangles = {outlineOf(left)};
   const auto cards = f.read({portraitSide(left)}, {.time = std::chrono::milliseconds(0)});
   ASSERT_EQ(cards.size(), 1U);
   EXPECT_EQ(cards[0].reading.report.unreadReason, UnreadReason::timeSpent);
-  EXPECT_THROW(
-      {
-        const auto failed = syncWait(f.sdk.recognizeCards(Image{}));
-        if (!failed) throw OCRError(failed.error());
-      },
-      OCRError);
+  EXPECT_EQ(syncWait(f.sdk.recognizeCards(Image{})).error(), OCRError::invalidImage());
 }
 
 }  // namespace
