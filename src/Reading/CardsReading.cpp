@@ -293,7 +293,7 @@ bool isCard(const Region& region, const CardReading& card) {
 
 /// Why a picture on which text was found, or none, shows no card.
 UnreadReason reasonOfNoCards(const ReadingParts& parts, const Bitmap& picture, bool hasText) {
-  const UnreadReason reason = *withoutRecord(parts, {.bitmap = picture}, hasText).report.unreadReason;
+  const UnreadReason reason = reasonOfMissingRecord(parts, {.bitmap = picture}, hasText);
   return reason == UnreadReason::noNumberFound ? UnreadReason::noCardFound : reason;
 }
 
@@ -321,20 +321,20 @@ CardsReading readRegions(const ReadingParts& parts, const Bitmap& picture, const
 
 }  // namespace
 
-CardsReading readCards(const ReadingParts& given, const Image& image) {
-  if (!isUsable(image)) throw OCRError::invalidImage();
-  given.debugSaveImage(image, "多卡-原图");
+CardsReading readCards(const ReadingParts& parts, const Image& image) {
+  if (!image.bitmap || !isUsable(image)) throw OCRError::invalidImage();
+  parts.debugSaveImage(image, "多卡-原图");
   const Bitmap picture = uprightBitmap(*image.bitmap, image.orientation);
-  ReadingParts parts = given;
-  parts.origin = {.picture = picture};
+  ReadingParts within = parts;
+  within.origin = {.picture = picture};
   const std::vector<Quadrilateral> outlines = parts.preprocessor.cardOutlines(picture);
   CardsReading found;
-  if (auto first = firstCard(parts, picture, outlines)) {
+  if (auto first = firstCard(within, picture, outlines)) {
     const Bitmap rest = paintedOver(picture, grown(first->corners, marginOfPaint));
-    if (mayShowMore(parts, rest, first->corners)) found.cards = readRegions(parts, rest, outlines).cards;
+    if (mayShowMore(within, rest, first->corners)) found.cards = readRegions(within, rest, outlines).cards;
     found.cards.push_back(*std::move(first));
   } else {
-    found = readRegions(parts, picture, outlines);
+    found = readRegions(within, picture, outlines);
   }
   OCRLogger::info([&] { return formatted("图片中找到 {} 个卡片区域", found.cards.size()); });
   sortInReadingOrder(found.cards);

@@ -16,15 +16,6 @@ constexpr int leastSide = 320;
 /// Darker pictures than this have lost the print in the noise of the camera.
 constexpr double darkMean = 0.16;
 
-UnreadReason reasonOfMissingRecord(const ReadingParts& parts, const Image& image, bool hasText) {
-  if (parts.limit.isSpent()) return UnreadReason::timeSpent;
-  if (!image.bitmap) return UnreadReason::invalidPicture;
-  if (std::min(image.bitmap->width(), image.bitmap->height()) < leastSide) return UnreadReason::tooSmall;
-  if (parts.preprocessor.analyzeImage(*image.bitmap).mean < darkMean) return UnreadReason::tooDark;
-  if (hasText) return UnreadReason::noNumberFound;
-  return parts.preprocessor.showsRectangle(image) ? UnreadReason::noTextFound : UnreadReason::noCardFound;
-}
-
 }  // namespace
 
 ReadingParts ReadingParts::onPart(const Quadrilateral& corners, const Size& size) const {
@@ -76,6 +67,15 @@ bool isUsable(const Image& image) {
 
 Reading failed(const OCRError& error, UnreadReason reason) {
   return {.record = tl::unexpected(error), .report = {.unreadReason = reason, .stage = std::nullopt}};
+}
+
+UnreadReason reasonOfMissingRecord(const ReadingParts& parts, const Image& image, bool hasText) {
+  if (parts.limit.isSpent()) return UnreadReason::timeSpent;
+  if (!image.bitmap) return UnreadReason::invalidPicture;
+  if (std::min(image.bitmap->width(), image.bitmap->height()) < leastSide) return UnreadReason::tooSmall;
+  if (parts.preprocessor.analyzeImage(*image.bitmap).mean < darkMean) return UnreadReason::tooDark;
+  if (hasText) return UnreadReason::noNumberFound;
+  return parts.preprocessor.showsRectangle(image) ? UnreadReason::noTextFound : UnreadReason::noCardFound;
 }
 
 Reading withoutRecord(const ReadingParts& parts, const Image& image, bool hasText) {

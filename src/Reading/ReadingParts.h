@@ -77,6 +77,8 @@ bool isUsable(const Image& image);
 
 /// A reading that ended with an error.
 Reading failed(const OCRError& error, UnreadReason reason);
+/// Why a picture gave no record, as far as the picture tells.
+UnreadReason reasonOfMissingRecord(const ReadingParts& parts, const Image& image, bool hasText);
 /// A reading that found no record, with what is wrong with the picture.
 Reading withoutRecord(const ReadingParts& parts, const Image& image, bool hasText);
 
