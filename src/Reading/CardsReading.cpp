@@ -34,8 +34,10 @@ constexpr double marginOfPaint = 0.04;
 constexpr double roomOfAnother = 0.7;
 /// A card as wide as this, as a share of the picture's mean side, has print that a fast look sees.
 constexpr double largeForFastLook = 0.45;
-/// A bank card has fewer blocks of text; a paper that names a bank has more.
+/// A paper that names a bank has more blocks of text than a bank card, or sentences, which run over its lines.
 constexpr std::size_t mostBlocksOfBankCard = 20;
+constexpr std::string_view lineOfSentence = R"([\u4e00-\u9fa5，。、]{15})";
+constexpr std::ptrdiff_t fewestLinesOfPaper = 2;
 /// The share of a picture from which on a card without an outline is read as if it were all of it.
 constexpr double fillingShare = 0.5;
 
@@ -191,9 +193,18 @@ void sortInReadingOrder(std::vector<CardReading>& cards) {
   }
 }
 
-/// Whether a card that gave no record is a bank card all the same. "银行" and "VALID" stand on papers too.
-bool isSurelyBankCard(const Observations& texts, bool isOutlined) {
-  return hasCardNumber(texts) || (isOutlined && texts.size() <= mostBlocksOfBankCard);
+bool isPaper(const Observations& texts) {
+  const auto isSentence = [](const Observation& block) { return RegexHelper::matches(lineOfSentence, block.text); };
+  return texts.size() > mostBlocksOfBankCard || std::ranges::count_if(texts, isSentence) >= fewestLinesOfPaper;
+}
+
+/// Whether what has the features of a bank card is one. "银行" and "VALID" stand on papers too, and one in ten of their
+/// numbers passes Luhn.
+bool isBankCard(const Reading& reading, const Observations& texts, bool isOutlined) {
+  if (isPaper(texts))
+    return isOutlined && reading.record &&
+           std::ranges::find(reading.report.warnings, ReadingWarning::checkFailed) == reading.report.warnings.end();
+  return reading.record || isOutlined || hasCardNumber(texts);
 }
 
 CardReading readCard(const ReadingParts& parts, const Image& card);
@@ -205,9 +216,12 @@ CardReading readCardWith(const ReadingParts& parts, const Image& card, const Obs
   const std::optional<OCRScanMode> kind = documentsIn(texts) > 1 ? std::nullopt : documentIn(texts);
   if (kind == OCRScanMode::bankCard) {
     Reading reading = readPicture(parts, card, *kind);
-    if (reading.record || isSurelyBankCard(texts, parts.origin.outline.has_value()))
+    if (isBankCard(reading, texts, parts.origin.outline.has_value()))
       return {.kind = kind, .corners = {}, .reading = std::move(reading), .text = {}};
-    return {.kind = {}, .corners = {}, .reading = std::move(reading), .text = joinedText(texts, textLineThreshold)};
+    return {.kind = {},
+            .corners = {},
+            .reading = withoutRecord(parts, card, true),
+            .text = joinedText(texts, textLineThreshold)};
   }
   if (kind) return {.kind = kind, .corners = {}, .reading = identityCardIn(parts, card, texts, *kind), .text = {}};
   return {.kind = kind,
@@ -228,12 +242,13 @@ CardReading readCard(const ReadingParts& parts, const Image& card) {
 
 CardReading readRegion(const ReadingParts& parts, const Bitmap& picture, const Region& region) {
   const auto unread = [&](const OCRError& error, UnreadReason reason) {
-    const auto kind = documentIn(region.texts);
-    const bool isSure = kind != OCRScanMode::bankCard || isSurelyBankCard(region.texts, region.isOutlined);
-    return CardReading{.kind = isSure ? kind : std::nullopt,
-                       .corners = region.corners,
-                       .reading = failed(error, reason),
-                       .text = joinedText(region.texts, textLineThreshold)};
+    CardReading card{.kind = documentIn(region.texts),
+                     .corners = region.corners,
+                     .reading = failed(error, reason),
+                     .text = joinedText(region.texts, textLineThreshold)};
+    if (card.kind == OCRScanMode::bankCard && !isBankCard(card.reading, region.texts, region.isOutlined))
+      card.kind.reset();
+    return card;
   };
   if (!parts.goesOn()) return unread(OCRError::insufficientText(), UnreadReason::timeSpent);
   const auto card = parts.preprocessor.straightened(picture, region.corners);

@@ -150,6 +150,16 @@ TEST(CardsReading, APaperThatNamesABankIsNoCardUnlessACardNumberStandsOnIt) {
   const auto cards = f.read({});
   ASSERT_THAT(kindsOf(cards), ElementsAre(std::nullopt));
   EXPECT_FALSE(cards[0].text.empty());
+  const RecognizedText sentence =
+      printed("持卡人应当妥善保管银行卡及密码，遗失时请", {0.1, 0.6, 0.7, 0.1}, wholePicture);
+  f.engine->blocks = {heading, sentence, sentence};
+  EXPECT_THAT(kindsOf(f.read({})), ElementsAre(std::nullopt));
+
+  // The numbers of a statement are no card's.
+  f.rectangles->rectangles.clear();
+  Blocks statement(30, heading);
+  statement.push_back(printed("6222021234567894", {0.1, 0.4, 0.7, 0.1}, wholePicture));
+  EXPECT_TRUE(f.read({statement, statement, statement}).empty());
 }
 
 TEST(CardsReading, TellsWhyAPictureShowsNoCardAndWhatThereWasNoTimeFor) {
