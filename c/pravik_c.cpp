@@ -142,7 +142,7 @@ Answer recognized(const pravik_handle& handle, const HandleSettings& settings, c
 
 /// An answer's error, or that of its first card when none was read; null when something was.
 Answer errorIn(const Answer& answer) {
-  if (!answer.contains("cards")) return isRecognized(answer) ? Answer() : answer;
+  if (!answer.contains("cards")) return answer.contains("error") ? answer : Answer();
   const Json& cards = answer["cards"];
   if (std::ranges::any_of(cards, isRecognized)) return {};
   if (!cards.empty()) return cards.front();
@@ -206,9 +206,9 @@ pravik_result* recognize(pravik_handle* handle, int kindNumber, const void* sour
 
 /// How pixels are brought into the form of a bitmap.
 struct PixelLayout {
-  std::size_t pixelBytes;
+  std::size_t pixelBytes = 0;
   /// Absent for pixels that are of a bitmap's form as they lie.
-  std::optional<cv::ColorConversionCodes> conversion;
+  std::optional<cv::ColorConversionCodes> conversion = {};
 };
 
 /// In the order of pravik_pixel_format.
@@ -218,6 +218,15 @@ constexpr std::array<PixelLayout, 5> pixelLayouts{
 const PixelLayout* pixelLayout(int format) {
   const auto index = static_cast<std::size_t>(format);
   return index < pixelLayouts.size() ? &pixelLayouts[index] : nullptr;
+}
+
+/// Absent for null and for one that is not spoken; "" is that of the environment.
+std::optional<Language> languageNamed(const char* name) {
+  if (name == nullptr) return std::nullopt;
+  if (*name == '\0') return environmentLanguage();
+  const auto known = languagesByName();
+  const auto named = std::ranges::find(known, std::string_view(name), &std::pair<std::string, Language>::first);
+  return named == known.end() ? std::nullopt : std::optional(named->second);
 }
 
 /// What is wrong with the layout of pixels in memory; null when nothing is.
@@ -334,11 +343,8 @@ pravik_status pravik_set_date(pravik_handle* handle, const char* day) {
 
 pravik_status pravik_set_language(pravik_handle* handle, const char* language) {
   try {
-    if (language == nullptr) return PRAVIK_INVALID_ARGUMENT;
-    auto known = languagesByName();
-    known.emplace_back("", environmentLanguage());
-    const auto named = std::ranges::find(known, std::string_view(language), &std::pair<std::string, Language>::first);
-    return set(handle, named != known.end(), [&](HandleSettings& settings) { settings.language = named->second; });
+    const std::optional<Language> known = languageNamed(language);
+    return set(handle, known.has_value(), [&](HandleSettings& settings) { settings.language = known; });
   } catch (...) {
     return PRAVIK_INTERNAL_ERROR;
   }
@@ -370,6 +376,13 @@ pravik_result* pravik_parse(int kindNumber, const char* observations) {
     const LogScope nowhere(nullptr);
     const auto blocks = parseObservations(observations);
     return blocks ? withKind(kind->name, parsed(*kind->document, *blocks)) : invalidInputAnswer(blocks.error());
+  });
+}
+
+pravik_result* pravik_wordings(const char* language) {
+  return resultOf([&] {
+    const std::optional<Language> known = languageNamed(language);
+    return known ? wordings(*known) : invalidArgumentAnswer("there is no such language");
   });
 }
 

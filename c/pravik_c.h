@@ -155,6 +155,14 @@ pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const ui
 pravik_result* pravik_parse(int kind, const char* observations);
 
 /*
+ * The words for what stands in the JSON of other calls, by code, for programs that show it to people, as the JSON of a
+ * result: {"kinds":{NAME:{"label":…,"fields":{NAME:{"label":…,"display":"shown"|"masked"|"hidden"},…}},…},
+ * "errors":{CODE:…},"reasons":{CODE:…},"warnings":{CODE:…},"checks":{NAME:…}}. A masked field is a number that others
+ * should not see; a hidden one says what another does. `language` is that of pravik_set_language().
+ */
+pravik_result* pravik_wordings(const char* language);
+
+/*
  * PRAVIK_OK, or why there is no record; of several cards, PRAVIK_OK when one was read, for each of the others has its
  * error in the JSON. A null result, which only a lack of memory gives, is PRAVIK_INTERNAL_ERROR.
  */

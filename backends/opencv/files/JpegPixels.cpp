@@ -63,7 +63,8 @@ class JpegEncoder {
   JpegEncoder() { jumpOnFailure(codec_, errors_, failure_); }
   ~JpegEncoder() {
     jpeg_destroy_compress(&codec_);
-    std::free(file_);  // NOLINT(cppcoreguidelines-no-malloc): libjpeg's own
+    // libjpeg's own.
+    std::free(file_);  // NOLINT(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
   }
   JpegEncoder(const JpegEncoder&) = delete;
   JpegEncoder& operator=(const JpegEncoder&) = delete;

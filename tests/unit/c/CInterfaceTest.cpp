@@ -189,6 +189,27 @@ TEST(CInterface, ASharedHandleHasSettingsAndAnEndOfItsOwn) {
   EXPECT_EQ(pravik_cancel(nullptr), PRAVIK_INVALID_ARGUMENT);
 }
 
+TEST(CInterface, TellsTheWordsForWhatStandsInTheAnswers) {
+  const struct {
+    const char* language;
+    std::vector<const char*> parts;
+  } cases[]{
+      {"zh", {R"("idNumber":{"label":"公民身份号码","display":"masked"})", R"("luhn":"校验位错误")"}},
+      {"en",
+       {R"("id-back":{"label":"Identity card, emblem side")",
+        R"("birthDay":{"label":"Day of birth","display":"hidden"})",
+        R"("no_code_found":"no QR code or bar code was found")", R"("cancelled":"the reading was called off")",
+        R"("blurred":")"}},
+      {"fr", {R"("code":"invalid_argument")"}},
+      {nullptr, {R"("code":"invalid_argument")"}},
+  };
+  for (const auto& [language, parts] : cases) {
+    const CallResult result = owned(pravik_wordings(language));
+    for (const char* part : parts)
+      EXPECT_NE(std::string(pravik_result_json(result.get())).find(part), std::string::npos) << part;
+  }
+}
+
 TEST(CInterface, ReadsPixelsInAnyOrderOfTheirChannels) {
   const Handle handle = ::handle();
   const std::vector<std::uint8_t> pixels(std::size_t{width} * height * 4, 128);
