@@ -95,6 +95,13 @@ class Call {
       return pravik_recognize_pixels(handle_.get(), kind, bytes.data(), width, height, bytes.size() / rows, format);
     });
   }
+  /// The answer to a picture of more pixels than are read, of which none is looked at.
+  nb::tuple tooLarge(int kind, int width, int height) {
+    const std::uint8_t none = 0;
+    const auto stride = static_cast<std::size_t>(width);
+    return answered(
+        [&] { return pravik_recognize_pixels(handle_.get(), kind, &none, width, height, stride, PRAVIK_GREY8); });
+  }
 
  private:
   static void tell(void* context, pravik_log_level level, const char* line) {
@@ -115,6 +122,7 @@ class Engine {
  public:
   Engine(const nb::bytes& models, int threads) : handle_(pravik_create(models.c_str(), threads), pravik_destroy) {
     if (!handle_) throw std::bad_alloc();
+    pravik_set_report(handle_.get(), 1);
   }
 
   void setDate(const std::string& day) { require(pravik_set_date(handle_.get(), day.c_str()), "date: not a day"); }
@@ -138,7 +146,8 @@ NB_MODULE(_pravik, module) {
       .def("cancel", &Call::cancel)
       .def("file", &Call::file)
       .def("memory", &Call::memory)
-      .def("pixels", &Call::pixels);
+      .def("pixels", &Call::pixels)
+      .def("too_large", &Call::tooLarge);
   nb::class_<Engine>(module, "Engine")
       .def(nb::init<const nb::bytes&, int>())
       .def("set_date", &Engine::setDate)

@@ -15,7 +15,7 @@ from collections.abc import Callable, Iterable, Iterator, Mapping
 from typing import Any, Literal, TypeAlias, TypeVar
 
 from . import _pravik
-from ._pictures import Channels, Picture, PictureTooLarge, reading_of
+from ._pictures import Channels, Picture, reading_of
 from ._records import (BankCard, Block, Card, Code, IdBack, IdFront, Kind, ReadingError, Text, blocks_json, card_of,
                        error_of, record_of)
 
@@ -92,8 +92,10 @@ class Reader:
             raise ValueError(f"log_level is one of {', '.join(LOG_LEVELS)}, not {log_level!r}")
         if threads < 0:
             raise ValueError("threads is 0 or more")
-        folder = models or os.environ.get("PRAVIK_MODELS") or BUNDLED_MODELS
-        self._settings = (os.fsencode(folder), threads, "" if date is None else date.isoformat(), language or "")
+        folder = os.fsencode(models or os.environ.get("PRAVIK_MODELS") or BUNDLED_MODELS)
+        if b"\0" in folder:
+            raise ValueError("a path holds no zero byte")
+        self._settings = (folder, threads, "" if date is None else date.isoformat(), language or "")
         self._time_limit = time_limit
         self._log_level = LOG_LEVELS.index(log_level)
         self._start()
@@ -126,10 +128,7 @@ class Reader:
               stop: Stop | None) -> tuple[int, str, str]:
         if kind not in KINDS:
             raise ValueError(f"kind is one of {', '.join(KINDS)}, not {kind!r}")
-        try:
-            read = reading_of(picture, channels)
-        except PictureTooLarge as error:
-            return _too_large(kind, str(error))
+        read = reading_of(picture, channels)
         call = self._call(self._time_limit if time_limit is None else time_limit)
         with stop._over(call) if stop is not None else contextlib.nullcontext():
             answer = read(call, KINDS.index(kind))
@@ -247,12 +246,6 @@ def _checked(answer: tuple[int, str, str]) -> tuple[int, str, str]:
     if status == INTERNAL_ERROR:
         raise MemoryError(message) if "memory" in message else RuntimeError(message)
     return answer
-
-
-def _too_large(kind: Kind, reason: str) -> tuple[int, str, str]:
-    message = wordings("zh")["errors"]["invalid_image"]
-    error = {"code": "invalid_image", "message": message, "context": {"error_code": "invalid_image", "reason": reason}}
-    return 4, json.dumps({"kind": kind, "error": error}, ensure_ascii=False, separators=(",", ":")), message
 
 
 def _record_in(kind: Kind, read: tuple[int, str, str]) -> Any:

@@ -23,16 +23,14 @@ type uint8, upright, or a Pillow image."""
 
 # By the numbers of pravik_pixel_format.
 FORMATS = {"BGRA": 0, "L": 1, "BGR": 2, "RGB": 3, "RGBA": 4}
-# A larger one is refused before anything of it is copied.
+# As in the library.
 MAXIMUM_PIXELS = 100_000_000
+# What the extension takes.
+LARGEST_SIDE = 2**31 - 1
 # Pillow's modes whose values are not those of a picture on a screen.
 WIDE_MODES = ("I", "F", "I;")
 
 Reading: TypeAlias = "Callable[[Call, int], Answer]"
-
-
-class PictureTooLarge(Exception):
-    """Becomes the library's own error."""
 
 
 def reading_of(picture: Picture, channels: Channels | None) -> Reading:
@@ -65,11 +63,13 @@ def _memory(picture: bytes | bytearray | memoryview) -> Reading:
     return lambda call, kind: call.memory(kind, data)
 
 
-def _require_size(width: int, height: int) -> None:
+def _refused(width: int, height: int) -> Reading | None:
+    """How a picture that is too large is answered, before anything of it is copied."""
     if width < 1 or height < 1:
         raise ValueError(f"a picture has at least one pixel, not {width} x {height}")
-    if width * height > MAXIMUM_PIXELS:
-        raise PictureTooLarge(f"too large: {width} x {height} pixels, at most 100 megapixels")
+    if width * height <= MAXIMUM_PIXELS:
+        return None
+    return lambda call, kind: call.too_large(kind, min(width, LARGEST_SIDE), min(height, LARGEST_SIDE))
 
 
 def _array(array: Any, channels: Channels | None) -> Reading:
@@ -87,9 +87,10 @@ def _array(array: Any, channels: Channels | None) -> Reading:
         raise ValueError(f"channels is one of {', '.join(FORMATS)}, not {told!r}")
     if array.shape[2:] != (() if told == "L" else (len(told),)):
         raise ValueError(f"an array of the shape {array.shape} has no channels {told}")
-    _require_size(width, height)
+    if refused := _refused(width, height):
+        return refused
     # Views that are turned over or cut out are copied; others stay where they are.
-    pixels = numpy.ascontiguousarray(array)
+    pixels: Any = numpy.ascontiguousarray(array)
     return lambda call, kind: call.pixels(kind, pixels, width, height, FORMATS[told])
 
 
@@ -98,7 +99,8 @@ def _image(image: Any) -> Reading:
 
     if image.mode.startswith(WIDE_MODES):
         raise ValueError(f"an image of the mode {image.mode} is no picture of 8 bits a channel: convert it first")
-    _require_size(*image.size)
+    if refused := _refused(*image.size):
+        return refused
     upright = ImageOps.exif_transpose(image)
     if upright.mode == "L":
         return lambda call, kind: call.pixels(kind, upright.tobytes(), *upright.size, FORMATS["L"])

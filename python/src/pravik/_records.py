@@ -2,13 +2,15 @@
 
 The fields are those of the JSON that the command line prints, with their names in snake case: `idNumber` is
 `id_number`, and so in `report.fields` and `report.doubtful`. Points are pixels from the top left of the upright picture.
+Each record has its `checks` (but codes and text), its `report`, and `json`: the whole answer as the command line prints it
+with `--report`, without the name of the file. `repr()` of a record shows what is on the card; keep it out of logs.
 """
 
 from __future__ import annotations
 
 import json
 import re
-from collections.abc import Iterable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 from dataclasses import dataclass, field
 from typing import Any, Literal, TypeAlias
 
@@ -88,16 +90,7 @@ class BankCardChecks:
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)
-class Record:
-    """What all records have."""
-
-    report: Report = Report()
-    json: str = field(default="", repr=False, compare=False)
-    """The whole answer as the command line prints it with `--report`, without the name of the file."""
-
-
-@dataclass(frozen=True, slots=True, kw_only=True)
-class IdFront(Record):
+class IdFront:
     """The portrait side of an identity card. A field that was not found is the empty text."""
 
     name: str
@@ -117,10 +110,12 @@ class IdFront(Record):
     id_number: str
     """18 characters, digits and perhaps a final X."""
     checks: IdFrontChecks
+    report: Report = field(default=Report(), repr=False)
+    json: str = field(default="", repr=False, compare=False)
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)
-class IdBack(Record):
+class IdBack:
     """The emblem side of an identity card."""
 
     issuing_authority: str
@@ -133,10 +128,12 @@ class IdBack(Record):
     """Eight digits; `None` when unknown or for good."""
     is_long_term: bool
     checks: IdBackChecks
+    report: Report = field(default=Report(), repr=False)
+    json: str = field(default="", repr=False, compare=False)
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)
-class BankCard(Record):
+class BankCard:
     """A bank card. Do not use a number whose `checks.luhn` is false without asking a person."""
 
     card_number: str
@@ -149,26 +146,33 @@ class BankCard(Record):
     """借记卡 (debit), 信用卡 (credit) or 预付卡 (prepaid); `None` when it was not recognised."""
     cardholder_name: str | None
     checks: BankCardChecks
+    report: Report = field(default=Report(), repr=False)
+    json: str = field(default="", repr=False, compare=False)
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)
-class Code(Record):
+class Code:
     """A QR or bar code."""
 
     payload: str
     """The decoded content."""
     symbology: str
     """Such as "QR Code", "EAN-13" or "Code 128"."""
+    report: Report = field(default=Report(), repr=False)
+    json: str = field(default="", repr=False, compare=False)
 
 
 @dataclass(frozen=True, slots=True, kw_only=True)
-class Text(Record):
+class Text:
     """All text of a picture, a line each."""
 
     text: str
+    report: Report = field(default=Report(), repr=False)
+    json: str = field(default="", repr=False, compare=False)
 
 
-AnyCard: TypeAlias = IdFront | IdBack | BankCard
+CardRecord: TypeAlias = IdFront | IdBack | BankCard
+Record: TypeAlias = IdFront | IdBack | BankCard | Code | Text
 
 
 class ReadingError(Exception):
@@ -187,7 +191,7 @@ class ReadingError(Exception):
         """The whole answer as the command line prints it, without the name of the file."""
 
     def __str__(self) -> str:
-        return f"{self.code}: {self.message}" + (f" ({self.reason})" if self.reason else "")
+        return f"{self.code}: {self.message}"
 
     def __eq__(self, other: object) -> bool:
         return isinstance(other, ReadingError) and self.args == other.args
@@ -205,7 +209,7 @@ class Card:
     corners: Corners
     turned: int
     """By how many degrees clockwise the card had to be turned."""
-    record: AnyCard | None
+    record: CardRecord | None
     error: ReadingError | None
     """`None` when there is a record."""
     pair: bool = False
@@ -229,9 +233,9 @@ class Block:
     height: float
 
 
-RECORDS: Mapping[str, type[IdFront] | type[IdBack] | type[BankCard] | type[Code] | type[Text]] = {
+RECORDS: Mapping[str, Callable[..., Record]] = {
     "id-front": IdFront, "id-back": IdBack, "bank-card": BankCard, "code": Code, "text": Text}
-CHECKS: Mapping[str, type[IdFrontChecks] | type[IdBackChecks] | type[BankCardChecks]] = {
+CHECKS: Mapping[str, Callable[..., IdFrontChecks | IdBackChecks | BankCardChecks]] = {
     "id-front": IdFrontChecks, "id-back": IdBackChecks, "bank-card": BankCardChecks}
 
 

@@ -14,10 +14,10 @@ from ._pravik import version as __version__
 from ._reader import (AsyncReader, Language, LogLevel, Reader, Stop, parse_bank_card, parse_id_back, parse_id_front,
                       wordings)
 from ._reader import shared_reader as _shared_reader
-from ._records import (BankCard, BankCardChecks, Block, Card, Code, Corners, FieldReport, IdBack, IdBackChecks, IdFront,
-                       IdFrontChecks, Kind, Point, ReadingError, Record, Report, Text)
+from ._records import (BankCard, BankCardChecks, Block, Card, CardRecord, Code, Corners, FieldReport, IdBack,
+                       IdBackChecks, IdFront, IdFrontChecks, Kind, Point, ReadingError, Record, Report, Text)
 
-__all__ = ["AsyncReader", "BankCard", "BankCardChecks", "Block", "Card", "Channels", "Code", "Corners", "FieldReport",
+__all__ = ["AsyncReader", "BankCard", "BankCardChecks", "Block", "Card", "CardRecord", "Channels", "Code", "Corners", "FieldReport",
            "IdBack", "IdBackChecks", "IdFront", "IdFrontChecks", "Kind", "Language", "LogLevel", "Picture", "Point",
            "ReadingError", "Record", "Report", "Reader", "Stop", "Text", "__version__", "parse_bank_card",
            "parse_id_back", "parse_id_front", "read", "read_bank_card", "read_code", "read_id_back", "read_id_front",
