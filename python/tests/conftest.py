@@ -18,11 +18,11 @@ CODE = SAMPLES / "code-photo-0003.jpg"
 
 def command_line(kind: str, *pictures: pathlib.Path) -> list[str]:
     """What the command line prints for each picture, without the name of the file."""
-    command = [TOOL, kind, "--format", "jsonl", *(["--report"] if kind in CARDS else []), *map(str, pictures)]
+    command = [TOOL, kind, "--format", "jsonl", "--time-limit", "60", *(["--report"] if kind in CARDS else []), *map(str, pictures)]
     lines = subprocess.run(command, stdout=subprocess.PIPE, encoding="utf-8", timeout=300).stdout.splitlines()
     return [line.replace(f'"file":{json.dumps(str(picture))},', "", 1) for line, picture in zip(lines, pictures)]
 
 
 @pytest.fixture(scope="session")
 def reader() -> pravik.Reader:
-    return pravik.Reader(threads=1, language="en")
+    return pravik.Reader(threads=1, language="en", time_limit=60)
