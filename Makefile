@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean train
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean train python test-python
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -15,6 +15,8 @@ help:
 	@echo "make test-tsan  unit tests under the thread sanitizer"
 	@echo "make test-arm64 unit tests of the library alone, cross-compiled for 64-bit Arm, under an emulator"
 	@echo "make packages   Debian packages of library, development files and tools into build/release/packages/"
+	@echo "make python     the Python package as a wheel that needs Python alone, into build/python/dist/"
+	@echo "make test-python  its tests, those of the service and of its page"
 	@echo "make coverage   unit tests with the lines counted that they run; 85 % of src/ is the least"
 	@echo "make fuzz       every fuzz target for SECONDS=60 each, or those named with TARGET=... (id-front, picture, ...)"
 	@echo "make bench      benchmarks"
@@ -57,6 +59,16 @@ test-asan test-tsan: test-%: setup
 
 packages: build
 	@cd build/release && cpack
+
+python: setup
+	@tools/setup --python
+	@python/setup
+	@python/wheel $(JOBS)
+
+test-python: python
+	@tools/compile release $(JOBS) pravik_tool
+	@build/python/env/bin/pip install --quiet --no-deps --force-reinstall build/python/dist/*.whl
+	@build/python/env/bin/pytest -c python/pyproject.toml --rootdir python python/tests
 
 # The library alone, cross-compiled and run under an emulator.
 test-arm64:

@@ -3,6 +3,8 @@ import dataclasses
 import json
 import pathlib
 import pickle
+import subprocess
+import sys
 import typing
 
 import numpy
@@ -10,7 +12,7 @@ import pytest
 from PIL import Image
 
 import pravik
-from conftest import BACK, CODE, FRONT, SAMPLES, command_line
+from conftest import BACK, CODE, FRONT, ROOT, SAMPLES, command_line
 
 BLOCKS = [{"text": text, "confidence": 0.9, "boundingBox": {"x": 0.1, "y": y, "width": 0.5, "height": 0.1}}
           for text, y in (("签发机关 凤台县公安局", 0.4), ("有效期限 2015.03.01-2035.03.01", 0.2))]
@@ -97,3 +99,10 @@ def test_the_words_name_every_kind_and_field() -> None:
     assert words["kinds"]["bank-card"]["fields"]["cardNumber"] == {"label": "Card number", "display": "masked"}
     assert pravik.wordings("zh")["reasons"]["too_dark"] != words["reasons"]["too_dark"]
     assert set(words) == {"kinds", "errors", "reasons", "warnings", "checks"}
+
+
+def test_the_example_of_the_guide_runs(tmp_path: pathlib.Path) -> None:
+    script = ROOT / "python/examples/read_cards.py"
+    ended = subprocess.run([sys.executable, script, FRONT, BACK, tmp_path], capture_output=True, text=True, timeout=120)
+    assert ended.stdout == "陈宇和 62061320120722875X right\n信阳市公安局南山分局 20221026-长期\n"
+    assert ended.stderr.startswith(f"{tmp_path}: invalid_image: ")
