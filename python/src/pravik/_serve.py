@@ -1,4 +1,4 @@
-"""pravik-serve: the service on uvicorn."""
+"""pravik-serve: the service on uvicorn. Its parts are imported late: without the extra `pravik[server]` they are missing."""
 
 from __future__ import annotations
 
@@ -67,7 +67,7 @@ def main() -> int:
     try:
         import uvicorn
 
-        from . import Settings, create_app
+        from .server import Settings, create_app
     except ModuleNotFoundError as error:
         print(f"pravik-serve: {error.name} is missing: pip install 'pravik[server]'", file=sys.stderr)
         return 3
