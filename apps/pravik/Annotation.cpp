@@ -8,6 +8,7 @@
 
 #include "Reading/FieldSources.h"
 #include "Records/DocumentKind.h"
+#include "Utils/Format.h"
 #include "backends/opencv/Mat.h"
 
 namespace pravik::cli {
@@ -99,13 +100,37 @@ Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer) {
   return toBitmap(canvas);
 }
 
+Bitmap annotatedCards(const Bitmap& picture, const Answer& answer) {
+  cv::Mat canvas = asBgra(asMat(picture)).clone();
+  const int unit = std::max(smallestUnit, std::max(canvas.cols, canvas.rows) / 50);
+  const auto draw = [&](const Json& corners, const cv::Scalar& colour, int thickness) {
+    std::vector<cv::Point> points;
+    for (const Json& corner : corners)
+      points.emplace_back(cvRound(corner[0].get<double>()), cvRound(corner[1].get<double>()));
+    cv::polylines(canvas, points, true, colour, thickness, cv::LINE_AA);
+    return points;
+  };
+  std::size_t number = 0;
+  for (const Json& card : answer["cards"]) {
+    const cv::Scalar& colour = colours[number % colours.size()];
+    for (const Json& field : card.value("fields", Json::object()))
+      if (!field["corners"].is_null()) draw(field["corners"], colour, std::max(1, unit / 10));
+    const cv::Point upperLeft = draw(card["corners"], colour, std::max(2, unit / 5)).front();
+    const std::string kind = card["kind"].is_null() ? "unknown" : card["kind"].get<std::string>();
+    cv::putText(canvas, formatted("{} {}", ++number, kind),
+                {std::max(unit / 4, upperLeft.x), std::max(unit * 3 / 2, upperLeft.y - unit / 2)},
+                cv::FONT_HERSHEY_SIMPLEX, unit / 24.0, colour, std::max(2, unit / 10), cv::LINE_AA);
+  }
+  return toBitmap(canvas);
+}
+
 std::filesystem::path freePath(const std::filesystem::path& folder, const PicturePage& page, const std::string& suffix,
                                const std::string& extension, std::set<std::string>& taken) {
   std::string start = page.file == "-" ? "stdin" : std::filesystem::path(page.file).stem().string();
   if (page.page) start += "-page-" + std::to_string(*page.page);
   start += suffix;
   std::string name = start + extension;
-  for (int number = 2; !taken.insert(name).second; ++number) name = start + "-" + std::to_string(number) + extension;
+  for (int number = 2; !taken.insert(name).second; ++number) name = formatted("{}-{}{}", start, number, extension);
   return folder / name;
 }
 

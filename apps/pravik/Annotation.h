@@ -18,6 +18,9 @@ std::string fieldFedBy(std::string_view block, const Json& result);
 /// The picture with a box around each block in the colour of the field that it fed, and a legend below.
 Bitmap annotatedPicture(const ReadPicture& picture, const Answer& answer);
 
+/// The upright picture with the outline, the number and the kind of each card on it, and a box around each field.
+Bitmap annotatedCards(const Bitmap& picture, const Answer& answer);
+
 /// Where something goes that is made of a picture: a name inside the folder like that of the picture, with what follows
 /// it, and not among those that are taken, to which it is added.
 std::filesystem::path freePath(const std::filesystem::path& folder, const PicturePage& page, const std::string& suffix,

@@ -171,7 +171,12 @@ Answer answerOne(const Batch& batch, Reader& reader, const Item& item) {
   Answer result = answerPicture(batch.command, reader.sdk, image, batch.options, saveCrop);
   const auto picture = reader.recording->take();
   if (!picture || item.annotated.empty()) return result;
-  const auto failure = failureOf([&] { writePicture(annotatedPicture(*picture, result), item.annotated, codec); });
+  const auto failure = failureOf([&] {
+    const Bitmap annotated = result.contains("cards")
+                                 ? annotatedCards(uprightBitmap(*image.bitmap, image.orientation), result)
+                                 : annotatedPicture(*picture, result);
+    writePicture(annotated, item.annotated, codec);
+  });
   if (failure) result["problems"].push_back(*failure);
   return result;
 }
@@ -263,11 +268,14 @@ Answer answerPicture(const PictureCommand& command, const PravikSDK& sdk, const 
   const auto saveCrops = [&](const Reading& reading, const std::string& suffix, Answer& answer) {
     if (!saveCrop) return;
     const CardCrops crops = sdk.crops(image, reading);
-    for (const auto& [name, crop] :
-         {std::pair{"card", &crops.card}, {"portrait", &crops.portrait}, {"number", &crops.number}})
-      if (*crop)
-        if (const auto failure = failureOf([&] { saveCrop(**crop, name + suffix); }))
-          answer["problems"].push_back(*failure);
+    const auto save = [&](const std::optional<Bitmap>& crop, const std::string& name) {
+      if (!crop) return;
+      if (const auto failure = failureOf([&] { saveCrop(*crop, name + suffix); }))
+        answer["problems"].push_back(*failure);
+    };
+    save(crops.card, "card");
+    save(crops.portrait, "portrait");
+    save(crops.number, "number");
   };
   if (command.readsEveryCard) {
     const auto cards = syncWait(sdk.recognizeCards(image, options.limits));
@@ -294,8 +302,8 @@ ExitStatus answerPictures(const PictureCommand& command, const PictureNames& nam
   if (command.readsText())
     if (const auto missing = host.missingModels(settings.models); !missing.empty())
       return reportIncomplete(missing, host.err);
-  if (command.readsEveryCard && (!settings.annotate.empty() || settings.format == Format::csv)) {
-    host.err << "pravik: cards gives the corners of any number of cards: leave out --annotate and --format csv\n";
+  if (command.readsEveryCard && settings.format == Format::csv) {
+    host.err << "pravik: cards answers with any number of cards, which no columns hold: leave out --format csv\n";
     return usageError;
   }
   if (const auto problem = problemWith(settings.annotate, "annotated pictures", host)) return *problem;

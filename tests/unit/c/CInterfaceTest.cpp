@@ -133,7 +133,7 @@ TEST(CInterface, APictureWithoutACardSaysSo) {
   const CallResult result = readBlank(handle, PRAVIK_CARDS);
   EXPECT_EQ(pravik_result_status(result.get()), PRAVIK_INSUFFICIENT_TEXT);
   EXPECT_STREQ(pravik_result_error_message(result.get()),
-               "no card was found: show all of it, on a ground that differs from it");
+               "the picture is too small to make out the print: use a larger one, or move closer");
   EXPECT_EQ(std::string(pravik_result_json(result.get())).rfind(R"({"kind":"cards","cards":[],"report":)", 0), 0U);
 }
 

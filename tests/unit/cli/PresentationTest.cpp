@@ -9,6 +9,7 @@
 #include "apps/pravik/Annotation.h"
 #include "apps/pravik/Csv.h"
 #include "apps/pravik/Table.h"
+#include "support/Pictures.h"
 
 namespace pravik::cli {
 namespace {
@@ -185,6 +186,24 @@ TEST(Annotation, BoxesAreDrawnWhereTheyAreAndTheLegendStandsBelow) {
   EXPECT_TRUE(isColoured(50, 40)) << "the left edge";
   EXPECT_FALSE(isColoured(100, 40)) << "inside";
   EXPECT_FALSE(isColoured(100, 70)) << "below";
+}
+
+TEST(Annotation, EachCardHasItsOutlineAndItsFields) {
+  const auto corners = [](int left, int top, int right, int bottom) {
+    return Json{{left, top}, {right, top}, {right, bottom}, {left, bottom}};
+  };
+  const Json fields{{"name", {{"corners", corners(60, 110, 90, 130)}}}, {"address", {{"corners", nullptr}}}};
+  const Answer answer{{"cards",
+                       {{{"kind", "id-front"}, {"corners", corners(40, 80, 200, 180)}, {"fields", fields}},
+                        {{"kind", nullptr}, {"corners", corners(220, -20, 380, 180)}}}}};
+  const Bitmap drawn = annotatedCards(test::plainPicture(400, 200, 20, 20, 20), answer);
+  const auto isColoured = [&](int x, int y) {
+    const std::uint8_t* pixel = drawn.row(y) + std::ptrdiff_t{4} * x;
+    return std::max({pixel[0], pixel[1], pixel[2]}) > 100;
+  };
+  for (const auto& [x, y] : {std::pair{40, 150}, {60, 120}, {220, 100}}) EXPECT_TRUE(isColoured(x, y)) << x << ' ' << y;
+  for (const auto& [x, y] : {std::pair{75, 120}, {120, 150}, {10, 190}})
+    EXPECT_FALSE(isColoured(x, y)) << x << ' ' << y;
 }
 
 }  // namespace
