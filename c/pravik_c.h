@@ -5,9 +5,10 @@
  * Pravik for C and for every language that can call C.
  *
  * A handle (pravik_handle *) holds the engines. Handles share nothing, but for those that pravik_share() makes: two
- * users in one process do not notice each other. A call does its work before it returns, and keeps nothing of its picture. All functions may be called from
- * any thread, also several at once on one handle; destroy a handle when no call on it is under way. Texts are UTF-8
- * and end with a zero byte. No function throws; a null handle, picture or text gives PRAVIK_INVALID_ARGUMENT.
+ * users in one process do not notice each other. A call does its work before it returns, and keeps nothing of its
+ * picture. All functions may be called from any thread, also several at once on one handle; destroy a handle when no
+ * call on it is under way. Texts are UTF-8 and end with a zero byte. No function throws; a null handle, picture or text
+ * gives PRAVIK_INVALID_ARGUMENT.
  */
 
 #include <stddef.h>

@@ -1,4 +1,4 @@
-"""The page in a browser without a window; left out where there is no Chromium."""
+"""The page in a browser without a window."""
 import base64
 import contextlib
 import pathlib
@@ -14,9 +14,7 @@ from selenium.webdriver.support.wait import WebDriverWait
 from conftest import FRONT, SAMPLES
 from test_server import serving
 
-if shutil.which("chromium") is None or shutil.which("chromedriver") is None:
-    pytest.skip("chromium and chromium-driver are not installed", allow_module_level=True)
-
+pytestmark = pytest.mark.browser
 # What a drop of files does, which a driver cannot do with the mouse.
 DROP = """
 const bytes = Uint8Array.from(atob(arguments[0]), (letter) => letter.charCodeAt(0));

@@ -12,8 +12,11 @@ import pytest
 from PIL import Image
 
 import pravik
-from conftest import BACK, CODE, FRONT, ROOT, SAMPLES, command_line
+from conftest import BACK, CODE, FRONT, ROOT, SAMPLES, c_interface, command_line
+from pravik.server import create_app
+from test_server import asked
 
+KINDS = ("id-front", "id-back", "bank-card", "code")
 BLOCKS = [{"text": text, "confidence": 0.9, "boundingBox": {"x": 0.1, "y": y, "width": 0.5, "height": 0.1}}
           for text, y in (("签发机关 凤台县公安局", 0.4), ("有效期限 2015.03.01-2035.03.01", 0.2))]
 
@@ -21,23 +24,25 @@ BLOCKS = [{"text": text, "confidence": 0.9, "boundingBox": {"x": 0.1, "y": y, "w
 def samples() -> dict[str, list[pathlib.Path]]:
     kinds: dict[str, list[pathlib.Path]] = {}
     for path in sorted(SAMPLES.glob("*.jpg")):
-        kinds.setdefault(next(kind for kind in ("id-front", "id-back", "bank-card", "code") if path.name.startswith(kind)),
+        kinds.setdefault(next(kind for kind in KINDS if path.name.startswith(kind)),
                          []).append(path)
     return kinds
 
 
-@pytest.mark.parametrize("kind", ["id-front", "id-back", "bank-card", "code"])
-def test_every_sample_gives_what_the_command_line_gives(reader: pravik.Reader, kind: str) -> None:
-    read = getattr(reader, "read_" + kind.replace("-", "_"))
-    pictures = samples()[kind]
-    for picture, line in zip(pictures, command_line(kind, *pictures), strict=True):
-        record = read(picture)
-        assert record.json == line, picture
-        told = json.loads(line)
-        assert dataclasses.astuple(record)[:len(told["result"])] == tuple(told["result"].values())
-        if kind != "code":
-            assert dataclasses.astuple(record.checks) == tuple(told["checks"].values())
-        assert pickle.loads(pickle.dumps(record)) == record
+def test_package_service_and_c_give_what_the_command_line_gives_on_every_sample(reader: pravik.Reader) -> None:
+    app, c_answer = create_app(reader), c_interface()
+    for number, kind in enumerate(KINDS):
+        read = getattr(reader, "read_" + kind.replace("-", "_"))
+        pictures = samples()[kind]
+        for picture, line in zip(pictures, command_line(kind, *pictures), strict=True):
+            record, told = read(picture), json.loads(line)
+            assert record.json == line, picture
+            assert c_answer(number, picture) == line, picture
+            assert asked(app, "POST", f"/v1/{kind}", files={"picture": picture.read_bytes()}).text == line, picture
+            assert dataclasses.astuple(record)[:len(told["result"])] == tuple(told["result"].values())
+            if kind != "code":
+                assert dataclasses.astuple(record.checks) == tuple(told["checks"].values())
+            assert pickle.loads(pickle.dumps(record)) == record
 
 
 def test_cards_and_text_are_those_of_the_command_line(reader: pravik.Reader) -> None:

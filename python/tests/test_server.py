@@ -8,6 +8,7 @@ import os
 import pathlib
 import re
 import signal
+import socket
 import subprocess
 import sys
 import threading
@@ -157,7 +158,9 @@ def test_the_page_and_the_description_name_nothing_from_elsewhere(reader: pravik
     description = asked(app, "GET", "/openapi.json").json()
     assert {f"/v1/{kind}" for kind in ("cards", "id-front", "id-back", "bank-card", "code", "text")} <= set(description["paths"])
     assert "example" in description["paths"]["/v1/cards"]["post"]["responses"]["200"]["content"]["application/json"]
-    assert asked(app, "GET", "/docs").status_code == 404 == asked(app, "GET", "/v1/wordings/fr").status_code
+    for path in ("/docs", "/v1/wordings/fr", "/v1/wordings/..%2f..", "/page.js/../../_app.py", "/%2e%2e/_app.py",
+                 "//etc/passwd", "/page.js%00", "/_app.py"):
+        assert asked(app, "GET", path).status_code == 404, path
 
 
 def test_the_log_tells_the_route_alone(reader: pravik.Reader, caplog: pytest.LogCaptureFixture) -> None:
@@ -204,7 +207,31 @@ def test_a_process_serves_ends_gently_and_leaves_no_file(tmp_path: pathlib.Path)
 
 @pytest.mark.parametrize(("arguments", "words"), [
     (["--host", "0.0.0.0"], "name a token"), (["--host", "no.such.host.invalid", "--token-file", __file__], "cannot listen"),
-    (["--token-file", "/no/such/file"], "no token in"), (["--port", "70000"], "number from 0 to 65535")])
+    (["--token-file", "/no/such/file"], "no token in"), (["--port", "70000"], "number from 0 to 65535"),
+    (["--tls-certificate", __file__], "cannot be used as a certificate"), (["--tls-key", __file__], "--tls-certificate")])
 def test_a_wrong_use_is_told(arguments: list[str], words: str) -> None:
     ended = subprocess.run([SERVE, *arguments], capture_output=True, text=True, timeout=60)
     assert ended.returncode == 2 and words in ended.stderr
+
+
+def test_clients_that_send_half_or_nothing_are_let_go() -> None:
+    with serving("--workers", "1", "--queue", "0") as (_, url):
+        address = url.removeprefix("http://").rstrip("/").split(":")
+        silent, half, cut = (socket.create_connection((address[0], int(address[1])), timeout=60) for _ in range(3))
+        half.sendall(b"POST /v1/cards HTTP/1.1\r\nHost: a\r\nX-")
+        cut.sendall(b"POST /v1/cards HTTP/1.1\r\nHost: a\r\nContent-Type: image/jpeg\r\nContent-Length: 99\r\n\r\nabc")
+        # The one place is taken until the client that has sent half of a picture goes.
+        with httpx.Client(base_url=url, timeout=60) as client:
+            while client.post("/v1/code", content=b"a", headers={"Content-Type": "image/png"}).status_code != 503:
+                time.sleep(0.01)
+            cut.close()
+            while client.post("/v1/code", content=b"a", headers={"Content-Type": "image/png"}).status_code != 422:
+                time.sleep(0.01)
+        with silent, half:
+            assert silent.recv(1) == b"" == half.recv(1)
+
+
+def test_without_its_extra_the_service_says_what_is_missing(tmp_path: pathlib.Path) -> None:
+    (tmp_path / "fastapi.py").write_text("raise ModuleNotFoundError(name='fastapi')")
+    ended = subprocess.run([SERVE], env=os.environ | {"PYTHONPATH": str(tmp_path)}, capture_output=True, text=True, timeout=60)
+    assert (ended.returncode, ended.stderr) == (3, "pravik-serve: fastapi is missing: pip install 'pravik[server]'\n")

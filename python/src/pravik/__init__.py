@@ -17,8 +17,8 @@ from ._reader import shared_reader as _shared_reader
 from ._records import (BankCard, BankCardChecks, Block, Card, CardRecord, Code, Corners, FieldReport, IdBack,
                        IdBackChecks, IdFront, IdFrontChecks, Kind, Point, ReadingError, Record, Report, Text)
 
-__all__ = ["AsyncReader", "BankCard", "BankCardChecks", "Block", "Card", "CardRecord", "Channels", "Code", "Corners", "FieldReport",
-           "IdBack", "IdBackChecks", "IdFront", "IdFrontChecks", "Kind", "Language", "LogLevel", "Picture", "Point",
+__all__ = ["AsyncReader", "BankCard", "BankCardChecks", "Block", "Card", "CardRecord", "Channels", "Code", "Corners",
+           "FieldReport", "IdBack", "IdBackChecks", "IdFront", "IdFrontChecks", "Kind", "Language", "LogLevel", "Picture", "Point",
            "ReadingError", "Record", "Report", "Reader", "Stop", "Text", "__version__", "parse_bank_card",
            "parse_id_back", "parse_id_front", "read", "read_bank_card", "read_code", "read_id_back", "read_id_front",
            "read_text", "wordings"]
@@ -29,7 +29,7 @@ _Result = TypeVar("_Result")
 
 
 def _shared(method: Callable[[Reader], Callable[_Arguments, _Result]], name: str,
-                                 like: Callable[..., Any]) -> Callable[_Arguments, _Result]:
+            like: Callable[..., Any]) -> Callable[_Arguments, _Result]:
     def function(*arguments: _Arguments.args, **options: _Arguments.kwargs) -> _Result:
         return method(_shared_reader())(*arguments, **options)
 

@@ -82,11 +82,11 @@ class Reader:
                  date: datetime.date | None = None, language: Language | None = None,
                  log_level: LogLevel = "none") -> None:
         """`models` is the folder of the text models: unless it is told, what the environment variable PRAVIK_MODELS
-        names, else those of this package. `threads` is how many one reading may use, 0 for one a core; 1 suits a program that reads several
-        pictures at once. `time_limit` is how many seconds a reading may take; then what was read so far decides.
-        `date` is the day by which a card has expired or is not yet valid; today (UTC) unless it is told. `language` is that
-        of the messages of errors; that of the environment unless it is told. `log_level` sends the library's log up to a
-        level to the logger "pravik". Levels from "warning" on hold what is on the cards.
+        names, else those of this package. `threads` is how many one reading may use, 0 for one a core; 1 suits a
+        program that reads several pictures at once. `time_limit` is how many seconds a reading may take; then what was
+        read so far decides. `date` is the day by which a card has expired or is not yet valid; today (UTC) unless it is
+        told. `language` is that of the messages of errors; that of the environment unless it is told. `log_level` sends
+        the library's log up to a level to the logger "pravik". Levels from "warning" on hold what is on the cards.
         """
         if log_level not in LOG_LEVELS:
             raise ValueError(f"log_level is one of {', '.join(LOG_LEVELS)}, not {log_level!r}")
@@ -120,8 +120,8 @@ class Reader:
 
     def answer(self, kind: Kind, picture: Picture, *, channels: Channels | None = None,
                time_limit: float | None = None, stop: Stop | None = None) -> str:
-        """The answer as JSON on one line, a record or an error, as the command line prints it with `--report` and without
-        the name of the file. Raises what is no fault of the picture's content: TypeError, ValueError, MemoryError."""
+        """The answer as JSON on one line, a record or an error, as the command line prints it with `--report` and
+        without the name of the file. Raises what is no fault of the picture's content: TypeError, ValueError, MemoryError."""
         return self._read(kind, picture, channels, time_limit, stop)[1]
 
     def _read(self, kind: Kind, picture: Picture, channels: Channels | None, time_limit: float | None,
@@ -140,11 +140,11 @@ class Reader:
 
     def read(self, picture: Picture, *, channels: Channels | None = None, time_limit: float | None = None,
              stop: Stop | None = None) -> tuple[Card, ...]:
-        """Reads every card on a picture, of whatever kind and however it lies: from top to bottom, those of a row from left to
-        right, at least one.
+        """Reads every card on a picture, of whatever kind and however it lies: from top to bottom, those of a row from
+        left to right, at least one.
 
-        `channels` is the order of the channels of an array, for which it must be told. `time_limit` in seconds and `stop`
-        are those of this reading. Of a TIFF or PDF file the first page is read. Raises ReadingError when there is no
+        `channels` is the order of the channels of an array, for which it must be told. `time_limit` in seconds and
+        `stop` are those of this reading. Of a TIFF or PDF file the first page is read. Raises ReadingError when there is no
         card; what is wrong with one of them stands in its `error`.
         """
         status, text, message = self._read("cards", picture, channels, time_limit, stop)
@@ -261,8 +261,8 @@ def _parsed(kind: Kind, blocks: Iterable[Block | Mapping[str, Any]]) -> Any:
 
 
 def parse_id_front(blocks: Iterable[Block | Mapping[str, Any]]) -> IdFront:
-    """Makes a record of text that something else has read: blocks, or mappings {"text":…,"confidence":…,"boundingBox":{"x":…,
-    "y":…,"width":…,"height":…}}. Raises ReadingError: "insufficient_text", "invalid_input" for what is no block."""
+    """Makes a record of text that something else has read: blocks, or mappings {"text":…,"confidence":…,
+    "boundingBox":{"x":…,"y":…,"width":…,"height":…}}. Raises ReadingError: "insufficient_text", "invalid_input" for what is no block."""
     record: IdFront = _parsed("id-front", blocks)
     return record
 
@@ -281,8 +281,8 @@ def parse_bank_card(blocks: Iterable[Block | Mapping[str, Any]]) -> BankCard:
 
 @functools.cache
 def wordings(language: Language | None = None) -> dict[str, dict[str, Any]]:
-    """The words for people for what stands in answers, by code: "kinds" (with the labels of their fields, and which of
-    them are to be "masked" or "hidden"), "errors", "reasons", "warnings" and "checks". The names are those of the JSON."""
+    """The words for people for what stands in answers, by code: "kinds" (with the labels of their fields, and which
+    of them are to be "masked" or "hidden"), "errors", "reasons", "warnings" and "checks". The names are those of the JSON."""
     words: dict[str, dict[str, Any]] = json.loads(_checked(_pravik.wordings(language or ""))[1])
     return words
 

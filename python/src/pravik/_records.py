@@ -1,9 +1,9 @@
 """What a picture gives. All of it is immutable, can be compared, hashed and pickled.
 
 The fields are those of the JSON that the command line prints, with their names in snake case: `idNumber` is
-`id_number`, and so in `report.fields` and `report.doubtful`. Points are pixels from the top left of the upright picture.
-Each record has its `checks` (but codes and text), its `report`, and `json`: the whole answer as the command line prints it
-with `--report`, without the name of the file. `repr()` of a record shows what is on the card; keep it out of logs.
+`id_number`, and so in `report.fields` and `report.doubtful`. Points are pixels from the top left of the upright
+picture. Each record has its `checks` (but codes and text), its `report`, and `json`: the whole answer as the command
+line prints it with `--report`, without the name of the file. `repr()` of a record shows what is on the card; keep it out of logs.
 """
 
 from __future__ import annotations

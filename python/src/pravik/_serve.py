@@ -1,4 +1,5 @@
-"""pravik-serve: the service on uvicorn. Its parts are imported late: without the extra `pravik[server]` they are missing."""
+"""pravik-serve: the service on uvicorn. Without the extra `pravik[server]` its parts are missing and cannot be imported
+before that is told."""
 
 from __future__ import annotations
 
@@ -9,10 +10,11 @@ import os
 import pathlib
 import socket
 import sys
+from collections.abc import Callable
 
 import pravik
 
-USAGE_ERROR = 2
+USAGE_ERROR, NOT_INSTALLED = 2, 3
 
 
 def _is_loopback(host: str) -> bool:
@@ -22,7 +24,7 @@ def _is_loopback(host: str) -> bool:
         return False
 
 
-def _number(least: float, most: float, kind: type[int] | type[float]) -> "object":
+def _number(least: float, most: float, kind: type[int] | type[float]) -> Callable[[str], float]:
     def parse(text: str) -> float:
         value = kind(text)
         if not least <= value <= most:
@@ -35,16 +37,20 @@ def _number(least: float, most: float, kind: type[int] | type[float]) -> "object
 
 def _parser() -> argparse.ArgumentParser:
     cores = os.cpu_count() or 1
-    parser = argparse.ArgumentParser(prog="pravik-serve", description="Reads cards and codes from the pictures that it is sent.")
+    parser = argparse.ArgumentParser(prog="pravik-serve",
+                                     description="Reads cards and codes from the pictures that it is sent.")
     add = parser.add_argument
     add("--host", default="127.0.0.1", help="the address to listen at (%(default)s); any but the loopback needs a token")
     add("--port", type=_number(0, 65535, int), default=8000, help="%(default)s; 0 for any that is free")
     add("--token-file", type=pathlib.Path, metavar="FILE",
         help="the first line is what requests must bring as a bearer token; or the environment's PRAVIK_TOKEN")
-    add("--workers", type=_number(1, 1024, int), default=cores, help="pictures that are read at the same time (%(default)s)")
+    add("--workers", type=_number(1, 1024, int), default=cores,
+        help="pictures that are read at the same time (%(default)s)")
     add("--queue", type=_number(0, 10_000, int), default=16, help="pictures that may wait beside them (%(default)s)")
-    add("--time-limit", type=_number(0.1, 3600, float), default=10.0, metavar="SECONDS", help="of one reading (%(default)s)")
-    add("--max-size", type=_number(1, 64, int), default=16, metavar="MIB", help="of a picture file (%(default)s)")
+    add("--time-limit", type=_number(0.1, 3600, float), default=10.0, metavar="SECONDS",
+        help="of one reading (%(default)s)")
+    add("--max-size", type=_number(1, 64, int), default=16, metavar="MIB",
+        help="of a picture file (%(default)s)")
     add("--tls-certificate", metavar="FILE", help="answers HTTPS, which a browser asks for before it opens a camera")
     add("--tls-key", metavar="FILE")
     add("--access-log", action="store_true", help="a line a request on standard error: route, status and time")
@@ -62,15 +68,20 @@ def _token(file: pathlib.Path | None) -> str | None:
 
 
 def main() -> int:
-    """Ends with 0 when it was stopped, 2 for a wrong use or an address that cannot be had."""
-    options = _parser().parse_args()
+    """Ends with 0 when it was stopped, 2 for a wrong use or an address that cannot be had, 3 when the extra is not
+    installed."""
+    parser = _parser()
+    options = parser.parse_args()
+    if options.tls_key and not options.tls_certificate:
+        parser.error("--tls-key is the key of a --tls-certificate")
     try:
         import uvicorn
 
         from .server import Settings, create_app
+        from .server._connections import Connection
     except ModuleNotFoundError as error:
         print(f"pravik-serve: {error.name} is missing: pip install 'pravik[server]'", file=sys.stderr)
-        return 3
+        return NOT_INSTALLED
     try:
         token = _token(options.token_file)
     except (OSError, ValueError) as error:
@@ -90,11 +101,17 @@ def main() -> int:
     logging.getLogger("pravik.server").setLevel(logging.INFO if options.access_log else logging.WARNING)
     reader = pravik.Reader(threads=max(1, (os.cpu_count() or 1) // options.workers), time_limit=options.time_limit)
     settings = Settings(token=token, workers=options.workers, queue=options.queue, maximum_bytes=options.max_size << 20)
-    config = uvicorn.Config(create_app(reader, settings), access_log=False, log_config=None, server_header=False,
+    config = uvicorn.Config(create_app(reader, settings), http=Connection, access_log=False, log_config=None,
+                            server_header=False,
                             # Beside the readings there are those who are told to wait, and those who ask for the page.
                             limit_concurrency=4 * (options.workers + options.queue) + 64,
                             timeout_graceful_shutdown=int(options.time_limit) + 5,
                             ssl_certfile=options.tls_certificate, ssl_keyfile=options.tls_key)
+    try:
+        config.load()
+    except OSError as error:
+        print(f"pravik-serve: {options.tls_certificate} cannot be used as a certificate: {error}", file=sys.stderr)
+        return USAGE_ERROR
     host = f"[{options.host}]" if ":" in options.host else options.host
     print(f"pravik-serve: {'https' if options.tls_certificate else 'http'}://{host}:{listener.getsockname()[1]}/",
           file=sys.stderr, flush=True)

@@ -93,8 +93,8 @@ class Frame:
         if self._is_allowed(scope, route):
             await self._app(scope, receive, send_framed)
         else:
-            refusal = _refused(Refusal(401, "unauthorized", "the token is missing or wrong", {"WWW-Authenticate": "Bearer"}))
-            await refusal(scope, receive, send_framed)
+            refusal = Refusal(401, "unauthorized", "the token is missing or wrong", {"WWW-Authenticate": "Bearer"})
+            await _refused(refusal)(scope, receive, send_framed)
 
 
 def _refused(refusal: Refusal) -> Response:
@@ -124,7 +124,8 @@ def _described() -> dict[str, Any]:
     content = {
         "multipart/form-data": {"schema": {"type": "object", "properties": {"picture": file}, "required": ["picture"]}},
         "application/json": {"schema": {"type": "object", "properties": {"picture": {
-            "type": "string", "contentEncoding": "base64"}}, "required": ["picture"]}, "example": {"picture": "/9j/4AAQ…"}},
+            "type": "string", "contentEncoding": "base64"}}, "required": ["picture"]},
+            "example": {"picture": "/9j/4AAQ…"}},
         "image/*": {"schema": file}}
     return {"requestBody": {"required": True, "content": content}}
 
@@ -157,7 +158,8 @@ def create_app(reader: pravik.Reader | None = None, settings: Settings = Setting
         desk.close()
 
     app = FastAPI(title="Pravik", version=pravik.__version__, docs_url=None, redoc_url=None, lifespan=lifespan,
-                  description="Reads Chinese identity cards, bank cards and codes. Answers are those of the command line.")
+                  description="Reads Chinese identity cards, bank cards and codes. Answers are those of the command "
+                              "line.")
 
     def reading_route(kind: pravik.Kind) -> Callable[[Request], Awaitable[Response]]:
         async def read(request: Request) -> Response:

@@ -6,8 +6,9 @@ import asyncio
 import contextlib
 import math
 import time
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Coroutine, Iterator
 from concurrent.futures import ThreadPoolExecutor
+from typing import Any
 
 from pravik import Kind, Reader, Stop
 
@@ -31,8 +32,8 @@ class Desk:
 
     @contextlib.contextmanager
     def place(self) -> Iterator[None]:
-        """A place among those that are read or wait. It is taken before a body is received, so that pictures in memory are
-        bounded too."""
+        """A place among those that are read or wait. It is taken before a body is received, so that pictures in memory
+        are bounded too."""
         if self._taken >= self._places:
             seconds = max(1, math.ceil(self._seconds * self._taken / self._workers))
             raise Refusal(503, "busy", "too many pictures are being read", {"Retry-After": str(seconds)})
@@ -42,11 +43,11 @@ class Desk:
         finally:
             self._taken -= 1
 
-    async def answer(self, kind: Kind, picture: bytes, gone: Callable[[], object]) -> str:
+    async def answer(self, kind: Kind, picture: bytes, gone: Callable[[], Coroutine[Any, Any, None]]) -> str:
         """Reads a picture unless `gone`, a coroutine function, returns before. The answer is JSON."""
         stop = Stop()
         reading = asyncio.get_running_loop().run_in_executor(self._pool, self._read, kind, picture, stop)
-        watch = asyncio.ensure_future(gone())  # type: ignore[arg-type]
+        watch = asyncio.create_task(gone())
         try:
             await asyncio.wait({reading, watch}, return_when=asyncio.FIRST_COMPLETED)
         finally:
