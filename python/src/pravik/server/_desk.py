@@ -48,8 +48,9 @@ class Desk:
         stop = Stop()
         reading = asyncio.get_running_loop().run_in_executor(self._pool, self._read, kind, picture, stop)
         watch = asyncio.create_task(gone())
+        either: set[asyncio.Future[Any]] = {reading, watch}
         try:
-            await asyncio.wait({reading, watch}, return_when=asyncio.FIRST_COMPLETED)
+            await asyncio.wait(either, return_when=asyncio.FIRST_COMPLETED)
         finally:
             watch.cancel()
             # The thread is waited for in any case: until then its place is taken.
