@@ -29,6 +29,8 @@ MAXIMUM_PIXELS = 100_000_000
 LARGEST_SIDE = 2**31 - 1
 # Pillow's modes whose values are not those of a picture on a screen.
 WIDE_MODES = ("I", "F", "I;")
+# The tag of EXIF that tells how a picture is turned.
+ORIENTATION = 0x112
 
 Reading: TypeAlias = "Callable[[Call, int], Answer]"
 
@@ -101,13 +103,16 @@ def _image(image: Any) -> Reading:
         raise ValueError(f"an image of the mode {image.mode} is no picture of 8 bits a channel: convert it first")
     if refused := _refused(*image.size):
         return refused
-    upright = ImageOps.exif_transpose(image)
+    # Either of these copies an image even when it has nothing to do.
+    upright = image if image.getexif().get(ORIENTATION, 1) == 1 else ImageOps.exif_transpose(image)
+    width, height = upright.size
     if upright.mode == "L":
-        return lambda call, kind: call.pixels(kind, upright.tobytes(), *upright.size, FORMATS["L"])
+        return lambda call, kind: call.pixels(kind, upright.tobytes(), width, height, FORMATS["L"])
     if upright.mode in ("RGBA", "LA", "PA", "La", "RGBa") or "transparency" in upright.info:
         # What is transparent lies over white, as in files.
         page = Image.new("RGBA", upright.size, "white")
         page.alpha_composite(upright.convert("RGBA"))
         upright = page
-    pixels = upright.convert("RGB").tobytes("raw", "BGRX")
-    return lambda call, kind: call.pixels(kind, pixels, *upright.size, FORMATS["BGRA"])
+    colors = upright if upright.mode == "RGB" else upright.convert("RGB")
+    pixels = colors.tobytes("raw", "BGRX")
+    return lambda call, kind: call.pixels(kind, pixels, width, height, FORMATS["BGRA"])

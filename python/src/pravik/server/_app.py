@@ -19,7 +19,7 @@ from starlette.types import ASGIApp, Message, Receive, Scope, Send
 
 import pravik
 
-from ._bodies import Refusal, picture_of
+from ._bodies import MARGIN, Refusal, pass_over, picture_of
 from ._desk import Desk
 from ._metrics import Metrics
 
@@ -167,6 +167,9 @@ def create_app(reader: pravik.Reader | None = None, settings: Settings = Setting
                 while (await request.receive())["type"] != "http.disconnect":
                     pass
 
+            if refusal := desk.refusal():
+                await pass_over(request, settings.maximum_bytes + MARGIN, settings.body_seconds)
+                raise refusal
             with desk.place():
                 try:
                     picture = await picture_of(request, settings.maximum_bytes, settings.body_seconds)

@@ -5,10 +5,12 @@ from __future__ import annotations
 import asyncio
 import base64
 import binascii
+import contextlib
 import json
 
 from fastapi import Request
 from python_multipart.multipart import MultipartParser, parse_options_header
+from starlette.requests import ClientDisconnect
 
 FIELD = "picture"
 # Of base64, and of what stands around a picture.
@@ -41,6 +43,17 @@ async def picture_of(request: Request, most_bytes: int, seconds: float) -> bytes
     if len(picture) > most_bytes:
         raise _too_large(most_bytes)
     return picture
+
+
+async def pass_over(request: Request, most_bytes: int, seconds: float) -> None:
+    """Takes a body and keeps nothing of it, so that a client that sends all of it before it listens hears the answer."""
+    left = most_bytes
+    with contextlib.suppress(TimeoutError, ClientDisconnect):
+        async with asyncio.timeout(seconds):
+            async for chunk in request.stream():
+                left -= len(chunk)
+                if left < 0:
+                    return
 
 
 def _too_large(most_bytes: int) -> Refusal:

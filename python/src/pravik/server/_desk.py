@@ -30,13 +30,16 @@ class Desk:
     def taken(self) -> int:
         return self._taken
 
+    def refusal(self) -> Refusal | None:
+        """What is said when no place is free."""
+        if self._taken < self._places:
+            return None
+        seconds = max(1, math.ceil(self._seconds * self._taken / self._workers))
+        return Refusal(503, "busy", "too many pictures are being read", {"Retry-After": str(seconds)})
+
     @contextlib.contextmanager
     def place(self) -> Iterator[None]:
-        """A place among those that are read or wait. It is taken before a body is received, so that pictures in memory
-        are bounded too."""
-        if self._taken >= self._places:
-            seconds = max(1, math.ceil(self._seconds * self._taken / self._workers))
-            raise Refusal(503, "busy", "too many pictures are being read", {"Retry-After": str(seconds)})
+        """One of the free places. It is taken before a body is received, so that pictures in memory are bounded too."""
         self._taken += 1
         try:
             yield
