@@ -255,10 +255,11 @@ TEST(OpenCvImageCodec, ADamagedPageOfATiffFileLeavesTheOthers) {
   const Bytes whole = tiffOf({10, 120, 240});
   // "II", 42, and the place of the first directory; each ends with the place of the next one.
   const auto number = [](const Bytes& file, std::size_t at) {
-    return file[at] | file[at + 1] << 8U | file[at + 2] << 16U | static_cast<std::size_t>(file[at + 3]) << 24U;
+    return std::size_t{file[at]} | std::size_t{file[at + 1]} << 8U | std::size_t{file[at + 2]} << 16U |
+           std::size_t{file[at + 3]} << 24U;
   };
   const auto linkBehind = [&](std::size_t directory) {
-    return directory + 2 + std::size_t{12} * (whole[directory] | whole[directory + 1] << 8U);
+    return directory + 2 + std::size_t{12} * (std::size_t{whole[directory]} | std::size_t{whole[directory + 1]} << 8U);
   };
   const std::size_t first = number(whole, 4), second = number(whole, linkBehind(first));
   const OpenCvImageCodec codec;
