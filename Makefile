@@ -1,5 +1,5 @@
 # The commands of this project. `make demo` and `make test` do everything from a bare machine on.
-.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean train
+.PHONY: help setup build demo scanner screenshots test test-asan test-tsan test-arm64 packages coverage fuzz bench accuracy scan-accuracy docs format lint clean train python serve test-python test-browser test-cluster
 
 JOBS   ?= 2
 PRAVIK := build/release/apps/pravik/pravik
@@ -15,6 +15,10 @@ help:
 	@echo "make test-tsan  unit tests under the thread sanitizer"
 	@echo "make test-arm64 unit tests of the library alone, cross-compiled for 64-bit Arm, under an emulator"
 	@echo "make packages   Debian packages of library, development files and tools into build/release/packages/"
+	@echo "make python     the Python package as a wheel that needs Python alone, into build/python/dist/"
+	@echo "make serve      the service and its page, at http://127.0.0.1:8000/ (ARGS=... for its arguments)"
+	@echo "make test-python  tests of the Python package and of the service;  make test-browser: of the page, in Chromium"
+	@echo "make test-cluster  test of python/examples/ray_cards.py: 300 pictures on two workers, of which one is killed"
 	@echo "make coverage   unit tests with the lines counted that they run; 85 % of src/ is the least"
 	@echo "make fuzz       every fuzz target for SECONDS=60 each, or those named with TARGET=... (id-front, picture, ...)"
 	@echo "make bench      benchmarks"
@@ -57,6 +61,33 @@ test-asan test-tsan: test-%: setup
 
 packages: build
 	@cd build/release && cpack
+
+python: setup
+	@tools/setup --python
+	@python/setup
+	@python/wheel $(JOBS)
+
+install-wheel = build/python/env/bin/pip install --quiet --disable-pip-version-check --no-deps --force-reinstall \
+	build/python/dist/*.whl
+pytest = build/python/env/bin/pytest -c python/pyproject.toml --rootdir python python/tests
+
+serve: python
+	@$(install-wheel)
+	@build/python/env/bin/pravik-serve $(ARGS)
+
+test-python: python
+	@tools/compile release $(JOBS) pravik_tool
+	@$(install-wheel)
+	@$(pytest)
+
+test-browser: python
+	@$(install-wheel)
+	@$(pytest) -m browser
+
+test-cluster: python
+	@python/setup --cluster
+	@$(install-wheel)
+	@$(pytest) -m cluster
 
 # The library alone, cross-compiled and run under an emulator.
 test-arm64:

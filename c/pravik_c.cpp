@@ -11,8 +11,10 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <opencv2/imgproc.hpp>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -24,6 +26,8 @@
 #include "backends/json/Answer.h"
 #include "backends/json/ObservationsJson.h"
 #include "backends/json/Wording.h"
+#include "backends/opencv/Mat.h"
+#include "backends/opencv/files/PictureHeader.h"
 #include "c/HandleLog.h"
 
 namespace pravik {
@@ -40,6 +44,7 @@ struct HandleSettings {
 
 struct pravik_handle {
   pravik::Platform platform;
+  std::stop_source stop;
   pravik::HandleLog log;
   std::mutex settingsMutex;
   pravik::HandleSettings settings;
@@ -61,9 +66,9 @@ namespace {
 using namespace pravik;
 
 /// The error codes in the order of their statuses, from 1 on.
-constexpr std::array<std::string_view, PRAVIK_INTERNAL_ERROR> errorCodes{
-    "recognition_failed", "parse_failure", "scene_mismatch",   "invalid_image",
-    "insufficient_text",  "invalid_input", "invalid_argument", "internal_error"};
+constexpr std::array<std::string_view, PRAVIK_CANCELLED> errorCodes{
+    "recognition_failed", "parse_failure",    "scene_mismatch", "invalid_image", "insufficient_text",
+    "invalid_input",      "invalid_argument", "internal_error", "cancelled"};
 
 pravik_status statusOf(std::string_view errorCode) {
   const auto found = std::ranges::find(errorCodes, errorCode);
@@ -137,7 +142,7 @@ Answer recognized(const pravik_handle& handle, const HandleSettings& settings, c
 
 /// An answer's error, or that of its first card when none was read; null when something was.
 Answer errorIn(const Answer& answer) {
-  if (!answer.contains("cards")) return isRecognized(answer) ? Answer() : answer;
+  if (!answer.contains("cards")) return answer.contains("error") ? answer : Answer();
   const Json& cards = answer["cards"];
   if (std::ranges::any_of(cards, isRecognized)) return {};
   if (!cards.empty()) return cards.front();
@@ -199,19 +204,53 @@ pravik_result* recognize(pravik_handle* handle, int kindNumber, const void* sour
   return resultOf(read, settings.language);
 }
 
+/// How pixels are brought into the form of a bitmap.
+struct PixelLayout {
+  std::size_t pixelBytes = 0;
+  /// Absent for pixels that are of a bitmap's form as they lie.
+  std::optional<cv::ColorConversionCodes> conversion = {};
+};
+
+/// In the order of pravik_pixel_format.
+constexpr std::array<PixelLayout, 5> pixelLayouts{
+    {{4, {}}, {1, {}}, {3, cv::COLOR_BGR2BGRA}, {3, cv::COLOR_RGB2BGRA}, {4, cv::COLOR_RGBA2BGRA}}};
+
+const PixelLayout* pixelLayout(int format) {
+  const auto index = static_cast<std::size_t>(format);
+  return index < pixelLayouts.size() ? &pixelLayouts[index] : nullptr;
+}
+
+/// Absent for null and for one that is not spoken; "" is that of the environment.
+std::optional<Language> languageNamed(const char* name) {
+  if (name == nullptr) return std::nullopt;
+  if (*name == '\0') return environmentLanguage();
+  const auto known = languagesByName();
+  const auto named = std::ranges::find(known, std::string_view(name), &std::pair<std::string, Language>::first);
+  return named == known.end() ? std::nullopt : std::optional(named->second);
+}
+
 /// What is wrong with the layout of pixels in memory; null when nothing is.
 const char* problemWith(int width, int height, std::size_t stride, int format) {
-  if (format != PRAVIK_BGRA8 && format != PRAVIK_GREY8) return "there is no such pixel format";
+  const PixelLayout* layout = pixelLayout(format);
+  if (layout == nullptr) return "there is no such pixel format";
   if (width < 1 || height < 1) return "a picture has at least one pixel";
-  const std::size_t pixelBytes = format == PRAVIK_BGRA8 ? 4 : 1;
-  if (stride / pixelBytes < static_cast<std::size_t>(width)) return "the stride does not hold a row";
+  if (stride / layout->pixelBytes < static_cast<std::size_t>(width)) return "the stride does not hold a row";
   constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
   if (stride > most / static_cast<std::size_t>(height)) return "the stride is larger than the memory";
   return nullptr;
 }
 
-/// A picture of pixels that belong to the caller.
-Image borrowed(const std::uint8_t* pixels, int width, int height, std::size_t stride, int format) {
+/// A picture of pixels that belong to the caller. Throws std::runtime_error when they are too many.
+Image imageOf(const std::uint8_t* pixels, int width, int height, std::size_t stride, int format) {
+  requirePictureSize(width, height);
+  const PixelLayout& layout = *pixelLayout(format);
+  if (layout.conversion) {
+    const int type = layout.pixelBytes == 4 ? CV_8UC4 : CV_8UC3;
+    cv::Mat converted;
+    cv::cvtColor(cv::Mat(height, width, type, const_cast<std::uint8_t*>(pixels), stride), converted,
+                 *layout.conversion);
+    return {.bitmap = toBitmap(converted)};
+  }
   return {.bitmap = Bitmap(format == PRAVIK_BGRA8 ? PixelFormat::bgra8 : PixelFormat::grey8, width, height,
                            static_cast<std::ptrdiff_t>(stride), {pixels, [](const std::uint8_t*) {}})};
 }
@@ -241,10 +280,30 @@ pravik_handle* pravik_create(const char* model_directory, int threads) {
         {.modelDirectory = model_directory == nullptr ? "" : model_directory, .threads = std::min(threads, cores)});
     // Without queues a call does all its work on the thread that it came on.
     handle->platform.dispatch.reset();
+    handle->settings.limits.stop = handle->stop.get_token();
     return handle.release();
   } catch (...) {
     return nullptr;
   }
+}
+
+pravik_handle* pravik_share(pravik_handle* handle) {
+  try {
+    if (handle == nullptr) return nullptr;
+    auto other = std::make_unique<pravik_handle>();
+    other->platform = handle->platform;
+    other->settings = settingsOf(*handle);
+    other->settings.limits.stop = other->stop.get_token();
+    return other.release();
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+pravik_status pravik_cancel(pravik_handle* handle) {
+  if (handle == nullptr) return PRAVIK_INVALID_ARGUMENT;
+  handle->stop.request_stop();
+  return PRAVIK_OK;
 }
 
 void pravik_destroy(pravik_handle* handle) {
@@ -284,11 +343,8 @@ pravik_status pravik_set_date(pravik_handle* handle, const char* day) {
 
 pravik_status pravik_set_language(pravik_handle* handle, const char* language) {
   try {
-    if (language == nullptr) return PRAVIK_INVALID_ARGUMENT;
-    auto known = languagesByName();
-    known.emplace_back("", environmentLanguage());
-    const auto named = std::ranges::find(known, std::string_view(language), &std::pair<std::string, Language>::first);
-    return set(handle, named != known.end(), [&](HandleSettings& settings) { settings.language = named->second; });
+    const std::optional<Language> known = languageNamed(language);
+    return set(handle, known.has_value(), [&](HandleSettings& settings) { settings.language = known; });
   } catch (...) {
     return PRAVIK_INTERNAL_ERROR;
   }
@@ -308,7 +364,7 @@ pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const ui
                                        size_t stride, int format) {
   if (const char* problem = problemWith(width, height, stride, format))
     return resultOf([&] { return invalidArgumentAnswer(problem); });
-  return recognize(handle, kind, pixels, [&] { return borrowed(pixels, width, height, stride, format); });
+  return recognize(handle, kind, pixels, [&] { return imageOf(pixels, width, height, stride, format); });
 }
 
 pravik_result* pravik_parse(int kindNumber, const char* observations) {
@@ -320,6 +376,13 @@ pravik_result* pravik_parse(int kindNumber, const char* observations) {
     const LogScope nowhere(nullptr);
     const auto blocks = parseObservations(observations);
     return blocks ? withKind(kind->name, parsed(*kind->document, *blocks)) : invalidInputAnswer(blocks.error());
+  });
+}
+
+pravik_result* pravik_wordings(const char* language) {
+  return resultOf([&] {
+    const std::optional<Language> known = languageNamed(language);
+    return known ? wordings(*known) : invalidArgumentAnswer("there is no such language");
   });
 }
 

@@ -4,10 +4,11 @@
 /*
  * Pravik for C and for every language that can call C.
  *
- * A handle (pravik_handle *) holds the engines. Handles share nothing: two users in one process do not notice each
- * other. A call does its work before it returns, and keeps nothing of its picture. All functions may be called from
- * any thread, also several at once on one handle; destroy a handle when no call on it is under way. Texts are UTF-8
- * and end with a zero byte. No function throws; a null handle, picture or text gives PRAVIK_INVALID_ARGUMENT.
+ * A handle (pravik_handle *) holds the engines. Handles share nothing, but for those that pravik_share() makes: two
+ * users in one process do not notice each other. A call does its work before it returns, and keeps nothing of its
+ * picture. All functions may be called from any thread, also several at once on one handle; destroy a handle when no
+ * call on it is under way. Texts are UTF-8 and end with a zero byte. No function throws; a null handle, picture or text
+ * gives PRAVIK_INVALID_ARGUMENT.
  */
 
 #include <stddef.h>
@@ -35,7 +36,9 @@ typedef enum pravik_status {
   /* A null pointer, an unknown kind, level or language, a size or a day that cannot be. */
   PRAVIK_INVALID_ARGUMENT = 7,
   /* No memory, or a fault of the library. */
-  PRAVIK_INTERNAL_ERROR = 8
+  PRAVIK_INTERNAL_ERROR = 8,
+  /* pravik_cancel() called it off. */
+  PRAVIK_CANCELLED = 9
 } pravik_status;
 
 /* What is read from a picture. Calls take kinds, levels and formats as int, so that they can refuse any number. */
@@ -65,7 +68,10 @@ typedef enum pravik_log_level {
 /* How the bytes of a pixel lie in memory. */
 typedef enum pravik_pixel_format {
   PRAVIK_BGRA8 = 0, /* blue, green, red, alpha */
-  PRAVIK_GREY8 = 1
+  PRAVIK_GREY8 = 1,
+  PRAVIK_BGR8 = 2,
+  PRAVIK_RGB8 = 3,
+  PRAVIK_RGBA8 = 4
 } pravik_pixel_format;
 
 typedef struct pravik_handle pravik_handle;
@@ -88,6 +94,17 @@ const char* pravik_version(void);
  * first recognition that needs them. Null when there is no memory, or `threads` is negative.
  */
 pravik_handle* pravik_create(const char* model_directory, int threads);
+/*
+ * Another handle on the engines of this one, for a call with settings of its own: it begins with those of this one, and
+ * without a log. It costs no models and next to no time, and may live longer. Null for null, or when there is no
+ * memory.
+ */
+pravik_handle* pravik_share(pravik_handle* handle);
+/*
+ * Calls off what is under way on this handle, and all later calls: they end with PRAVIK_CANCELLED before their next
+ * stage. Other handles on the same engines go on.
+ */
+pravik_status pravik_cancel(pravik_handle* handle);
 /* Ends a handle; null is allowed. */
 void pravik_destroy(pravik_handle* handle);
 
@@ -127,7 +144,7 @@ pravik_result* pravik_recognize_memory(pravik_handle* handle, int kind, const vo
 /*
  * Reads pixels as a camera gives them, upright, row by row from the top left. `stride` is the distance of two rows in
  * bytes. PRAVIK_INVALID_ARGUMENT when a side is below 1 or the stride does not hold a row. The pixels are read during
- * the call and not changed; alpha is passed over.
+ * the call and not changed, and copied unless they are BGRA or grey; alpha is passed over.
  */
 pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const uint8_t* pixels, int width, int height,
                                        size_t stride, int format);
@@ -137,6 +154,14 @@ pravik_result* pravik_recognize_pixels(pravik_handle* handle, int kind, const ui
  * that of a card, else PRAVIK_INVALID_ARGUMENT. Nothing is logged.
  */
 pravik_result* pravik_parse(int kind, const char* observations);
+
+/*
+ * The words for what stands in the JSON of other calls, by code, for programs that show it to people, as the JSON of a
+ * result: {"kinds":{NAME:{"label":…,"fields":{NAME:{"label":…,"display":"shown"|"masked"|"hidden"},…}},…},
+ * "errors":{CODE:…},"reasons":{CODE:…},"warnings":{CODE:…},"checks":{NAME:…}}. A masked field is a number that others
+ * should not see; a hidden one says what another does. `language` is that of pravik_set_language().
+ */
+pravik_result* pravik_wordings(const char* language);
 
 /*
  * PRAVIK_OK, or why there is no record; of several cards, PRAVIK_OK when one was read, for each of the others has its

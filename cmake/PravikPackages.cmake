@@ -24,7 +24,7 @@ codes from pictures, with the text engine and the models that it works with.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${PRAVIK_PACKAGE_development})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "${same}, libicu-dev, libasio-dev, libexpected-dev, libopencv-dev, libjpeg-dev, libpng-dev, libtiff-dev, libheif-dev, libzxing-dev, nlohmann-json3-dev")
+    "${same}, libicu-dev, libasio-dev, libexpected-dev, libopencv-dev, libjpeg-dev, libpng-dev, libtiff-dev, libwebp-dev, libheif-dev, libzxing-dev, nlohmann-json3-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "qt6-base-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Reads identity cards, bank cards and codes: development files
 Headers, static libraries of the C++ interface, and what CMake and pkg-config

@@ -36,6 +36,9 @@ constexpr std::array<Wording, 5> checks{{
     {"luhn", "校验位错误"},
 }};
 
+/// In the order of FieldDisplay.
+constexpr std::array<std::string_view, 3> displayNames{"shown", "masked", "hidden"};
+
 /// Pieces of the sentences that are made of files, pictures and cameras, the longer ones first.
 constexpr std::array<Wording, 46> pieces{{
     {"no pictures in this folder (--recursive looks into those within it)",
@@ -187,6 +190,32 @@ std::string warningText(std::string_view code, Language language) {
     if (const auto warning = static_cast<ReadingWarning>(i); codeOf(warning) == code)
       return std::string(language == Language::chinese ? chineseText(warning) : englishText(warning));
   return std::string(code);
+}
+
+Json wordings(Language language) {
+  const auto told = [&](std::string_view chinese, std::string_view english) {
+    return language == Language::chinese ? chinese : english;
+  };
+  Json all;
+  for (const DocumentKind& kind : documentKinds()) {
+    Json& entry = all["kinds"][std::string(kind.commandName)];
+    entry["label"] = told(kind.displayName, kind.englishName);
+    for (const RecordField& field : kind.fields)
+      entry["fields"][std::string(field.name)] = {
+          {"label", told(field.chineseLabel, field.englishLabel)},
+          {"display", displayNames.at(static_cast<std::size_t>(field.display))}};
+  }
+  for (const Wording& error : errors) all["errors"][std::string(error.key)] = told(error.chinese, error.english);
+  for (int i = 0; i <= static_cast<int>(UnreadReason::engineFailed); ++i) {
+    const auto reason = static_cast<UnreadReason>(i);
+    all["reasons"][std::string(codeOf(reason))] = told(chineseText(reason), englishText(reason));
+  }
+  for (int i = 0; i <= static_cast<int>(ReadingWarning::checkFailed); ++i) {
+    const std::string code(codeOf(static_cast<ReadingWarning>(i)));
+    all["warnings"][code] = warningText(code, language);
+  }
+  for (const Wording& check : checks) all["checks"][std::string(check.key)] = checkText(check.key, language);
+  return all;
 }
 
 std::string ownText(const std::string& english, Language language) {

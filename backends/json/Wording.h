@@ -33,6 +33,9 @@ std::string fieldNote(const Answer& answer, std::string_view field, Language lan
 std::string checkText(std::string_view check, Language language);
 /// What a warning with this code means; the code of one that is not known.
 std::string warningText(std::string_view code, Language language);
+/// All of it by code, for programs that draw answers: {"kinds":{NAME:{"label":…,"fields":{NAME:{"label":…,"display":
+/// "shown"|"masked"|"hidden"},…}},…},"errors":{CODE:…},"reasons":{CODE:…},"warnings":{CODE:…},"checks":{NAME:…}}.
+Json wordings(Language language);
 /// A text of this program's own, "no such file".
 std::string ownText(const std::string& english, Language language);
 

@@ -6,7 +6,6 @@
 #include <mutex>
 #include <new>
 #include <opencv2/core/utils/logger.hpp>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
@@ -36,14 +35,17 @@ void requireSize(std::uintmax_t bytes) {
                              std::to_string(maximumPictureFileBytes >> 20U) + " MiB");
 }
 
-/// The pixels as they are stored: one, three or four channels of 8 bits; none when the file is damaged.
-cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format) {
-  if (format == PictureFormat::jpeg) return jpegPixels(file);
-  if (format == PictureFormat::png) return pngPixels(file);
-  if (format == PictureFormat::heic) return heicPixels(file);
-  const cv::Mat bytes(1, static_cast<int>(file.size()), CV_8UC1, const_cast<std::uint8_t*>(file.data()));
-  // Only a decoder that is asked for unchanged pixels hands out transparency.
-  return cv::imdecode(bytes, cv::IMREAD_UNCHANGED);
+cv::Mat decodePixels(std::span<const std::uint8_t> file, PictureFormat format, cv::Size size) {
+  switch (format) {
+    case PictureFormat::jpeg:
+      return jpegPixels(file);
+    case PictureFormat::png:
+      return pngPixels(file);
+    case PictureFormat::webp:
+      return webpPixels(file, size);
+    default:
+      return bmpPixels(file, size);
+  }
 }
 
 /// Lays what is transparent over white and leaves every pixel opaque.
@@ -60,20 +62,14 @@ void composeOverWhite(cv::Mat& bgra) {
   }
 }
 
-cv::Mat opaqueBgra(const cv::Mat& pixels) {
-  if (pixels.channels() == 2) throw std::runtime_error("pixels of this kind cannot be read");
-  cv::Mat bgra = asBgra(pixels);
-  if (pixels.channels() == 4) composeOverWhite(bgra);
-  return bgra;
-}
-
 /// The picture whose pixels are decoded, upright.
 template <class Decode>
 Image uprightImage(ImageOrientation orientation, const Decode& decode) {
   try {
-    const cv::Mat pixels = decode();
-    if (pixels.empty()) throw std::runtime_error("the picture is damaged");
-    return {.bitmap = uprightBitmap(toBitmap(opaqueBgra(pixels)), orientation)};
+    cv::Mat bgra = decode();
+    if (bgra.empty()) throw std::runtime_error("the picture is damaged");
+    composeOverWhite(bgra);
+    return {.bitmap = uprightBitmap(toBitmap(bgra), orientation)};
   } catch (const cv::Exception& error) {
     if (error.code == cv::Error::StsNoMem) throw std::bad_alloc();
     throw std::runtime_error("the picture is damaged");
@@ -84,9 +80,11 @@ using FileBytes = std::shared_ptr<const std::vector<std::uint8_t>>;
 
 PictureFile singlePicture(const FileBytes& file, PictureFormat format) {
   return {1, [file, format](int /*page*/) {
-            const ImageOrientation orientation =
-                format == PictureFormat::heic ? ImageOrientation::up : readPictureHeader(*file, format).orientation;
-            return uprightImage(orientation, [&] { return decodePixels(*file, format); });
+            if (format == PictureFormat::heic)
+              return uprightImage(ImageOrientation::up, [&] { return heicPixels(*file); });
+            const PictureHeader header = readPictureHeader(*file, format);
+            const cv::Size size(static_cast<int>(header.width), static_cast<int>(header.height));
+            return uprightImage(header.orientation, [&] { return decodePixels(*file, format, size); });
           }};
 }
 
@@ -136,17 +134,10 @@ PictureFile OpenCvImageCodec::open(const std::filesystem::path& path) const {
 
 std::vector<std::uint8_t> OpenCvImageCodec::encode(const Bitmap& bitmap, ImageFileFormat format) const {
   silenceOpenCv();
-  std::vector<std::uint8_t> file;
-  try {
-    cv::Mat pixels = asMat(bitmap);
-    if (bitmap.format() == PixelFormat::bgra8) cv::cvtColor(pixels, pixels, cv::COLOR_BGRA2BGR);
-    const bool written = format == ImageFileFormat::png
-                             ? cv::imencode(".png", pixels, file)
-                             : cv::imencode(".jpg", pixels, file, {cv::IMWRITE_JPEG_QUALITY, jpegQuality});
-    if (written) return file;
-  } catch (const cv::Exception&) {
-    // The text of OpenCV's exceptions is for programmers.
-  }
+  cv::Mat pixels = asMat(bitmap);
+  if (bitmap.format() == PixelFormat::bgra8) cv::cvtColor(pixels, pixels, cv::COLOR_BGRA2BGR);
+  std::vector<std::uint8_t> file = format == ImageFileFormat::png ? pngFile(pixels) : jpegFile(pixels, jpegQuality);
+  if (!file.empty()) return file;
   throw std::runtime_error("a picture of " + std::to_string(bitmap.width()) + " x " + std::to_string(bitmap.height()) +
                            " pixels cannot be written in this format");
 }

@@ -70,4 +70,21 @@ cv::Mat pngPixels(std::span<const std::uint8_t> file) {
   return decoder.readInto(rows) ? pixels : cv::Mat();
 }
 
+std::vector<std::uint8_t> pngFile(const cv::Mat& pixels) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = static_cast<png_uint_32>(pixels.cols);
+  image.height = static_cast<png_uint_32>(pixels.rows);
+  image.format = pixels.channels() == 1 ? PNG_FORMAT_GRAY : PNG_FORMAT_BGR;
+  const auto write = [&](void* file, png_alloc_size_t& size) {
+    return png_image_write_to_memory(&image, file, &size, 0, pixels.data, static_cast<png_int_32>(pixels.step[0]),
+                                     nullptr) != 0;
+  };
+  // The first time only the size is told.
+  png_alloc_size_t size = 0;
+  if (!write(nullptr, size)) return {};
+  std::vector<std::uint8_t> file(size);
+  return write(file.data(), size) ? file : std::vector<std::uint8_t>();
+}
+
 }  // namespace pravik

@@ -92,11 +92,11 @@ TEST(CInterface, AnswersWhatIsWrong) {
         pravik_recognize_file(h, 7, "a.jpg"), pravik_recognize_memory(h, PRAVIK_CODE, nullptr, 0),
         pravik_recognize_pixels(h, PRAVIK_CODE, nullptr, 1, 1, 1, PRAVIK_GREY8), pixels(0, 1, 1, PRAVIK_GREY8),
         pixels(1, -1, 1, PRAVIK_GREY8), pixels(2, 1, 7, PRAVIK_BGRA8), pixels(1, 3, most / 2, PRAVIK_GREY8),
-        pixels(1, 1, 4, 3), pravik_parse(PRAVIK_TEXT, nothing), pravik_parse(-1, nothing),
+        pixels(1, 1, 4, 5), pixels(2, 1, 5, PRAVIK_RGB8), pravik_parse(PRAVIK_TEXT, nothing), pravik_parse(-1, nothing),
         pravik_parse(PRAVIK_ID_BACK, nullptr)}},
       {PRAVIK_INVALID_IMAGE,
        "invalid_image",
-       {pixels(largest, 1, std::size_t{largest}, PRAVIK_GREY8),
+       {pixels(largest, 1, std::size_t{largest}, PRAVIK_GREY8), pixels(largest, 1, most / 4, PRAVIK_BGR8),
         pravik_recognize_file(h, PRAVIK_CODE, "no/such\xFF file"), pravik_recognize_memory(h, PRAVIK_CODE, "GIF", 3),
         pravik_recognize_memory(h, PRAVIK_CODE, "GIF", most)}},
       {PRAVIK_INVALID_INPUT, "invalid_input", {pravik_parse(PRAVIK_ID_BACK, "{\"observations\":[\"\xFF\"]}")}},
@@ -171,6 +171,55 @@ TEST(CInterface, AHandleHearsTheLinesOfItsOwnCallsAtItsOwnLevel) {
   readBlank(codes, PRAVIK_CODE);
   EXPECT_EQ(codeLines.size(), std::size_t{calls});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(CInterface, ASharedHandleHasSettingsAndAnEndOfItsOwn) {
+  Handle first = handle();
+  EXPECT_EQ(pravik_set_language(first.get(), "en"), PRAVIK_OK);
+  const Handle second{pravik_share(first.get()), pravik_destroy};
+  EXPECT_EQ(pravik_set_language(second.get(), "zh"), PRAVIK_OK);
+  EXPECT_STREQ(pravik_result_error_message(readBlank(first, PRAVIK_CODE).get()), "no QR code or bar code was found");
+  EXPECT_STREQ(pravik_result_error_message(readBlank(second, PRAVIK_CODE).get()), "没有找到二维码或条形码");
+  EXPECT_EQ(pravik_cancel(first.get()), PRAVIK_OK);
+  for (const pravik_kind kind : {PRAVIK_ID_FRONT, PRAVIK_BANK_CARD, PRAVIK_CODE, PRAVIK_TEXT, PRAVIK_CARDS})
+    EXPECT_EQ(pravik_result_status(readBlank(first, kind).get()), PRAVIK_CANCELLED) << kind;
+  first.reset();
+  EXPECT_EQ(pravik_result_status(readBlank(second, PRAVIK_CODE).get()), PRAVIK_INSUFFICIENT_TEXT);
+  EXPECT_EQ(pravik_share(nullptr), nullptr);
+  EXPECT_EQ(pravik_cancel(nullptr), PRAVIK_INVALID_ARGUMENT);
+}
+
+TEST(CInterface, TellsTheWordsForWhatStandsInTheAnswers) {
+  const struct {
+    const char* language;
+    std::vector<const char*> parts;
+  } cases[]{
+      {"zh", {R"("idNumber":{"label":"公民身份号码","display":"masked"})", R"("luhn":"校验位错误")"}},
+      {"en",
+       {R"("id-back":{"label":"Identity card, emblem side")",
+        R"("birthDay":{"label":"Day of birth","display":"hidden"})",
+        R"("no_code_found":"no QR code or bar code was found")", R"("cancelled":"the reading was called off")",
+        R"("blurred":")"}},
+      {"fr", {R"("code":"invalid_argument")"}},
+      {nullptr, {R"("code":"invalid_argument")"}},
+  };
+  for (const auto& [language, parts] : cases) {
+    const CallResult result = owned(pravik_wordings(language));
+    for (const char* part : parts)
+      EXPECT_NE(std::string(pravik_result_json(result.get())).find(part), std::string::npos) << part;
+  }
+}
+
+TEST(CInterface, ReadsPixelsInAnyOrderOfTheirChannels) {
+  const Handle handle = ::handle();
+  const std::vector<std::uint8_t> pixels(std::size_t{width} * height * 4, 128);
+  for (const auto& [format, bytes] :
+       {std::pair{PRAVIK_BGRA8, 4}, {PRAVIK_BGR8, 3}, {PRAVIK_RGB8, 3}, {PRAVIK_RGBA8, 4}})
+    EXPECT_EQ(
+        pravik_result_status(owned(pravik_recognize_pixels(handle.get(), PRAVIK_CODE, pixels.data(), width, height,
+                                                           static_cast<std::size_t>(width * bytes), format))
+                                 .get()),
+        PRAVIK_INSUFFICIENT_TEXT);
 }
 
 TEST(CInterface, HandlesComeAndGoOnManyThreads) {

@@ -143,6 +143,74 @@ TEST(OpenCvImageCodec, TurnsRareKindsOfPixelsIntoColours) {
   expectColor(loaded("cmyk.jpg"), 4, 4, {0, 0, 254}, "four printing colours");
 }
 
+/// A BMP file of 2 x 2 pixels with a header of this size; what stands between it and the rows, and the rows.
+Bytes bmpOf(std::uint8_t header, std::int8_t height, std::uint8_t bits, std::uint8_t compression, const Bytes& between,
+            const Bytes& rows) {
+  Bytes file(std::size_t{14} + header, 0);
+  file[0] = 'B';
+  file[1] = 'M';
+  const std::size_t rowsAt = file.size() + between.size();
+  file[10] = static_cast<std::uint8_t>(rowsAt & 0xFFU);
+  file[11] = static_cast<std::uint8_t>(rowsAt >> 8U);
+  file[14] = header;
+  if (header == 12) {
+    file = patched(file, 18, {2, 0, 2, 0, 1, 0, bits});
+  } else {
+    const std::uint8_t sign = height < 0 ? 0xFF : 0;
+    file = patched(file, 18,
+                   {2, 0, 0, 0, static_cast<std::uint8_t>(height), sign, sign, sign, 1, 0, bits, 0, compression});
+  }
+  file.insert(file.end(), between.begin(), between.end());
+  file.insert(file.end(), rows.begin(), rows.end());
+  return file;
+}
+
+TEST(OpenCvImageCodec, ReadsEveryKindOfBmpThatProgramsWrite) {
+  // Pixels from the top left: black, blue / green, red.
+  const Bytes palette{0, 0, 0, 0, 255, 0, 0, 0, 0, 255, 0, 0, 0, 0, 255, 0};
+  const Bytes shortPalette{0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255};
+  Bytes palette16 = palette, palette256 = palette, shortPalette16 = shortPalette;
+  palette16.resize(64);
+  palette256.resize(1024);
+  shortPalette16.resize(48);
+  const Bytes rgb565{0, 0xF8, 0, 0, 0xE0, 7, 0, 0, 0x1F, 0, 0, 0};
+  const struct {
+    const char* what;
+    Bytes file;
+  } cases[] = {
+      {"24 bits", bmpOf(40, 2, 24, 0, {}, {0, 255, 0, 0, 0, 255, 0, 0, 0, 0, 0, 255, 0, 0, 0, 0})},
+      {"from the top", bmpOf(40, -2, 24, 0, {}, {0, 0, 0, 255, 0, 0, 0, 0, 0, 255, 0, 0, 0, 255, 0, 0})},
+      {"32 bits without opacity", bmpOf(40, 2, 32, 0, {}, {0, 255, 0, 0, 0, 0, 255, 0, 0, 0, 0, 0, 255, 0, 0, 0})},
+      {"32 bits in an order of their own", bmpOf(40, 2, 32, 3, {255, 0, 0, 0, 0, 255, 0, 0, 0, 0, 255, 0},
+                                                 {0, 255, 0, 0, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 255, 0})},
+      {"16 bits", bmpOf(40, 2, 16, 0, {}, {0xE0, 3, 0, 0x7C, 0, 0, 0x1F, 0})},
+      {"16 bits, six of them green", bmpOf(40, 2, 16, 3, rgb565, {0xE0, 7, 0, 0xF8, 0, 0, 0x1F, 0})},
+      {"256 colours", bmpOf(40, 2, 8, 0, palette256, {2, 3, 0, 0, 0, 1, 0, 0})},
+      {"16 colours", bmpOf(40, 2, 4, 0, palette16, {0x23, 0, 0, 0, 0x01, 0, 0, 0})},
+      {"16 colours behind the oldest header", bmpOf(12, 2, 4, 0, shortPalette16, {0x23, 0, 0, 0, 0x01, 0, 0, 0})},
+  };
+  for (const auto& [what, file] : cases) {
+    const Bitmap bitmap = decoded(file);
+    expectColor(bitmap, 0, 0, {0, 0, 0}, what);
+    expectColor(bitmap, 1, 0, {255, 0, 0}, what);
+    expectColor(bitmap, 0, 1, {0, 255, 0}, what);
+    expectColor(bitmap, 1, 1, {0, 0, 255}, what);
+  }
+  const Bytes masks{0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0, 0, 0, 0, 0, 255};
+  const Bytes rows{0, 0, 0, 128, 0, 0, 0, 0, 0, 0, 0, 255, 0, 0, 0, 255};
+  const Bitmap transparent = decoded(bmpOf(40, 2, 32, 6, masks, rows));
+  expectColor(transparent, 0, 1, {127, 127, 127}, "half transparent");
+  expectColor(transparent, 1, 1, {255, 255, 255}, "transparent");
+  const Bitmap twoColours = decoded(bmpOf(40, 2, 1, 0, {0, 0, 0, 0, 255, 255, 255, 0}, {0x40, 0, 0, 0, 0x80, 0, 0, 0}));
+  expectColor(twoColours, 0, 0, {255, 255, 255}, "two colours");
+  expectColor(twoColours, 0, 1, {0, 0, 0}, "two colours");
+  EXPECT_EQ(errorOf(bmpOf(40, 2, 8, 1, palette256, {2, 2, 0, 1})), "pixels of this kind cannot be read");
+  EXPECT_EQ(errorOf(bmpOf(40, 2, 5, 0, {}, {0, 0, 0, 0, 0, 0, 0, 0})), "pixels of this kind cannot be read");
+  EXPECT_EQ(errorOf(bmpOf(40, 2, 8, 0, {}, {0, 0, 0, 0, 0, 0, 0, 0})), "the file is truncated");
+  EXPECT_EQ(errorOf(shortened(bmpOf(40, 2, 16, 3, rgb565, {0, 0, 0, 0, 0, 0, 0, 0}), 0.95)), "the file is truncated");
+  EXPECT_EQ(errorOf(bmpOf(20, 2, 24, 0, {}, Bytes(40, 0))), "the picture is damaged");
+}
+
 TEST(OpenCvImageCodec, TurnsPicturesUprightAsTheExifTagSays) {
   const Bytes file = fileOf(quarters(), ".jpg", jpegQuality);
   const std::array<Color, 4> expected[] = {
@@ -187,10 +255,11 @@ TEST(OpenCvImageCodec, ADamagedPageOfATiffFileLeavesTheOthers) {
   const Bytes whole = tiffOf({10, 120, 240});
   // "II", 42, and the place of the first directory; each ends with the place of the next one.
   const auto number = [](const Bytes& file, std::size_t at) {
-    return file[at] | file[at + 1] << 8U | file[at + 2] << 16U | static_cast<std::size_t>(file[at + 3]) << 24U;
+    return std::size_t{file[at]} | std::size_t{file[at + 1]} << 8U | std::size_t{file[at + 2]} << 16U |
+           std::size_t{file[at + 3]} << 24U;
   };
   const auto linkBehind = [&](std::size_t directory) {
-    return directory + 2 + std::size_t{12} * (whole[directory] | whole[directory + 1] << 8U);
+    return directory + 2 + std::size_t{12} * (std::size_t{whole[directory]} | std::size_t{whole[directory + 1]} << 8U);
   };
   const std::size_t first = number(whole, 4), second = number(whole, linkBehind(first));
   const OpenCvImageCodec codec;
